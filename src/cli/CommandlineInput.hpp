@@ -1,0 +1,134 @@
+#pragma once
+
+#include <deque>
+#include <filesystem>
+#include <iosfwd>
+#include <sstream>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+namespace velmo::cli {
+
+/// One option as it stands on the command line.
+struct RawArgument {
+  std::string name;    ///< long name without dashes; empty for a short option
+  char shortName = 0;  ///< letter of a short option; 0 for a long one
+  std::string value;
+  bool used = false;  ///< whether a declaration has taken the value
+};
+
+/// One declared parameter, as the usage page shows it.
+struct Parameter {
+  std::string name;
+  char shortName = 0;  ///< 0 if none
+  bool required = false;
+  std::string typeName;
+  std::string defaultValue;
+  std::string description;
+  std::vector<std::string> choices;  ///< shown, not enforced
+};
+
+/// Command-line parser in three steps: construct it from main()'s arguments, declare each parameter
+/// and receive its value, call finish().
+///
+/// `--name=value` and `-n value` are the same; a long option never takes the next token. A sole
+/// argument `@file` is replaced by the options of that file (see readResponseFile). Messages and
+/// pages go to the standard error stream: the parser may run before any log has a stream.
+class CommandlineInput {
+ public:
+  /// @param description text for the usage page
+  /// @throws std::runtime_error when a response file can't be opened
+  CommandlineInput(int argc, char** argv, const std::string& description);
+  CommandlineInput(const CommandlineInput&) = delete;
+  CommandlineInput& operator=(const CommandlineInput&) = delete;
+
+  /// Says so when finish() was forgotten.
+  ~CommandlineInput();
+
+  /// Declares a required parameter and gives its value; an empty one when it is missing, which
+  /// finish() then tells.
+  ///
+  /// Text is converted by the stream's `>>`: a string ends at its first white space, a path may be
+  /// quoted.
+  /// @throws std::runtime_error when a name is taken
+  template <class T>
+  [[nodiscard]] T requiredParameter(const std::string& name, char shortName,
+                                    const std::string& description,
+                                    const std::vector<std::string>& choices = {}) {
+    const std::string* const text =
+        declare_({name, shortName, true, typeNameOf_<T>(), {}, description, choices});
+    return text ? fromText_<T>(*text) : T{};
+  }
+
+  /// Declares an optional parameter and gives its value or the default.
+  /// @throws std::runtime_error when a name is taken
+  template <class T>
+  [[nodiscard]] T optionalParameter(const std::string& name, char shortName,
+                                    const std::type_identity_t<T>& defaultValue,
+                                    const std::string& description,
+                                    const std::vector<std::string>& choices = {}) {
+    const std::string* const text = declare_(
+        {name, shortName, false, typeNameOf_<T>(), toText_(defaultValue), description, choices});
+    return text ? fromText_<T>(*text) : defaultValue;
+  }
+
+  /// Makes finish() write an input template instead of letting the program run.
+  void requestTemplate() noexcept { templateRequested_ = true; }
+
+  /// Prints the page that was asked for, or warns of what nobody used.
+  /// @param quiet print no page and no warning of unused options
+  /// @return whether the program may go on
+  [[nodiscard]] bool finish(bool quiet = false);
+
+  void printUsage(std::ostream& stream) const;
+  void printVersion(std::ostream& stream) const;
+
+  /// Writes "<program>.inp", a response file with all parameters and their defaults, to the working
+  /// directory, unless there is one; says so on `messages`.
+  void writeInputTemplate(std::ostream& messages) const;
+
+ private:
+  template <class T>
+  [[nodiscard]] static std::string typeNameOf_() {
+    return std::is_same_v<T, std::string> ? "String" : "unknown";
+  }
+
+  template <class T>
+  [[nodiscard]] static T fromText_(const std::string& text) {
+    T value{};
+    std::istringstream(text) >> value;
+    return value;
+  }
+
+  [[nodiscard]] static std::string toText_(const std::filesystem::path& path) {
+    return path.string();
+  }
+  template <class T>
+  [[nodiscard]] static std::string toText_(const T& value) {
+    std::ostringstream text;
+    text << value;
+    return text.str();
+  }
+
+  void parse_(const std::vector<std::string>& tokens);
+  void appendLongOption_(const std::string& token);
+  void checkNamesAreFree_(const std::string& name, char shortName) const;
+  [[nodiscard]] const std::string* declare_(Parameter parameter);
+  void warnOfUnused_() const;
+
+  std::vector<RawArgument> arguments_;  ///< the first is the program itself
+  std::deque<std::string> leftovers_;   ///< tokens that are neither option nor option value
+  std::vector<Parameter> parameters_;
+  std::string description_;
+  std::string programPath_;
+  std::string programName_;
+  bool helpRequested_ = false;
+  bool versionRequested_ = false;
+  bool templateRequested_ = false;
+  bool valid_ = true;    ///< false once a required parameter was missing
+  bool failed_ = false;  ///< true once a parameter had no value
+  bool finished_ = false;
+};
+
+}  // namespace velmo::cli

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <memory>
+#include <type_traits>
+#include <utility>
+
+namespace velmo::thread {
+
+/// Move-only owner of a callable without arguments and result.
+///
+/// std::function would ask for a copy constructor, which packaged tasks don't have.
+class FunctionWrapper {
+ public:
+  template <class F>
+  requires(!std::is_same_v<std::remove_cvref_t<F>, FunctionWrapper>) explicit FunctionWrapper(
+      F&& function)
+      : impl_(std::make_unique<Impl_<std::remove_cvref_t<F>>>(std::forward<F>(function))) {}
+
+  /// @pre the wrapper hasn't been moved from
+  void operator()() { (*impl_)(); }
+
+ private:
+  struct Base_ {
+    virtual void operator()() = 0;
+    virtual ~Base_() = default;
+  };
+
+  template <class F>
+  struct Impl_ final : Base_ {
+    explicit Impl_(F function) : function_(std::move(function)) {}
+    void operator()() override { function_(); }
+    F function_;
+  };
+
+  std::unique_ptr<Base_> impl_;
+};
+
+}  // namespace velmo::thread

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <atomic>
+#include <future>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "io/Types.hpp"
+#include "thread/FunctionWrapper.hpp"
+#include "thread/ThreadsafeQueue.hpp"
+
+/// The process's worker threads. Loops over them stand in thread/ParallelFor.hpp.
+namespace velmo::thread {
+
+/// A fixed number of workers that poll one shared queue.
+///
+/// An idle worker spins on `yield`: a task starts within microseconds, and the process shows full
+/// load while the main thread works alone. A worker count above the number of cores costs time.
+class ThreadPool {
+ public:
+  /// Starts the workers.
+  /// @throws std::system_error when a thread can't be started; those that run are joined first
+  explicit ThreadPool(u64 numWorkers);
+  ThreadPool(const ThreadPool&) = delete;
+  ThreadPool& operator=(const ThreadPool&) = delete;
+
+  /// Ends the workers after their present tasks. Tasks that nobody ran are dropped, and their
+  /// futures report a broken promise.
+  ~ThreadPool();
+
+  [[nodiscard]] u64 numWorkers() const noexcept { return threads_.size(); }
+
+  /// Queues a callable without arguments; an exception it throws comes back with `get()`.
+  ///
+  /// A worker of this pool runs the callable at once, so nested loops can't wait for themselves. A
+  /// worker of another pool runs it when it has finished the task in which it called.
+  template <class F>
+  [[nodiscard]] std::future<void> submit(F&& callable) {
+    std::packaged_task<void()> task(std::forward<F>(callable));
+    std::future<void> future = task.get_future();
+    if (calledByOwnWorker_())
+      task();
+    else
+      enqueue_(FunctionWrapper(std::move(task)));
+    return future;
+  }
+
+ private:
+  struct Joiner {
+    std::vector<std::thread>* threads;
+    ~Joiner();
+  };
+
+  [[nodiscard]] bool calledByOwnWorker_() const noexcept;
+  void enqueue_(FunctionWrapper task);
+  void work_();
+  void runPendingTask_();
+
+  std::atomic<bool> done_ = false;
+  ThreadsafeQueue queue_;
+  std::vector<std::thread> threads_;
+  Joiner joiner_{&threads_};  ///< behind `threads_`: joins before any member is destroyed
+};
+
+/// Worker count of the process: the hardware's, or 1 when that is unknown, until it is set.
+[[nodiscard]] u64 numThreads();
+
+/// Sets the worker count. A running pool of another size is replaced; none is started.
+/// @pre `n` >= 1 (asserted), and no parallel loop is running
+void setNumThreads(u64 n);
+
+/// Rounds the worker count up to a whole number, which it is: keeps it.
+void setDefaultNumThreads();
+
+/// The process's pool, started at the first call with `numThreads()` workers and joined by static
+/// destruction. The first call belongs to the main thread.
+[[nodiscard]] ThreadPool& pool();
+
+}  // namespace velmo::thread

@@ -1,0 +1,41 @@
+#include "thread/ThreadsafeQueue.hpp"
+
+#include <utility>
+
+namespace velmo::thread {
+
+ThreadsafeQueue::ThreadsafeQueue() : head_(std::make_unique<Node>()), tail_(head_.get()) {}
+
+ThreadsafeQueue::~ThreadsafeQueue() {
+  // Node after node: the chain of owning pointers would recurse once per task left behind.
+  while (head_) head_ = std::move(head_->next);
+}
+
+void ThreadsafeQueue::push(FunctionWrapper task) {
+  auto data = std::make_shared<FunctionWrapper>(std::move(task));
+  auto emptyNode = std::make_unique<Node>();
+  Node* const newTail = emptyNode.get();
+
+  const std::lock_guard lock(tailMutex_);
+  tail_->data = std::move(data);
+  tail_->next = std::move(emptyNode);
+  tail_ = newTail;
+}
+
+std::shared_ptr<FunctionWrapper> ThreadsafeQueue::tryPop() {
+  std::unique_ptr<Node> first;
+  {
+    const std::lock_guard lock(headMutex_);
+    if (head_.get() == tailNow_()) return nullptr;
+    first = std::move(head_);
+    head_ = std::move(first->next);
+  }
+  return std::move(first->data);
+}
+
+const ThreadsafeQueue::Node* ThreadsafeQueue::tailNow_() {
+  const std::lock_guard lock(tailMutex_);
+  return tail_;
+}
+
+}  // namespace velmo::thread

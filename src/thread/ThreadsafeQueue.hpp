@@ -1,0 +1,40 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+
+#include "thread/FunctionWrapper.hpp"
+
+namespace velmo::thread {
+
+/// Unbounded first-in-first-out queue of tasks for many producers and consumers.
+///
+/// A linked list that always ends in an empty node, so that `push` touches the tail alone and
+/// `tryPop` the head, each under its own lock. Locks are taken in one order: head, then tail.
+class ThreadsafeQueue {
+ public:
+  ThreadsafeQueue();
+  ThreadsafeQueue(const ThreadsafeQueue&) = delete;
+  ThreadsafeQueue& operator=(const ThreadsafeQueue&) = delete;
+  ~ThreadsafeQueue();
+
+  void push(FunctionWrapper task);
+
+  /// The oldest task, or null when there is none; doesn't wait.
+  [[nodiscard]] std::shared_ptr<FunctionWrapper> tryPop();
+
+ private:
+  struct Node {
+    std::shared_ptr<FunctionWrapper> data;
+    std::unique_ptr<Node> next;
+  };
+
+  [[nodiscard]] const Node* tailNow_();
+
+  std::mutex headMutex_;
+  std::unique_ptr<Node> head_;
+  std::mutex tailMutex_;
+  Node* tail_;  ///< the empty node at the end
+};
+
+}  // namespace velmo::thread

@@ -1,0 +1,193 @@
+#include "cli/CommandlineInput.hpp"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <iostream>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "support/ExpectThrow.hpp"
+#include "support/TemporaryFolder.hpp"
+
+namespace velmo::cli {
+namespace {
+
+/// Collects what goes to the standard error stream during its life.
+class CapturedErrors {
+ public:
+  CapturedErrors() : console_(std::cerr.rdbuf(text_.rdbuf())) {}
+  CapturedErrors(const CapturedErrors&) = delete;
+  CapturedErrors& operator=(const CapturedErrors&) = delete;
+  ~CapturedErrors() { std::cerr.rdbuf(console_); }
+
+  [[nodiscard]] std::string text() const { return text_.str(); }
+
+ private:
+  std::ostringstream text_;
+  std::streambuf* console_;
+};
+
+struct Outcome {
+  bool goesOn = false;
+  std::string messages;
+  std::string input, level, output;
+  std::filesystem::path settings;
+};
+
+/// A program with two required and two optional parameters.
+Outcome run(std::vector<std::string> arguments, bool quiet = false) {
+  arguments.insert(arguments.begin(), "/some/where/prog");
+  std::vector<char*> argv;
+  for (std::string& argument : arguments) argv.push_back(argument.data());
+
+  Outcome outcome;
+  const CapturedErrors messages;
+  {
+    CommandlineInput cli(static_cast<int>(argv.size()), argv.data(), "What it does");
+    outcome.input = cli.requiredParameter<std::string>("input", 'i', "The input");
+    outcome.level = cli.requiredParameter<std::string>("level", 'l', "The level", {"1", "2"});
+    outcome.settings = cli.optionalParameter<std::filesystem::path>("settings", 's', {}, "A file");
+    outcome.output = cli.optionalParameter<std::string>("output", 0, "a.out", "The result");
+    outcome.goesOn = cli.finish(quiet);
+  }
+  outcome.messages = messages.text();
+  return outcome;
+}
+
+TEST(CommandlineInput, ReadsShortAndLongOptions) {
+  const std::vector<std::vector<std::string>> sameCalls{
+      {"--input=a", "--level=-1"}, {"-i", "a", "-l", "-1"}, {"-l", "-1", "--input=a b"}};
+  for (const auto& arguments : sameCalls) {
+    const Outcome outcome = run(arguments);
+    EXPECT_TRUE(outcome.goesOn);
+    EXPECT_EQ(outcome.input, "a");
+    EXPECT_EQ(outcome.level, "-1");
+    EXPECT_EQ(outcome.settings, "");
+    EXPECT_EQ(outcome.output, "a.out");
+    EXPECT_EQ(outcome.messages, "");
+  }
+  const Outcome paths =
+      run({"--settings=\"a \\\"b\\\".yaml\"", "-i", "-.5", "-l", "x=y", "--output=k=v"});
+  EXPECT_EQ(paths.settings, "a \"b\".yaml");
+  EXPECT_EQ(paths.input, "-.5");
+  EXPECT_EQ(paths.level, "x=y");
+  EXPECT_EQ(paths.output, "k=v");
+}
+
+TEST(CommandlineInput, TellsWhatIsWrong) {
+  struct Case {
+    std::vector<std::string> arguments;
+    bool goesOn;
+    std::string messages;
+  };
+  const std::vector<Case> cases{
+      {{"--input=a"}, false, "[CLI] (EE) Failed to find --level | -l\n"},
+      // A long option doesn't take the next token, whose warning the failure hides.
+      {{"--input", "a", "-l", "1"}, false, "[CLI] (EE) Parameter '--input' has no value\n"},
+      {{"-i", "-l", "1"}, false, "[CLI] (EE) Parameter '-i' has no value\n"},
+      {{"-i", "a", "-l", "1", "-x", "2", "-y", "--foo=3", "--bar"},
+       true,
+       "[CLI] (WW) Did not make use of: -x 2\n[CLI] (WW) Did not make use of: -y\n"
+       "[CLI] (WW) Did not make use of: --foo=3\n[CLI] (WW) Did not make use of: --bar\n"},
+      {{"-i", "a", "-l", "1", "--input=b"}, true, "[CLI] (WW) Did not make use of: --input=b\n"},
+      {{"-i", "a", "-l", "1", "-", "--", "---x", "-ab", "@f", "w"},
+       true,
+       "[CLI] (WW) Unparsed arguments: - -- ---x -ab @f w \n"}};
+  for (const Case& c : cases) {
+    const Outcome outcome = run(c.arguments);
+    EXPECT_EQ(outcome.goesOn, c.goesOn);
+    EXPECT_EQ(outcome.messages, c.messages);
+  }
+  EXPECT_EQ(run({"-i", "a", "-l", "1", "w", "-x"}, true).messages,
+            "[CLI] (WW) Unparsed arguments: w \n");
+}
+
+TEST(CommandlineInput, ShowsChoicesAndLongNamesOnTheUsagePage) {
+  const std::string page = run({"-v", "--help", "--input"}).messages;
+
+  for (const char* part :
+       {"Usage:  /some/where/prog -i String  -l String  [-s unknown]  [--output String]  \n\n"
+        "What it does\n\n\nProgram parameters: \n---",
+        "---\nLong         Short Req/Opt  Type     Default  Description\n---",
+        "  The level\n                                              Choices: 1 2 \n--settings",
+        "\n--output           O        String   a.out    The result\n"})
+    EXPECT_NE(page.find(part), std::string::npos) << part;
+  EXPECT_EQ(run({"-h"}, true).messages, "");
+}
+
+TEST(CommandlineInput, TakesItsOptionsFromAResponseFile) {
+  const test::TemporaryFolder folder;
+  const std::string path =
+      folder.write("run.inp", "# comment\n\ni a # first\nlevel -3\nx # no value\nlong\noutput b");
+
+  const Outcome outcome = run({"@" + path});
+
+  EXPECT_TRUE(outcome.goesOn);
+  EXPECT_EQ(outcome.input, "a");
+  EXPECT_EQ(outcome.level, "-3");
+  EXPECT_EQ(outcome.output, "b");
+  EXPECT_EQ(outcome.messages,
+            "[CLI] (WW) Did not make use of: -x\n[CLI] (WW) Did not make use of: --long\n");
+  test::expectThrow<std::runtime_error>([] { run({"@no such file"}); },
+                                        "Expecting a file at: no such file");
+}
+
+TEST(CommandlineInput, WritesATemplateThatIsAResponseFile) {
+  const std::filesystem::path before = std::filesystem::current_path();
+  const test::TemporaryFolder folder;
+  std::filesystem::current_path(folder.path());
+  std::string name = "./prog";
+  char* argv[] = {name.data(), nullptr};
+  std::ostringstream messages;
+  {
+    CommandlineInput cli(1, argv, "");
+    cli.requestTemplate();
+    static_cast<void>(cli.requiredParameter<std::string>("in", 'i', "The input"));
+    static_cast<void>(cli.optionalParameter<std::filesystem::path>("set", 's', "a.yaml", "A file"));
+    cli.writeInputTemplate(messages);
+    cli.writeInputTemplate(messages);
+    static_cast<void>(cli.finish(true));
+  }
+  std::stringstream written;
+  written << std::ifstream("prog.inp").rdbuf();
+  std::filesystem::current_path(before);
+
+  EXPECT_EQ(written.str(), "in          # String  The input\nset a.yaml  # unknown A file\n");
+  EXPECT_EQ(messages.str(),
+            "Created an input template file 'prog.inp'\nCall: ./prog @prog.inp\n"
+            "(EE) Trying to generate input file 'prog.inp', but it already exists!\n"
+            "(EE) First remove that existing file, before I can generate a new one\n");
+}
+
+TEST(CommandlineInput, RefusesNamesThatAreTaken) {
+  struct Case {
+    std::string name;
+    char shortName;
+    std::string words;
+  };
+  const std::vector<Case> cases{
+      {"x", 'h', "Sorry '-h' is already occupied for '--help'"},
+      {"help", 'x', "Sorry '-h' is already occupied for '--help'"},
+      {"version", 'x', "Sorry '--version' is already occupied"},
+      {"x", 'i', "CommandlineInput: short name already occupied: i"},
+      {"input", 'x', "CommandlineInput: long name already occupied: input"}};
+  std::string program = "prog";
+  char* argv[] = {program.data(), nullptr};
+  const CapturedErrors messages;
+  for (const Case& c : cases) {
+    CommandlineInput cli(1, argv, "");
+    static_cast<void>(cli.requiredParameter<std::string>("input", 'i', ""));
+    test::expectThrow<std::runtime_error>(
+        [&] { static_cast<void>(cli.requiredParameter<std::string>(c.name, c.shortName, "")); },
+        c.words);
+  }
+  EXPECT_TRUE(
+      messages.text().starts_with("[CLI] (EE) You did not call 'CommandlineInput.finish()' "));
+}
+
+}  // namespace
+}  // namespace velmo::cli

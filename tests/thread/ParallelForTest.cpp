@@ -1,0 +1,141 @@
+#include "thread/ParallelFor.hpp"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <future>
+#include <numeric>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace velmo::thread {
+namespace {
+
+using internal_::parallelForTP;
+
+u64 sumByTasks(u64 n) {
+  std::vector<u64> numbers(n);
+  std::iota(numbers.begin(), numbers.end(), u64{1});
+  std::atomic<u64> sum = 0;
+  parallelForTP(numbers.begin(), numbers.end(), [&](u64 number) { sum += number; });
+  return sum;
+}
+
+// A static object of another file may start the pool before main().
+const u64 sumBeforeMain = sumByTasks(100);
+
+TEST(ParallelFor, WorksBeforeMainAndWithAnyWorkerCount) {
+  EXPECT_EQ(sumBeforeMain, 5050U);
+  for (const u64 n : {1, 3, 8, 2}) {
+    setNumThreads(n);
+
+    EXPECT_EQ(numThreads(), n);
+    EXPECT_EQ(pool().numWorkers(), n);
+    EXPECT_EQ(sumByTasks(0), 0U);
+    EXPECT_EQ(sumByTasks(1000), 500500U);
+  }
+}
+
+TEST(ParallelFor, NestsWithoutWaitingForItself) {
+  setNumThreads(2);
+  std::array<u64, 16> sums{};
+
+  parallelForTP(sums.begin(), sums.end(), [](u64& sum) { sum = sumByTasks(10); });
+
+  for (const u64 sum : sums) EXPECT_EQ(sum, 55U);
+}
+
+TEST(ParallelFor, ThrowsTheFirstExceptionInOrderAfterAllTasksRan) {
+  setNumThreads(3);
+  for (int round = 0; round < 20; ++round) {
+    const std::array<int, 5> numbers{0, 1, 2, 3, 4};
+    std::atomic<int> numCalls = 0;
+    std::string thrown;
+
+    try {
+      parallelForTP(numbers.begin(), numbers.end(), [&](int number) {
+        // The earlier of the two failures ends last.
+        if (number == 2) std::this_thread::sleep_for(std::chrono::microseconds(200));
+        ++numCalls;
+        if (number == 2 || number == 3) throw std::runtime_error(std::to_string(number));
+      });
+    } catch (const std::runtime_error& error) {
+      thrown = error.what();
+    }
+
+    EXPECT_EQ(thrown, "2");
+    EXPECT_EQ(numCalls, 5);
+  }
+}
+
+TEST(Ranges, CoverTheWholeInContiguousSharesOfEqualLength) {
+  struct Case {
+    u64 numThreads, numElements;
+    std::vector<u64> lengths;
+  };
+  const std::vector<Case> cases{
+      {4, 10, {3, 3, 2, 2}}, {8, 3, {1, 1, 1}}, {1, 7, {7}}, {3, 0, {}}, {4, 8, {2, 2, 2, 2}}};
+  for (const Case& c : cases) {
+    setNumThreads(c.numThreads);
+    const std::vector<int> numbers(c.numElements);
+
+    const auto shares = ranges(numbers.begin(), numbers.end());
+
+    ASSERT_EQ(shares.size(), c.lengths.size());
+    auto begin = numbers.begin();
+    for (u64 i = 0; i < shares.size(); ++i) {
+      EXPECT_EQ(shares[i].index, i);
+      EXPECT_EQ(shares[i].first, begin);
+      EXPECT_EQ(static_cast<u64>(shares[i].last - begin), c.lengths[i]);
+      begin = shares[i].last;
+    }
+    EXPECT_EQ(begin, numbers.end());
+  }
+}
+
+TEST(ThreadPool, StaysWhenTheWorkerCountIsSetAgain) {
+  setNumThreads(2);
+  const ThreadPool* const before = &pool();
+
+  setNumThreads(2);
+  setDefaultNumThreads();
+
+  EXPECT_EQ(&pool(), before);
+  EXPECT_EQ(numThreads(), 2U);
+}
+
+TEST(ThreadPool, RunsTheTaskOfAnotherPoolsWorkerWhenThatWorkerIsFree) {
+  ThreadPool first(1);
+  ThreadPool second(1);
+  std::future<void> inner;
+  std::thread::id outerThread;
+  std::thread::id innerThread;
+
+  first
+      .submit([&] {
+        outerThread = std::this_thread::get_id();
+        inner = second.submit([&innerThread] { innerThread = std::this_thread::get_id(); });
+      })
+      .get();
+  inner.get();
+
+  EXPECT_EQ(innerThread, outerThread);
+}
+
+TEST(ThreadPool, BreaksThePromiseOfTasksThatNobodyRan) {
+  std::future<void> orphan;
+  {
+    ThreadPool withoutWorkers(0);
+    // Many, so that a queue destroyed by recursion would overflow the stack.
+    for (int i = 0; i < 200000; ++i) orphan = withoutWorkers.submit([] {});
+  }
+
+  EXPECT_THROW(orphan.get(), std::future_error);
+}
+
+}  // namespace
+}  // namespace velmo::thread
