@@ -1,0 +1,108 @@
+#include "conf/LoadYamlFile.hpp"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+#include <yaml-cpp/yaml.h>
+
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+
+#include "io/Format.hpp"
+
+namespace velmo::conf {
+namespace {
+
+/// A folder of its own for each test.
+class LoadYamlFile : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
+    folder_ = std::filesystem::temp_directory_path() /
+              ("velmo_conf_" + std::to_string(getpid()) + test->name());
+    std::filesystem::create_directories(folder_ / "sub");
+  }
+
+  void TearDown() override { std::filesystem::remove_all(folder_); }
+
+  std::filesystem::path write(const std::string& name, const std::string& text) const {
+    std::ofstream(folder_ / name, std::ios::binary) << text;
+    return folder_ / name;
+  }
+
+  std::string failure(const std::filesystem::path& path) const {
+    try {
+      const YAML::Node unexpected = loadYamlFile(path);
+      return "no failure";
+    } catch (const std::runtime_error& failure) {
+      return failure.what();
+    }
+  }
+
+  std::filesystem::path folder_;
+};
+
+TEST_F(LoadYamlFile, AppendsIncludesAndKeepsTheFirstDefinition) {
+  const auto absolute = write("absolute.yaml", "c: from absolute\nd: from absolute\n");
+  write("sub/beside.yaml", "b: from beside\nc: from beside\nincludes: [never.yaml]\n");
+  const auto path = write("sub/main.yaml", "a: from main\nb: from main\nincludes: [beside.yaml, " +
+                                               absolute.string() + "]\n");
+
+  const YAML::Node root = loadYamlFile(path);
+
+  EXPECT_EQ(root["a"].as<std::string>(), "from main");
+  EXPECT_EQ(root["b"].as<std::string>(), "from main");
+  EXPECT_EQ(root["c"].as<std::string>(), "from beside");
+  EXPECT_EQ(root["d"].as<std::string>(), "from absolute");
+}
+
+TEST_F(LoadYamlFile, JoinsTextsWithoutASeparator) {
+  write("rest.yaml", " go\nb: 2\n");
+  const YAML::Node root = loadYamlFile(write("main.yaml", "includes: [rest.yaml]\na: let"));
+  EXPECT_EQ(root["a"].as<std::string>(), "let go");
+  EXPECT_EQ(root["b"].as<int>(), 2);
+}
+
+TEST_F(LoadYamlFile, ReadsTextsThatAreNoMapping) {
+  EXPECT_TRUE(loadYamlFile(write("empty.yaml", "")).IsNull());
+  EXPECT_EQ(loadYamlFile(write("scalar.yaml", "includes")).as<std::string>(), "includes");
+}
+
+TEST_F(LoadYamlFile, TellsWhichFileIsBad) {
+  const auto folder = folder_.string();
+  const auto main = write("main.yaml", "includes: [sub/none.yaml]\n");
+  const auto self = write("self.yaml", "includes: [.]\n");
+  const auto syntax = write("syntax.yaml", "a: [1\n");
+  const auto large = write("large.yaml", std::string((4U << 20U) + 1, ' '));
+  const auto fits = write("fits.yaml", std::string(4U << 20U, ' '));
+  const auto twice = write("twice.yaml", "includes: [fits.yaml]\n");
+
+  EXPECT_EQ(failure(folder_ / "no"), "(E) YAML file '" + folder + "/no' not found");
+  EXPECT_EQ(failure(main), "(E) YAML include file '" + folder + "/sub/none.yaml' not found");
+  EXPECT_EQ(failure(folder_), "(E) YAML file '" + folder + "' cannot be read");
+  EXPECT_EQ(failure(self), "(E) YAML include file '" + folder + "/.' cannot be read");
+  EXPECT_EQ(failure(large),
+            "(E) YAML file '" + large.string() + "' makes the settings longer than 4 MiB");
+  EXPECT_EQ(failure(fits), "no failure");
+  EXPECT_EQ(failure(twice),
+            "(E) YAML include file '" + fits.string() + "' makes the settings longer than 4 MiB");
+  EXPECT_THROW(static_cast<void>(loadYamlFile(syntax)), YAML::ParserException);
+}
+
+TEST_F(LoadYamlFile, SurvivesTextsMadeToOverwhelmIt) {
+  std::string bomb = "a0: &a0 [x, x]\n";
+  for (int i = 1; i < 60; ++i) bomb += io::format("a{0}: &a{0} [*a{1}, *a{1}]\n", i, i - 1);
+  EXPECT_EQ(loadYamlFile(write("bomb.yaml", bomb + "b: 1\n"))["b"].as<int>(), 1);
+
+  for (const std::string token : {"[", "{a: ", "- ", "? ", "[{a: "}) {
+    std::string nested;
+    for (int i = 0; i < 100000; ++i) nested += token;
+    EXPECT_THROW(static_cast<void>(loadYamlFile(write("nested.yaml", nested))),
+                 YAML::ParserException)
+        << token;
+  }
+}
+
+}  // namespace
+}  // namespace velmo::conf
