@@ -1,0 +1,42 @@
+#include "grid/PointCloud.hpp"
+
+#include <cassert>
+#include <numeric>
+#include <string>
+
+#include "io/Exception.hpp"
+
+namespace velmo::grid {
+
+GridData makePointCloud(std::span<const double> coordinates, [[maybe_unused]] u64 count,
+                        std::span<const u64> ids) {
+  const u64 numPoints = coordinates.size() / 3;
+  assert(count == numPoints);
+  assert(ids.empty() || ids.size() == numPoints);
+
+  GridData cloud;
+  cloud.numElements = numPoints;
+  cloud.numNodes = numPoints;
+  cloud.coordinates.assign(coordinates.begin(), coordinates.end());
+  if (ids.empty()) {
+    cloud.nodeIds.resize(numPoints);
+    std::iota(cloud.nodeIds.begin(), cloud.nodeIds.end(), u64{0});
+  } else {
+    cloud.nodeIds.assign(ids.begin(), ids.end());
+  }
+  cloud.elementTypes.assign(numPoints, 0);
+  cloud.offsets.resize(numPoints + 1);
+  std::iota(cloud.offsets.begin(), cloud.offsets.end(), u64{0});
+  cloud.connectivity = cloud.nodeIds;
+  cloud.elementTags.assign(numPoints, 1);
+  return cloud;
+}
+
+GridData pointCloudOfNodes(const GridData& mesh) {
+  if (mesh.worldDim != 3)
+    throw utility::RuntimeError("A point needs 3 coordinates, but the nodes of the mesh have " +
+                                std::to_string(mesh.worldDim));
+  return makePointCloud(mesh.coordinates, mesh.numNodes);
+}
+
+}  // namespace velmo::grid

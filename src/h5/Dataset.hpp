@@ -1,0 +1,46 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "h5/Handle.hpp"
+#include "io/Types.hpp"
+
+namespace velmo::h5 {
+
+/// A dataset of rank 0, 1 or 2 that is opened but not yet read, so that all sizes of a file can be
+/// checked against each other before memory is fetched for any of them.
+/// All failures are utility::RuntimeError.
+class Dataset {
+ public:
+  /// @throws as dopen2 and dget_space, "ndims cannot exceed 2",
+  ///         "The extents of '<path>' are too large"
+  Dataset(hid_t location, std::string_view name);
+
+  /// Path within the file, for messages.
+  [[nodiscard]] const std::string& path() const noexcept { return path_; }
+
+  /// Number of entries, the product of the extents: 1 for rank 0.
+  [[nodiscard]] u64 size() const noexcept { return size_; }
+
+  /// @throws "'<path>' has <n> entries instead of <expected>"
+  void requireSize(u64 expected) const;
+
+  /// All entries in storage order, converted by the library. T is std::int64_t, std::uint8_t or
+  /// double.
+  ///
+  /// @throws "'<path>' has more entries than the file can hold",
+  ///         "'<path>' could not be read as numbers"
+  template <class T>
+  [[nodiscard]] std::vector<T> read() const;
+
+ private:
+  void requirePlausibleSize_() const;
+
+  DatasetHandle handle_;
+  std::string path_;
+  u64 size_ = 0;
+};
+
+}  // namespace velmo::h5

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "io/Types.hpp"
+
+namespace velmo::topo {
+
+/// Hash of a sorted list of vertex ids: FNV-1a of the first id's bytes, least significant first,
+/// then h ^= (h >> 2) + (h << 6) + f + 0x9e3779b99 with f the FNV-1a of each later id. 0 for an
+/// empty list.
+[[nodiscard]] u64 hashSortedIds(std::span<const u64> sortedIds) noexcept;
+
+/// Multimap from the hash of an entity's sorted vertex ids to its index: bucket after bucket in one
+/// flat array.
+class EntityIndex {
+ public:
+  struct Entry {
+    u64 hash;
+    u64 index;
+  };
+
+  EntityIndex() = default;
+  explicit EntityIndex(std::span<const Entry> entries);
+
+  /// The entries in the bucket of `hash`, in the order of their insertion; not all need have it.
+  [[nodiscard]] std::span<const Entry> bucket(u64 hash) const noexcept {
+    if (entries_.empty()) return {};
+    const u64 b = hash & mask_;
+    return {entries_.data() + starts_[b], starts_[b + 1] - starts_[b]};
+  }
+
+ private:
+  u64 mask_ = 0;
+  std::vector<u64> starts_;  ///< one per bucket and the end, a power of two of buckets
+  std::vector<Entry> entries_;
+};
+
+}  // namespace velmo::topo

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "io/Types.hpp"
+
+namespace velmo::topo {
+
+/// The distinct values of `ids` in ascending order. Linear time when they lie densely.
+[[nodiscard]] std::vector<u64> sortedUnique(std::span<const u64> ids);
+
+/// Places of ids in a list, in constant time for any ids.
+///
+/// Ids that lie densely, which is what grids have, are looked up in a plain table over their range;
+/// others in a flat hash table with linear probing.
+class IdMap {
+ public:
+  IdMap() = default;
+
+  /// Maps ids[i] to i. A repeated id keeps its first place.
+  explicit IdMap(std::span<const u64> ids);
+
+  /// Place of `id`, `kNone` for an id that isn't in the list.
+  [[nodiscard]] u64 find(u64 id) const noexcept {
+    if (!slots_.empty()) return findHashed_(id);
+    const u64 offset = id - firstId_;
+    return offset < table_.size() ? table_[offset] : kNone;
+  }
+
+  /// Place of the first id in the list that had come before, `kNone` when all are distinct.
+  [[nodiscard]] u64 firstDuplicate() const noexcept { return firstDuplicate_; }
+
+ private:
+  struct Slot {
+    u64 id = 0;
+    u64 place = kNone;  ///< `kNone` marks an empty slot
+  };
+
+  void fillTable_(std::span<const u64> ids);
+  void fillSlots_(std::span<const u64> ids);
+  [[nodiscard]] u64 slotOf_(u64 id) const noexcept;
+  [[nodiscard]] u64 findHashed_(u64 id) const noexcept;
+
+  u64 firstId_ = 0;
+  std::vector<u64> table_;   ///< place of firstId_ + i
+  std::vector<Slot> slots_;  ///< a power of two, at most half full
+  int hashShift_ = 0;
+  u64 firstDuplicate_ = kNone;
+};
+
+}  // namespace velmo::topo

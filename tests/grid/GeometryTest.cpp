@@ -1,0 +1,162 @@
+#include "grid/Geometry.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "grid/Coordinates.hpp"
+#include "grid/ElementInfo.hpp"
+#include "grid/GeometricBasis.hpp"
+#include "grid/SurfaceElements.hpp"
+#include "grid/SurfaceWorlds.hpp"
+#include "grid/TopologyOf.hpp"
+#include "io/Exception.hpp"
+#include "support/ExpectThrow.hpp"
+
+namespace velmo::grid {
+namespace {
+
+using velmo::test::expectThrow;
+
+/// A segment, a quadrilateral and a triangle on five nodes with ids 10, 20, ... along a bent strip.
+GridData strip() {
+  GridData data;
+  data.numElements = 3;
+  data.numNodes = 5;
+  data.coordinates = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 2, 1, 1};
+  data.nodeIds = {10, 20, 30, 40, 50};
+  data.elementTypes = {102, 304, 203};
+  data.offsets = {0, 2, 6, 9};
+  data.connectivity = {10, 20, 10, 20, 30, 40, 20, 50, 30};
+  data.elementTags = {9, 5, 3};
+  return data;
+}
+
+GridData cloud() {
+  GridData data;
+  data.worldDim = 4;
+  data.numElements = 3;
+  data.numNodes = 3;
+  data.coordinates = {1, 2, 3, 0, 4, 5, 6, 0, 7, 8, 9, 0};
+  data.nodeIds = {30, 10, 20};
+  data.elementTypes = {0, 0, 0};
+  data.offsets = {0, 1, 2, 3};
+  data.connectivity = {10, 20, 30};
+  data.elementTags = {1, 1, 1};
+  return data;
+}
+
+TEST(TopologyOf, TakesTheElementsOfDimensionTwo) {
+  const GridData data = strip();
+
+  const topo::Grid<2> topology = surfaceTopology(data);
+  const Geometry::Grid geometry = surfaceGeometry(data);
+  const SurfaceElements elements = surfaceElements(topology, geometry);
+
+  EXPECT_EQ(topology.entityCounts, (std::array<u64, 8>{5, 6, 1, 1, 0, 0, 0, 0}));
+  EXPECT_EQ(topology.elementTags, (std::vector<u64>{5, 3}));
+  EXPECT_EQ(geometry.elementTypes, (std::vector<u64>{304, 203}));
+  EXPECT_EQ(geometry.order, 1U);
+  EXPECT_EQ(geometry.highOrderNodes, nullptr);
+  EXPECT_DOUBLE_EQ(elements.areas[0], 1.0);
+  EXPECT_EQ(elements.nodes(1)[3], 2.0);
+}
+
+TEST(TopologyOf, APointCloudKeepsItsElementOrder) {
+  const GridData data = cloud();
+  const topo::Grid<0> topology = pointTopology(data);
+  const Coordinates coordinates(data);
+
+  EXPECT_EQ(topology.vertices, data.connectivity);
+  EXPECT_EQ(coordinates.position(30)[0], 1.0);
+  EXPECT_EQ(coordinates.position(10)[2], 6.0);
+  EXPECT_EQ(coordinates.values()[0], 4.0);
+  expectThrow<std::out_of_range>([&] { (void)coordinates.position(11); },
+                                 "invalid unordered_map<K, T> key");
+}
+
+TEST(Geometry, StoresTheNodesBeyondTheVertices) {
+  GridData data;
+  test::addElement(data, 206, [](double x, double y) { return test::Point{x, y, 0.0}; });
+  std::ranges::reverse(data.connectivity);
+
+  const Geometry::Grid geometry = surfaceGeometry(data);
+
+  ASSERT_NE(geometry.highOrderNodes, nullptr);
+  EXPECT_EQ(geometry.highOrderNodes->ids, (std::vector<u64>{2, 1, 0}));
+  EXPECT_EQ(surfaceTopology(data).connectivity, (std::vector<u64>{5, 4, 3}));
+  data.offsets = {0, 5};
+  expectThrow<utility::RuntimeError>([&] { (void)surfaceGeometry(data); },
+                                     "Element 0 does not hold the 6 nodes of its type");
+}
+
+TEST(Geometry, RefusesDamagedGridsWithItsWords) {
+  struct Case {
+    const char* text;
+    void (*damage)(GridData&);
+  };
+  for (const Case& c : {
+           Case{"ElementInfo: A list of mixed order elements has been provided (min=1, max=2)",
+                [](GridData& d) { d.elementTypes[2] = 206; }},
+           Case{"velmo::grid::detail_::applyToEets: must not reach this point (Quad12)",
+                [](GridData& d) { d.elementTypes[1] = 312; }},
+           Case{"velmo::grid::detail_::applyToEets: must not reach this point (999)",
+                [](GridData& d) { d.elementTypes[1] = 999; }},
+           Case{"velmo::grid::Coordinates::Coordinates():Node '20' seems to be a duplicate!",
+                [](GridData& d) { d.nodeIds[4] = 20; }},
+           Case{"Input coordinate dimension too small", [](GridData& d) { d.worldDim = 2; }},
+           Case{"Coordinates: the lists of a grid don't fit together",
+                [](GridData& d) { d.coordinates.pop_back(); }},
+           Case{"Geometry::Grid: there are fewer types than elements",
+                [](GridData& d) { d.elementTypes.pop_back(); }},
+       }) {
+    GridData data = strip();
+    c.damage(data);
+    expectThrow<std::runtime_error>([&] { (void)surfaceGeometry(data); }, c.text);
+  }
+  EXPECT_EQ(ElementInfo({}).order(), 0U);
+  expectThrow<std::runtime_error>(
+      [] { (void)geometricBasis(102); },
+      "velmo::grid::detail_::applyToEets: must not reach this point (Segment2)");
+}
+
+TEST(Geometry, RefusesDamagedConnectivityBeforeItIsRead) {
+  const char* const tooShort = "Element 2 does not hold the 3 nodes of its type";
+  for (const std::vector<u64>& offsets :
+       {std::vector<u64>{0, 2, 6, 10}, {0, 2, 6, 8}, {0, 2, 6}, {0, 2, 6, 5}}) {
+    GridData data = strip();
+    data.offsets = offsets;
+    expectThrow<utility::RuntimeError>([&] { (void)surfaceTopology(data); }, tooShort);
+  }
+  GridData unknownNode = strip();
+  unknownNode.connectivity[7] = 51;
+  expectThrow<std::out_of_range>(
+      [&] { (void)surfaceElements(surfaceTopology(unknownNode), surfaceGeometry(unknownNode)); },
+      "invalid unordered_map<K, T> key");
+  expectThrow<utility::RuntimeError>(
+      [&] { (void)surfaceElements(surfaceTopology(strip()), Geometry::Grid()); },
+      "surfaceElements: topology and geometry have different elements");
+}
+
+TEST(Coordinates, RefuseWhatIsNoPointCloud) {
+  struct Case {
+    const char* text;
+    void (*damage)(GridData&);
+  };
+  for (const Case& c : {
+           Case{"Input coordinate dimension too small", [](GridData& d) { d.worldDim = 2; }},
+           Case{"Constructor only allowed for point clouds",
+                [](GridData& d) { d.elementTypes[1] = 102; }},
+           Case{"velmo::grid::Coordinates::Coordinates():Node '10' seems to be a duplicate!",
+                [](GridData& d) { d.connectivity[2] = 10; }},
+           Case{"Coordinates: the lists of a grid don't fit together",
+                [](GridData& d) { d.connectivity.clear(); }},
+       }) {
+    GridData data = cloud();
+    c.damage(data);
+    expectThrow<std::runtime_error>([&] { (void)Coordinates(data); }, c.text);
+  }
+}
+
+}  // namespace
+}  // namespace velmo::grid

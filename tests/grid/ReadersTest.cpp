@@ -1,0 +1,200 @@
+#include <gtest/gtest.h>
+
+#include <ios>
+#include <limits>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "grid/MeshReader.hpp"
+#include "grid/SkipComments.hpp"
+#include "grid/XyzReader.hpp"
+#include "io/Exception.hpp"
+#include "support/ExpectThrow.hpp"
+#include "support/TextMutation.hpp"
+
+namespace velmo::grid {
+namespace {
+
+using test::expectThrow;
+
+std::vector<double> xyz(const std::string& text) {
+  std::istringstream stream(text);
+  std::vector<double> coordinates{99};
+  readXyz(stream, coordinates);
+  return coordinates;
+}
+
+GridData mesh(const std::string& text) {
+  std::istringstream stream(text);
+  GridData grid;
+  readMesh(stream, grid);
+  return grid;
+}
+
+TEST(XyzReader, ReadsCountAndPointsBetweenComments) {
+  for (const std::string text : {
+           "2\n1 2 3\n-4 5e1 .5\n",
+           "2\n1 2 3\n-4 5e1 .5",
+           "# head\n\r\n\n2 points\n#\n1 2 3 fourth\n# middle\n\n-4 5e1 .5 # tail\nanything\n",
+           " 2\r\n1\t2\r\n3 x\r\n   -4\n\n5e1 +.5\r\n",
+           "02\n1.0+2. 3.0e0\n-4 5E+1 0.5\n2 4\n",
+       })
+    EXPECT_EQ(xyz(text), (std::vector<double>{1, 2, 3, -4, 50, 0.5})) << text;
+  EXPECT_EQ(xyz("1.5\n1 2 3\n"), (std::vector<double>{1, 2, 3}));
+  EXPECT_EQ(xyz("0"), std::vector<double>{});
+  EXPECT_EQ(xyz("#\n0 x\n1 2"), std::vector<double>{});
+}
+
+TEST(XyzReader, EndsInTheStreamsOwnFailure) {
+  const std::string texts[] = {"",
+                               "#",
+                               "x\n",
+                               "2\n1 2 3\n",
+                               "1\n1 2\n",
+                               "1\n1 2 x\n",
+                               "1\n1 2\n# 3\n",
+                               "1\n1 2,3 4\n",
+                               "1\n1 inf 2\n",
+                               "1\n1 nan 2\n",
+                               "1\n0x1p3 1 2\n",
+                               "1\n1 1e999 2\n",
+                               "1\n1 2 3e\n",
+                               "1\n1 + 2 3\n",
+                               " # no comment\n0\n",
+                               "18446744073709551615\n1 2 3\n",
+                               "-1\n1 2 3\n",
+                               "18446744073709551616\n1 2 3\n"};
+  for (const std::string& text : texts)
+    EXPECT_THROW((void)xyz(text), std::ios_base::failure) << text;
+}
+
+/// The format in terms of the stream's own operators.
+std::vector<double> xyzByExtraction(const std::string& text) {
+  std::istringstream stream(text);
+  stream.exceptions(std::ios_base::failbit);
+  const auto discardLine = [&] {
+    if (stream.good()) stream.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
+  };
+  u64 numPoints = 0;
+  skipComments(stream) >> numPoints;
+  discardLine();
+  skipComments(stream);
+  std::vector<double> coordinates;
+  for (u64 point = 0; point < numPoints; ++point) {
+    for (int axis = 0; axis < 3; ++axis) stream >> coordinates.emplace_back();
+    discardLine();
+    skipComments(stream);
+  }
+  return coordinates;
+}
+
+TEST(XyzReader, AcceptsAndRefusesWhatStreamExtractionDoes) {
+  const std::string seed =
+      "# points\n4\n1 -2.5e3 +3\n#\n0 4.9e-324 1e-400\n.5 5. 1.7976931348623157e308\n\n7\n8 9 x\n";
+  int numRead = 0;
+  const u64 count = test::numMutations(20000);
+  for (u64 i = 0; i < count; ++i) {
+    const std::string text = test::mutatedText(seed, i);
+    SCOPED_TRACE(text);
+    std::vector<double> expected;
+    bool isValid = true;
+    try {
+      expected = xyzByExtraction(text);
+    } catch (const std::ios_base::failure&) {
+      isValid = false;
+    }
+
+    if (isValid) {
+      EXPECT_EQ(xyz(text), expected);
+      ++numRead;
+    } else {
+      EXPECT_THROW((void)xyz(text), std::ios_base::failure);
+    }
+    if (HasFailure()) break;
+  }
+  EXPECT_GT(numRead, 0);
+  EXPECT_LT(numRead, static_cast<int>(count));
+}
+
+const std::string kMesh =
+    "# header\n  3  4 2   7  ignored\r\n\n"
+    "10 0 0 0 more\n7 1 0 0\n#\n8 1 1\n0\n9 0 1 0.5\n"
+    "# elements\nTria3 5 10 7 8 more\n304 6 10 7\n8 9";
+
+TEST(MeshReader, ReadsNodesAndElementsAsTheyStand) {
+  const GridData grid = mesh(kMesh);
+
+  EXPECT_EQ(grid.worldDim, 3);
+  EXPECT_EQ(grid.numNodes, 4);
+  EXPECT_EQ(grid.numElements, 2);
+  EXPECT_EQ(grid.nodeIds, (std::vector<u64>{10, 7, 8, 9}));
+  EXPECT_EQ(grid.coordinates, (std::vector<double>{0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0.5}));
+  EXPECT_EQ(grid.elementTypes, (std::vector<u64>{203, 304}));
+  EXPECT_EQ(grid.elementTags, (std::vector<u64>{5, 6}));
+  EXPECT_EQ(grid.offsets, (std::vector<u64>{0, 3, 7}));
+  EXPECT_EQ(grid.connectivity, (std::vector<u64>{10, 7, 8, 10, 7, 8, 9}));
+  EXPECT_EQ(mesh("2 0 0 0").worldDim, 2);
+}
+
+TEST(MeshReader, WarnsOnceWhenTheHeaderPromisesMoreIncidences) {
+  testing::internal::CaptureStderr();
+  const GridData grid = mesh("3 0 2 12\n203 1 0 1 2\n206 1 0 1 2 3 4 5\n");
+
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "(WW) Input file predicted larger size of incidence table\n");
+  EXPECT_EQ(grid.connectivity.size(), 9);
+  EXPECT_EQ(grid.offsets.back(), 9);
+}
+
+TEST(MeshReader, RefusesBadHeadersAndElementsInItsOwnWords) {
+  const struct {
+    std::string text;
+    std::string refusal;
+  } cases[] = {
+      {"3 4 2\n", "Expected four words here -> 3 4 2"},
+      {" \n", "Expected four words here ->  "},
+      {"3\t4 2 7\n", "Expected four words here -> 3\t4 2 7"},
+      {"3 4 2 x\n", "Expected a number, got: x"},
+      {"3 -4 2 7\n", "Expected a number, got: -4"},
+      {"3 4 2. 7\n", "Expected a number, got: 2."},
+      {"99999999999 4 2 7\r\n", "Expected a number, got: 7\r"},
+      {"3 0 1 7\nTria4 1 1 2 3\n", "Failed to identify the ET: Tria4"},
+      {"3 0 1 12\nQuad12 1 1 2 3\n",
+       "velmo::grid::detail_::applyToEets: must not reach this point (Quad12)"},
+      {"3 0 1 2\n203 1 1 2 3\n", "Input file predicted smaller size of incidence table: 2"},
+  };
+  for (const auto& fault : cases)
+    expectThrow<std::runtime_error>([&] { (void)mesh(fault.text); }, fault.refusal);
+  expectThrow<std::out_of_range>([] { (void)mesh("3 2147483648 2 7\n"); },
+                                 "stoi argument out of range");
+  for (const std::string text :
+       {"", "3 1 0 0\n1 0 0\n", "3 2147483647 2147483647 2147483647\n",
+        "2147483647 2147483647 0 0\n1 2 3\n", "3 0 1 1\n0 x 1\n", "3 0 1 1\n0 1 x\n"})
+    EXPECT_THROW((void)mesh(text), std::ios_base::failure) << text;
+}
+
+TEST(MeshReader, EndsWellOrInWordsOnAlteredTexts) {
+  testing::internal::CaptureStderr();
+  const u64 count = test::numMutations(20000);
+  for (u64 i = 0; i < count; ++i) {
+    const std::string text = test::mutatedText(kMesh, i);
+    SCOPED_TRACE(text);
+    try {
+      const GridData grid = mesh(text);
+      EXPECT_EQ(grid.nodeIds.size(), grid.numNodes);
+      EXPECT_EQ(grid.coordinates.size(), grid.numNodes * grid.worldDim);
+      EXPECT_EQ(grid.elementTypes.size(), grid.numElements);
+      EXPECT_EQ(grid.offsets.size(), grid.numElements + 1);
+      EXPECT_EQ(grid.offsets.back(), grid.connectivity.size());
+    } catch (const std::exception& failure) {
+      EXPECT_STRNE(failure.what(), "");
+    }
+    if (HasFailure()) break;
+  }
+  testing::internal::GetCapturedStderr();
+}
+
+}  // namespace
+}  // namespace velmo::grid

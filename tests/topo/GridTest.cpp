@@ -1,0 +1,206 @@
+#include "topo/Grid.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+#include <thread>
+#include <utility>
+
+#include "io/Exception.hpp"
+#include "support/ExpectThrow.hpp"
+
+namespace velmo::topo {
+namespace {
+
+using utility::RuntimeError;
+
+Grid<2> makeGrid(const std::vector<std::vector<u64>>& elements, std::vector<u64> tags = {}) {
+  std::vector<u64> connectivity;
+  std::vector<u64> offsets{0};
+  for (const auto& element : elements) {
+    connectivity.insert(connectivity.end(), element.begin(), element.end());
+    offsets.push_back(connectivity.size());
+  }
+  if (tags.empty()) tags.assign(elements.size(), 0);
+  return {elements.size(), std::move(connectivity), std::move(offsets), std::move(tags)};
+}
+
+/// A torus of rows x columns cells, every third of which is split into two triangles, with vertex
+/// ids `first + stride * place`.
+Grid<2> mixedTorus(u64 rows, u64 columns, u64 first, u64 stride) {
+  std::vector<std::vector<u64>> elements;
+  const auto id = [&](u64 i, u64 j) {
+    return first + stride * ((i % rows) * columns + j % columns);
+  };
+  for (u64 i = 0; i < rows; ++i) {
+    for (u64 j = 0; j < columns; ++j) {
+      const u64 a = id(i, j);
+      const u64 b = id(i + 1, j);
+      const u64 c = id(i + 1, j + 1);
+      const u64 d = id(i, j + 1);
+      if ((i + j) % 3 == 0) {
+        elements.push_back({a, b, c});
+        elements.push_back({a, c, d});
+      } else {
+        elements.push_back({a, b, c, d});
+      }
+    }
+  }
+  return makeGrid(elements);
+}
+
+Grid<2> twoTriangles() { return makeGrid({{10, 20, 30}, {30, 20, 40}}, {7, 3}); }
+
+TEST(SurfaceGrid, TwoTrianglesShareAnEdgeInTheOrientationOfTheFirst) {
+  const Grid<2> grid = twoTriangles();
+
+  EXPECT_EQ(grid.entityCounts, (std::array<u64, 8>{4, 5, 2, 0, 0, 0, 0, 0}));
+  EXPECT_EQ(grid.edges, (std::vector<Edge>{{10, 20}, {20, 30}, {30, 10}, {20, 40}, {40, 30}}));
+  EXPECT_EQ(grid.vertices, (std::vector<u64>{10, 20, 30, 40}));
+  EXPECT_EQ(grid.uniqueTags, (std::vector<u64>{3, 7}));
+  EXPECT_EQ(grid.vertexIndex(30), 2U);
+}
+
+TEST(SurfaceGrid, SatisfiesEulersFormulaAndFindsEveryEdgeFromBothSides) {
+  struct Numbering {
+    u64 first, stride;
+  };
+  for (const auto& [first, stride] :
+       {Numbering{0, 1}, Numbering{1000, 3}, Numbering{5, u64{1} << 50}}) {
+    const Grid<2> grid = mixedTorus(12, 9, first, stride);
+    std::vector<u64> uses(grid.edges.size(), 0);
+
+    EXPECT_EQ(grid.numEntities(2) + grid.numEntities(0), grid.numEntities(1));
+    std::set<std::set<u64>> distinct;
+    for (const Edge& edge : grid.edges) distinct.insert({edge[0], edge[1]});
+    EXPECT_EQ(distinct.size(), grid.edges.size());
+    for (const Entity& element : grid.entities<0>()) {
+      for (u64 i = 0; i < element.nodes().size(); ++i) {
+        const Entity edge = grid.subEntity(element.index(), 1, i);
+        EXPECT_TRUE(edge.isTemporary());
+        ++uses[grid.index(edge)];
+      }
+    }
+    EXPECT_TRUE(std::ranges::all_of(uses, [](u64 n) { return n == 2; }));
+  }
+}
+
+TEST(SurfaceGrid, FindsEntitiesByTheirVerticesInAnyOrder) {
+  const Grid<2> grid = mixedTorus(5, 4, 100, 2);
+  for (const Entity& element : grid.entities<0>()) {
+    EntityNodes ids = element.nodes();
+    std::ranges::sort(ids);
+    do {
+      ASSERT_EQ(grid.find(ids, true), element.index());
+    } while (std::ranges::next_permutation(ids).found);
+  }
+  for (const Entity& edge : grid.entities<1>()) {
+    const std::vector<u64> reversed{edge.nodes()[1], edge.nodes()[0]};
+    EXPECT_EQ(grid.find(edge.nodes(), true), edge.index());
+    EXPECT_EQ(grid.find(reversed, true), edge.index());
+  }
+  for (const Entity& vertex : grid.entities<2>())
+    EXPECT_EQ(grid.index(Entity(vertex.nodes())), vertex.index());
+}
+
+TEST(SurfaceGrid, ConcurrentFirstLookUpsAgree) {
+  const Grid<2> grid = mixedTorus(20, 20, 0, 1);
+  std::array<u64, 4> found{};
+  std::vector<std::jthread> threads;
+  for (u64& result : found)
+    threads.emplace_back([&grid, &result] { result = grid.find(grid.edges.back(), true); });
+  threads.clear();
+
+  for (const u64 result : found) EXPECT_EQ(result, grid.edges.size() - 1);
+}
+
+TEST(SurfaceGrid, SaysWhichSubEntityIsMissing) {
+  const Grid<2> grid = twoTriangles();
+  const std::vector<u64> none{40, 20, 10};
+
+  EXPECT_EQ(grid.find(none, false), kNone);
+  test::expectThrow<RuntimeError>([&] { (void)grid.find(none, true); },
+                                  "Failing (I) to find subEntity ={ 40 20 10}");
+
+  // Two ids with the same hash, so that the edges {0, hashed} and {0, twin} meet in the table.
+  const u64 hashed = 16506424181608406U;
+  const u64 twin = 5705371797237758335U;
+  const Grid<2> colliding = makeGrid({{0, hashed, 1}});
+  EXPECT_EQ(colliding.find(std::vector{u64{0}, hashed}, true), 0U);
+  EXPECT_EQ(colliding.find(std::vector{u64{0}, twin}, false), kNone);
+  test::expectThrow<RuntimeError>(
+      [&] {
+        (void)colliding.find(std::vector{u64{0}, twin}, true);
+      },
+      "Failing (II) to find subEntity ={ 0 5705371797237758335}");
+  test::expectThrow<std::runtime_error>([&] { (void)grid.find(std::vector<u64>(9), false); },
+                                        "TinyVector::CAPACITY exceeded");
+}
+
+TEST(SurfaceGrid, RefusesWhatIsNoSurfaceAndWhatItDoesNotHold) {
+  Grid<2> grid = twoTriangles();
+
+  test::expectThrow<std::runtime_error>(
+      [] {
+        (void)makeGrid({{0, 1}});
+      },
+      "2-dim can only have 3 or 4 nodes");
+  test::expectThrow<std::runtime_error>(
+      [] {
+        (void)makeGrid({{0, 1, 2, 3, 4}});
+      },
+      "2-dim can only have 3 or 4 nodes");
+  const char* const unfitting = "topo::Grid<2>: connectivity, offsets and tags don't fit together";
+  const std::vector<u64> abc{0, 1, 2};
+  test::expectThrow<RuntimeError>([&] { Grid<2>(1, abc, {0, 4}, {0}); }, unfitting);
+  test::expectThrow<RuntimeError>([&] { Grid<2>(1, abc, {0, 3}, {}); }, unfitting);
+  test::expectThrow<RuntimeError>([&] { Grid<2>(kNone, abc, {}, {}); }, unfitting);
+  test::expectThrow<RuntimeError>([&] { (void)grid.vertexIndex(11); },
+                                  "Failed to find vertex 11 (dim=2, entity dim=0)");
+  test::expectThrow<std::runtime_error>(
+      [&] { (void)grid.subEntity(0, 1, 0).index(); },
+      "This entity is only temporary, to get the index of its original use "
+      "velmo::topo::Grid::index( entity ) instead");
+  auto end = grid.entities<1>().end();
+  test::expectThrow<std::out_of_range>([&] { ++end; }, "Cannot increment beyond end");
+  test::expectThrow<RuntimeError>([&] { grid.finishOwnerships(); },
+                                  "Ownerships has not been created yet");
+}
+
+TEST(SurfaceGrid, OneRankOwnsEverythingAndKeepsItsTags) {
+  Grid<2> grid = twoTriangles();
+
+  grid.createOwnerships(0);
+  grid.finishOwnerships();
+
+  ASSERT_EQ(grid.ownerships->size(), 3U);
+  EXPECT_EQ((*grid.ownerships)[1].numEntities(), 5U);
+  EXPECT_TRUE((*grid.ownerships)[1].isOwned(4));
+  EXPECT_EQ((*grid.ownerships)[0].sendLists(), std::vector<std::vector<u64>>(1));
+  EXPECT_EQ(grid.uniqueTags, (std::vector<u64>{3, 7}));
+}
+
+TEST(PointGrid, FindsItsVertices) {
+  Grid<0> grid(3, {4, 9, 11}, {1, 1, 1});
+
+  EXPECT_EQ(grid.entityCounts[0], 3U);
+  EXPECT_EQ(grid.uniqueTags, std::vector<u64>{1});
+  for (const Entity& point : grid.entities<0>()) {
+    EXPECT_EQ(grid.vertexIndex(point.nodes()[0]), point.index());
+    EXPECT_EQ(grid.vertexMap.find(point.nodes()[0]), point.index());
+    EXPECT_EQ(grid.index(Entity(point.nodes())), point.index());
+  }
+  test::expectThrow<RuntimeError>([&] { (void)grid.vertexIndex(5); },
+                                  "Failed to find vertex 5 (dim=0, entity dim=0)");
+  test::expectThrow<RuntimeError>([&] { grid.finishOwnerships(); },
+                                  "Ownerships has not been created yet");
+  test::expectThrow<RuntimeError>(
+      [] {
+        Grid<0>(2, {1}, {1, 1});
+      },
+      "topo::Grid<0>: connectivity and tags don't have one entry per element");
+}
+
+}  // namespace
+}  // namespace velmo::topo
