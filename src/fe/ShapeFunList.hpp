@@ -1,0 +1,58 @@
+#pragma once
+
+#include <functional>
+#include <tuple>
+#include <vector>
+
+#include "fe/ShapeFunCounts.hpp"
+#include "linalg/MatrixView.hpp"
+#include "sfun/HierarchicalBasisFunction.hpp"
+#include "topo/CoordinateSpan.hpp"
+
+namespace velmo::fe {
+
+/// The element-local functions of one order on all elements of a grid of dimension `Dim` in a space
+/// of dimension `WorldDim`.
+template <int Dim, int WorldDim>
+class ShapeFunList;
+
+/// Surfaces in space: (order + 1)(order + 2) / 2 functions on a triangle, (order + 1)^2 on a
+/// quadrilateral, none on edges and vertices. Const after construction; const operations are
+/// re-entrant.
+template <>
+class ShapeFunList<2, 3> : public ShapeFunCounts {
+ public:
+  using Bases = std::tuple<sfun::TriangleL2Basis, sfun::QuadrilateralL2Basis>;
+
+  /// Writes the functions at the points to a matrix of shape (numPoints, number of functions).
+  using Evaluator = std::function<void(geom::ReferencePoints, linalg::MatrixView<double>)>;
+
+  /// The basis on reference type N, behind one signature for all shapes.
+  template <int N>
+  struct BasisFunction_ {
+    /// With `onlyShape` the evaluator leaves its output as it stands. It refers to `bases`.
+    [[nodiscard]] static Evaluator invoke(bool onlyShape, const Bases& bases);
+  };
+
+  /// Order 0 is the piecewise constant density.
+  /// @throws utility::RuntimeError for an order beyond sfun::kMaxBasisOrder
+  explicit ShapeFunList(u64 order);
+
+  /// Evaluator for triangles or quadrilaterals; refers to this list.
+  /// @throws std::runtime_error "velmo::topo::detail_::applyToRets: must not reach this point"
+  [[nodiscard]] Evaluator evaluator(topo::ReferenceType kind) const;
+
+  /// The same without the indirect call: `out` has shape (numPoints, count of `kind`).
+  /// @throws std::runtime_error as `evaluator`
+  void evaluate(topo::ReferenceType kind, geom::ReferencePoints points,
+                linalg::MatrixView<double> out) const;
+
+  /// Points where a function must be sampled to be projected onto the functions of `kind`, shape
+  /// (numPoints, 2). Collected by a projection of the zero function at each call: setup code.
+  [[nodiscard]] std::vector<double> samplingPoints(topo::ReferenceType kind) const;
+
+ private:
+  Bases bases_;
+};
+
+}  // namespace velmo::fe

@@ -1,0 +1,117 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cassert>
+
+#include "io/Types.hpp"
+
+/// The recurrences of `Legendre.hpp` for a batch of arguments: the order runs outside, the
+/// arguments innermost in contiguous arrays, so that the loops vectorise. Objects live on the stack
+/// and allocate nothing.
+namespace velmo::math {
+
+/// Largest number of arguments of a batch: a few rows of it stay in the first cache.
+inline constexpr u64 kBatchSize = 64;
+
+/// One value per argument of a batch.
+struct alignas(64) BatchRow {
+  std::array<double, kBatchSize> values;
+  [[nodiscard]] double* data() noexcept { return values.data(); }
+  [[nodiscard]] const double* data() const noexcept { return values.data(); }
+};
+
+/// Steps through P_1, P_2, ... with their derivatives.
+class LegendreBatch {
+ public:
+  /// Starts at order 1. Keeps a pointer to the arguments `x`, shape (count), count <= kBatchSize.
+  LegendreBatch(const double* x, u64 count) noexcept : x_(x), count_(count) {
+    assert(count <= kBatchSize);
+    std::fill_n(rows_[0].data(), count, 1.0);
+    std::copy_n(x, count, rows_[1].data());
+    std::fill_n(derivatives_.data(), count, 1.0);
+  }
+
+  /// On to the next order.
+  void advance() noexcept {
+    ++order_;
+    const auto n = static_cast<double>(order_);
+    const double a = (2.0 * n - 1.0) / n;
+    const double b = (n - 1.0) / n;
+    const double* __restrict x = x_;
+    const double* __restrict newer = rows_[(order_ - 1) % 2].data();
+    double* __restrict next = rows_[order_ % 2].data();  // holds P_(n-2) until it is overwritten
+    double* __restrict derivative = derivatives_.data();
+    for (u64 q = 0; q < count_; ++q) {
+      derivative[q] = x[q] * derivative[q] + n * newer[q];
+      next[q] = a * x[q] * newer[q] - b * next[q];
+    }
+  }
+
+  [[nodiscard]] u64 order() const noexcept { return order_; }
+  /// P_n, shape (count); valid until the next `advance`.
+  [[nodiscard]] const double* values() const noexcept { return rows_[order_ % 2].data(); }
+  /// P'_n, shape (count).
+  [[nodiscard]] const double* derivatives() const noexcept { return derivatives_.data(); }
+
+ private:
+  const double* x_;
+  u64 count_;
+  u64 order_ = 1;
+  std::array<BatchRow, 2> rows_;
+  BatchRow derivatives_;
+};
+
+/// Steps through L_2, L_3, ...; with `Scaled` the homogeneous form L_n(x, t), else t = 1.
+template <bool Scaled>
+class IntegratedLegendreBatch {
+ public:
+  /// Stands before order 2. Keeps pointers to `x` and, where scaled, `t`, shape (count) each.
+  IntegratedLegendreBatch(const double* x, const double* t, u64 count) noexcept
+      : x_(x), t_(t), count_(count) {
+    assert(count <= kBatchSize);
+    std::fill_n(rows_[0].data(), count, 1.0);
+    std::copy_n(x, count, rows_[1].data());
+  }
+
+  /// On to the next order.
+  void advance() noexcept {
+    ++order_;
+    const auto n = static_cast<double>(order_);
+    const double a = (2.0 * n - 1.0) / n;
+    const double b = (n - 1.0) / n;
+    const double c = 1.0 / (2.0 * n - 1.0);
+    const double* __restrict x = x_;
+    const double* __restrict t = t_;
+    const double* __restrict oldest = row(order_ - 2);
+    const double* __restrict older = row(order_ - 1);
+    double* __restrict next = rows_[order_ % 3].data();
+    double* __restrict integrated = integrated_.data();
+    for (u64 q = 0; q < count_; ++q) {
+      const double last = Scaled ? t[q] * t[q] * oldest[q] : oldest[q];
+      const double value = a * x[q] * older[q] - b * last;
+      next[q] = value;
+      integrated[q] = (value - last) * c;
+    }
+  }
+
+  [[nodiscard]] u64 order() const noexcept { return order_; }
+  /// L_n, shape (count); valid until the next `advance`, like the other rows.
+  [[nodiscard]] const double* values() const noexcept { return integrated_.data(); }
+  /// dL_n/dx = P_(n-1).
+  [[nodiscard]] const double* derivatives() const noexcept { return row(order_ - 1); }
+  /// P_(n-2), from which dL_n/dt = -t P_(n-2).
+  [[nodiscard]] const double* oldest() const noexcept { return row(order_ - 2); }
+
+ private:
+  [[nodiscard]] const double* row(u64 order) const noexcept { return rows_[order % 3].data(); }
+
+  const double* x_;
+  const double* t_;
+  u64 count_;
+  u64 order_ = 1;
+  std::array<BatchRow, 3> rows_;
+  BatchRow integrated_;
+};
+
+}  // namespace velmo::math

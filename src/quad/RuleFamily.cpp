@@ -1,0 +1,36 @@
+#include "quad/RuleFamily.hpp"
+
+#include <algorithm>
+#include <iostream>
+
+#include "io/Exception.hpp"
+#include "io/Format.hpp"
+
+namespace velmo::quad {
+
+template <std::size_t N>
+u64 indexOf(const RuleFamily<N>& family, u64 order) {
+  if (family.orders.empty()) throw utility::RuntimeError("No rules available");
+  const auto found = std::lower_bound(family.orders.begin(), family.orders.end(), order);
+  if (found != family.orders.end()) return static_cast<u64>(found - family.orders.begin());
+  std::cerr << io::format("(WW) Order {} is not available, falling back to {}\n", order,
+                          family.orders.back());
+  return family.orders.size() - 1;
+}
+
+template <std::size_t N>
+QuadratureInterface<N> rule(const RuleFamily<N>& family, u64 order) {
+  const u64 i = indexOf(family, order);
+  const auto weights = family.weights.block(i);
+  const auto points = family.points.block(i, N * weights.size());
+  return {weights.size(), points.data(), weights.data()};
+}
+
+template u64 indexOf<1>(const RuleFamily<1>&, u64);
+template u64 indexOf<2>(const RuleFamily<2>&, u64);
+template u64 indexOf<3>(const RuleFamily<3>&, u64);
+template QuadratureInterface<1> rule<1>(const RuleFamily<1>&, u64);
+template QuadratureInterface<2> rule<2>(const RuleFamily<2>&, u64);
+template QuadratureInterface<3> rule<3>(const RuleFamily<3>&, u64);
+
+}  // namespace velmo::quad

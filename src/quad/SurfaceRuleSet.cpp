@@ -1,0 +1,36 @@
+#include "quad/SurfaceRuleSet.hpp"
+
+#include "io/Exception.hpp"
+
+namespace velmo::quad {
+
+SurfaceRuleSet::SurfaceRuleSet(u64 theOrder) : SurfaceRuleSet(theOrder, theOrder, theOrder) {}
+
+SurfaceRuleSet::SurfaceRuleSet(u64 lowest, u64 highest, u64 requestedOrder)
+    : triangle(triangleFamily(lowest, highest)),
+      quadrilateral(quadFamily(lowest, highest)),
+      minOrder(lowest),
+      maxOrder(highest),
+      order(requestedOrder) {}
+
+QuadratureInterface<2> SurfaceRuleSet::rule(topo::ReferenceType kind) const {
+  return rule(kind, order);
+}
+
+QuadratureInterface<2> SurfaceRuleSet::rule(topo::ReferenceType kind, u64 wantedOrder) const {
+  switch (kind) {
+    case topo::ReferenceType::Triangle:
+      return quad::rule(triangle, wantedOrder);
+    case topo::ReferenceType::Quadrilateral:
+      return quad::rule(quadrilateral, wantedOrder);
+    default:
+      throw utility::RuntimeError("Reference element is not a surface element");
+  }
+}
+
+const SurfaceRuleSet& areaRules() {
+  static const SurfaceRuleSet rules(1, 10, 5);
+  return rules;
+}
+
+}  // namespace velmo::quad

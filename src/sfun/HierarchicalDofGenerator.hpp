@@ -1,0 +1,57 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "io/Types.hpp"
+#include "sfun/HierarchicalBasisFunction.hpp"
+#include "sfun/InterpolationBlockMatrix.hpp"
+
+namespace velmo::sfun {
+
+/// What the generator of one order needs on one reference element. Const after construction.
+struct HierarchicalDofGeneratorData {
+  std::vector<double> means;               ///< of the raw functions, as `HierarchicalBasisFunction`
+  InterpolationBlockMatrix interpolation;  ///< one block, the mass matrix of the functions
+};
+
+/// Process-wide registry of generator data on the triangle (D = 2) or quadrilateral (D = 3), keyed
+/// by order and by whether the interpolation matrix is wanted. Data are made once and stay for the
+/// rest of the run; all operations may be called from many threads.
+template <int D>
+class HierarchicalDofGeneratorStorage {
+ public:
+  /// The data of a key, made at first use where `allowInsert` says so.
+  /// @throws utility::RuntimeError "HierarchicalDofGenerator::getInstance::Data not found!"
+  [[nodiscard]] static const HierarchicalDofGeneratorData& getInstance(u64 order,
+                                                                       bool withInterpolation,
+                                                                       bool allowInsert = true);
+
+  /// Makes the data of a new key.
+  /// @throws utility::RuntimeError "sfun::HierarchicalDofGeneratorStorage::insert:Unable to insert
+  ///         data for key (<order>, <flag>)" for a key that exists
+  static void insert(u64 order, bool withInterpolation);
+};
+
+/// Computes the coefficients of a function on the reference element: the L2 projection onto the
+/// element-local functions of one order, exact for polynomials up to that order.
+template <int D>
+class HierarchicalDofGenerator {
+ public:
+  /// Writes the values of the function at the points, shape (numPoints).
+  using Function = std::function<void(geom::ReferencePoints points, std::span<double> values)>;
+
+  explicit HierarchicalDofGenerator(u64 order);
+
+  /// Coefficients of `function`, which is called once, with all points where it is sampled: those
+  /// of the rule of order max(2 p + 1, 5).
+  [[nodiscard]] std::vector<double> solve(const Function& function) const;
+
+ private:
+  HierarchicalBasisFunction<D, L2::L2LegendreGenerator> basis_;
+  const HierarchicalDofGeneratorData& data_;
+};
+
+}  // namespace velmo::sfun

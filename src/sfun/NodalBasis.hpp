@@ -1,0 +1,38 @@
+#pragma once
+
+#include "io/Types.hpp"
+#include "topo/CoordinateSpan.hpp"
+#include "topo/ReferenceElement.hpp"
+
+namespace velmo::sfun {
+
+/// Functions that are 1 at one node of an element and 0 at the others, in the order of
+/// `topo::nodePoints`. Const operations are re-entrant and allocate nothing.
+class NodalBasis {
+ public:
+  NodalBasis() = default;
+  NodalBasis(const NodalBasis&) = delete;
+  NodalBasis& operator=(const NodalBasis&) = delete;
+  virtual ~NodalBasis() = default;
+
+  [[nodiscard]] virtual u64 numNodes() const noexcept = 0;
+
+  /// `values`: shape (numPoints, numNodes), column-major: values[k * numPoints + q].
+  virtual void eval(geom::ReferencePoints points, double* values) const = 0;
+
+  /// `gradients`: two blocks shaped as in `eval`, d/dx then d/dy.
+  virtual void evalGradient(geom::ReferencePoints points, double* gradients) const = 0;
+};
+
+/// Lagrange basis of order 1, 2 or 3: total degree `order` on the triangle, degree `order` in each
+/// variable on the quadrilateral. Built once, at first use; safe to call from many threads.
+/// @throws utility::RuntimeError "No nodal basis of order <order>" for another order
+/// @throws std::runtime_error "velmo::topo::detail_::applyToRets: must not reach this point" for
+///         another shape
+[[nodiscard]] const NodalBasis& lagrangeBasis(topo::ReferenceType kind, u64 order);
+
+/// Basis of the eight-node quadrilateral: the four vertices and the four edge midpoints. Built
+/// once, at first use; safe to call from many threads.
+[[nodiscard]] const NodalBasis& serendipityBasis();
+
+}  // namespace velmo::sfun

@@ -1,0 +1,128 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "linalg/Inverse.hpp"
+#include "linalg/Products.hpp"
+#include "linalg/QRPseudoInverse.hpp"
+#include "linalg/ThinQRDecomposition.hpp"
+#include "linalg/TriangularView.hpp"
+#include "support/ExpectThrow.hpp"
+
+namespace velmo::linalg {
+namespace {
+
+constexpr double kEps = std::numeric_limits<double>::epsilon();
+
+/// Random entries plus 2 on the diagonal, so that the condition stays small.
+OwnedMatrix wellConditioned(u64 rows, u64 cols) {
+  std::mt19937_64 generator(11);
+  std::uniform_real_distribution<double> uniform(-1.0, 1.0);
+  OwnedMatrix matrix(rows, cols);
+  for (double& value : matrix.values)
+    value = uniform(generator) / std::sqrt(static_cast<double>(rows));
+  for (u64 i = 0; i < cols; ++i) matrix.view()(i, i) += 2.0;
+  return matrix;
+}
+
+double distanceFromIdentity(MatrixView<const double> A) {
+  double largest = 0.0;
+  for (u64 j = 0; j < A.cols; ++j)
+    for (u64 i = 0; i < A.rows; ++i)
+      largest = std::max(largest, std::abs(A(i, j) - (i == j ? 1.0 : 0.0)));
+  return largest;
+}
+
+TEST(Inverse, TimesMatrixIsIdentity) {
+  for (const u64 n : std::vector<u64>{0, 1, 2, 5, 40}) {
+    OwnedMatrix matrix = wellConditioned(n, n);
+    OwnedMatrix inverse = matrix;
+    OwnedMatrix product(n, n);
+
+    invert(inverse.view());
+
+    matMatMult(inverse.view(), matrix.view(), product.view());
+    EXPECT_LE(distanceFromIdentity(product.view()), 64 * kEps) << "n = " << n;
+  }
+}
+
+TEST(ThinQR, GivesOrthonormalColumnsAndUpperTriangleWhoseProductIsTheInput) {
+  for (const auto& [m, n] : {std::pair<u64, u64>{1, 1}, {4, 4}, {9, 3}, {60, 20}, {3, 0}}) {
+    const OwnedMatrix matrix = wellConditioned(m, n);
+
+    const ThinQRDecomposition qr(matrix.view());
+
+    OwnedMatrix gram(n, n);
+    matMatMult(qr.Q->view(), qr.Q->view(), gram.view(), 1.0, 0.0, Op::Transposed);
+    EXPECT_LE(distanceFromIdentity(gram.view()), 16 * kEps);
+    OwnedMatrix product(m, n);
+    matMatMult(qr.Q->view(), qr.R->view(), product.view());
+    for (u64 i = 0; i < m * n; ++i) EXPECT_NEAR(product.values[i], matrix.values[i], 32 * kEps);
+    for (u64 j = 0; j < n; ++j)
+      for (u64 i = j + 1; i < n; ++i) EXPECT_EQ(qr.R->view()(i, j), 0.0);
+  }
+}
+
+TEST(QRPseudoInverse, IsALeftInverseThatIgnoresTheOrthogonalComplement) {
+  constexpr u64 m = 12, n = 5;
+  const OwnedMatrix matrix = wellConditioned(m, n);
+  const ThinQRDecomposition qr(matrix.view());
+  std::vector<double> residual(m, 1.0);  // minus its projection on the columns of Q
+  std::vector<double> coefficients(n);
+  for (u64 j = 0; j < n; ++j)
+    for (u64 i = 0; i < m; ++i) coefficients[j] += qr.Q->view()(i, j);
+  for (u64 j = 0; j < n; ++j)
+    for (u64 i = 0; i < m; ++i) residual[i] -= qr.Q->view()(i, j) * coefficients[j];
+
+  const QRPseudoInverse pseudo(matrix.view());
+
+  OwnedMatrix product(n, n);
+  matMatMult(pseudo.matrix.view(), matrix.view(), product.view());
+  EXPECT_LE(distanceFromIdentity(product.view()), 32 * kEps);
+  std::vector<double> image(n);
+  matVec(pseudo.matrix.view(), MatrixView<const double, -1, 1>(residual.data(), m),
+         MatrixView<double, -1, 1>(image.data(), n));
+  for (const double value : image) EXPECT_NEAR(value, 0.0, 32 * kEps);
+}
+
+TEST(Factorisations, RefuseWhatTheyCannotFactorise) {
+  const struct {
+    std::function<void()> call;
+    std::string message;
+  } cases[] = {
+      {[] { invert(OwnedMatrix(2, 3).view()); }, "Matrix is not square!"},
+      {[] { invert(OwnedMatrix(2, 2).view()); }, "LU decomposition failed with: 1"},
+      {[] { const ThinQRDecomposition qr(OwnedMatrix(3, 4).view()); },
+       "velmo::linalg::ThinQRDecomposition::compute_: !(M >= N)"},
+      {[] { const QRPseudoInverse inverse(OwnedMatrix(4, 2).view()); },
+       "velmo::linalg::QRPseudoInverse::c'tor::trtrs"},
+  };
+
+  for (const auto& [call, message] : cases) test::expectThrow<std::runtime_error>(call, message);
+}
+
+template <int Kind>
+void expectEveryEntryOnce(u64 degree) {
+  std::vector<double> values(TriangularView<double, Kind>::sizeFor(degree));
+  const TriangularView<double, Kind> view(values.data(), degree);
+  for (u64 n = 0; n <= degree; ++n) {
+    const auto last = static_cast<std::int64_t>(n);
+    for (std::int64_t m = Kind == 2 ? -last : 0; m <= last; ++m) view(n, m) += 1.0;
+  }
+  EXPECT_EQ(values, std::vector<double>(view.size, 1.0));
+}
+
+TEST(TriangularView, MapsDegreesAndOrdersOntoTheWholeBuffer) {
+  expectEveryEntryOnce<0>(5);
+  expectEveryEntryOnce<1>(0);
+  expectEveryEntryOnce<2>(4);
+}
+
+}  // namespace
+}  // namespace velmo::linalg

@@ -1,0 +1,113 @@
+#include "sfun/HierarchicalDofGenerator.hpp"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "io/Exception.hpp"
+#include "sfun/SamplePoints.hpp"
+#include "support/ExpectThrow.hpp"
+
+namespace velmo::sfun {
+namespace {
+
+using utility::RuntimeError;
+
+/// Largest error of the projection of x^a y^b onto order p.
+template <int D>
+double projectionError(u64 p, u64 a, u64 b) {
+  constexpr u64 kCount = 20;
+  const std::vector<double> coefficients = HierarchicalDofGenerator<D>(p).solve(
+      [=](geom::ReferencePoints points, std::span<double> values) {
+        for (u64 q = 0; q < values.size(); ++q)
+          values[q] = test::monomial(a, b, points(q, 0), points(q, 1));
+      });
+  const HierarchicalBasisFunction<D, L2::L2LegendreGenerator> basis(p);
+  const auto points = test::samplePoints(static_cast<topo::ReferenceType>(D), kCount);
+  std::vector<double> values(basis.numFunctions() * kCount);
+  basis.eval({points.data(), points.size()}, values.data());
+  double error = 0.0;
+  for (u64 q = 0; q < kCount; ++q) {
+    double sum = -test::monomial(a, b, points[2 * q], points[2 * q + 1]);
+    for (u64 i = 0; i < coefficients.size(); ++i) sum += coefficients[i] * values[i * kCount + q];
+    error = std::max(error, std::abs(sum));
+  }
+  return error;
+}
+
+TEST(HierarchicalDofGenerator, ReproducesAllPolynomialsUpToItsOrderAndNoFurther) {
+  for (u64 p = 0; p <= 6; ++p) {
+    for (u64 a = 0; a <= p; ++a) {
+      for (u64 b = 0; b <= p; ++b) {
+        // The mass matrix of order 6 has a condition number of some 1e6.
+        if (a + b <= p) {
+          EXPECT_LT(projectionError<2>(p, a, b), 1e-9) << p << a << b;
+        }
+        EXPECT_LT(projectionError<3>(p, a, b), 1e-9) << p << a << b;
+      }
+    }
+    EXPECT_GT(projectionError<2>(p, p + 1, 0), 1e-5);
+    EXPECT_GT(projectionError<3>(p, 0, p + 1), 1e-5);
+  }
+}
+
+TEST(HierarchicalDofGeneratorStorage, MakesEveryKeyOnce) {
+  using Storage = HierarchicalDofGeneratorStorage<2>;
+  test::expectThrow<RuntimeError>([] { (void)Storage::getInstance(11, false, false); },
+                                  "HierarchicalDofGenerator::getInstance::Data not found!");
+  std::array<const HierarchicalDofGeneratorData*, 4> seen{};
+  std::vector<std::thread> threads;
+  threads.reserve(seen.size());
+  for (auto& place : seen)
+    threads.emplace_back([&place] { place = &Storage::getInstance(11, false); });
+  for (auto& thread : threads) thread.join();
+
+  for (const auto* data : seen) EXPECT_EQ(data, seen[0]);
+  EXPECT_EQ(seen[0]->means.size(), 78U);
+  EXPECT_NE(&Storage::getInstance(2, true), &Storage::getInstance(2, false));
+  test::expectThrow<RuntimeError>([] { Storage::insert(11, false); },
+                                  "sfun::HierarchicalDofGeneratorStorage::insert:Unable to insert "
+                                  "data for key (11, 0)");
+}
+
+TEST(InterpolationBlockMatrix, SolvesBlockAfterBlock) {
+  InterpolationBlockMatrix matrix;
+  const std::array<double, 4> first{2.0, 1.0, 0.0, 4.0};  // [[2, 0], [1, 4]]
+  const std::array<double, 1> second{5.0};
+  matrix.insert(1, {second.data(), 1, 1});
+  matrix.insert(0, {first.data(), 2, 2});
+  matrix.finish();
+  const std::array<double, 3> rhs{6.0, 11.0, 10.0};
+  std::array<double, 3> sol{};
+
+  matrix.solve(rhs, sol);
+
+  EXPECT_DOUBLE_EQ(sol[0], 3.0);
+  EXPECT_DOUBLE_EQ(sol[1], 2.0);
+  EXPECT_DOUBLE_EQ(sol[2], 2.0);
+}
+
+TEST(InterpolationBlockMatrix, RefusesMisuse) {
+  const std::array<double, 2> block{1.0, 2.0};
+  std::array<double, 1> one{};
+  InterpolationBlockMatrix matrix;
+  matrix.insert(0, {block.data(), 1, 1});
+  test::expectThrow<RuntimeError>(
+      [&] {
+        matrix.insert(0, {block.data(), 1, 1});
+      },
+      "velmo::sfun::InterpolationBlockMatrix::insert:Matrix block already exists!");
+  test::expectThrow<RuntimeError>([&] { matrix.solve(one, one); },
+                                  "InterpolationBlockMatrix::solve:finish() has not been called!");
+  matrix.finish();
+  test::expectThrow<RuntimeError>([&] { matrix.solve({}, one); },
+                                  "InterpolationBlockMatrix::solve:Rhs is insufficient!");
+  test::expectThrow<RuntimeError>([&] { matrix.solve(one, {}); },
+                                  "InterpolationBlockMatrix::solve:Sol is insufficient!");
+  InterpolationBlockMatrix oblong;
+  oblong.insert(0, {block.data(), 1, 2});
+  test::expectThrow<RuntimeError>([&] { oblong.finish(); }, "Matrix is not square!");
+}
+
+}  // namespace
+}  // namespace velmo::sfun
