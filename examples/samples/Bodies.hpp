@@ -1,0 +1,35 @@
+#pragma once
+
+#include "io/Types.hpp"
+#include "samples/SurfaceMesh.hpp"
+#include "samples/Vec3.hpp"
+
+namespace velmo::samples {
+
+/// Kinds of elements of a mesh; `Mixed` cuts every second quadrilateral into two triangles.
+enum class Elements { Triangles, Quadrilaterals, Mixed };
+
+/// How a body is cut into elements.
+struct MeshOptions {
+  Elements elements = Elements::Triangles;
+  u64 refine = 4;               ///< parts of each edge of the coarse body
+  u64 geometryOrder = 1;        ///< 1, 2 or 3
+  bool eightNodeQuads = false;  ///< 308 in place of 309; for geometric order 2
+};
+
+/// Sphere with all nodes on it and outward normals: 20 n^2 triangles of a refined icosahedron,
+/// 6 n^2 quadrilaterals of a refined cube, or 9 n^2 of both kinds (rounded down).
+[[nodiscard]] SurfaceMesh sphere(const MeshOptions& options, double radius = 1.0,
+                                 const Vec3& centre = {});
+
+/// Box with the given edge lengths and outward normals: 6 n^2 quadrilaterals, 12 n^2 triangles or
+/// 9 n^2 of both kinds.
+[[nodiscard]] SurfaceMesh box(const MeshOptions& options, const Vec3& size = {1.0, 1.0, 1.0},
+                              const Vec3& centre = {});
+
+/// Flat square sheet across the z axis with its normal along +z: n^2 quadrilaterals or twice as
+/// many triangles.
+[[nodiscard]] SurfaceMesh plate(const MeshOptions& options, double edge = 1.0,
+                                const Vec3& centre = {});
+
+}  // namespace velmo::samples

@@ -1,0 +1,113 @@
+#include <cmath>
+#include <utility>
+#include <vector>
+
+#include "io/Exception.hpp"
+#include "io/Format.hpp"
+#include "samples/SampleRequest.hpp"
+
+namespace velmo::samples {
+
+namespace {
+
+SurfaceMesh meshOf(const SampleRequest& request) {
+  switch (request.body) {
+    case Body::Box:
+      return box(request.mesh, request.size, request.centre);
+    case Body::Plate:
+      return plate(request.mesh, request.size[0], request.centre);
+    case Body::Sphere:
+      break;
+  }
+  return sphere(request.mesh, request.radius, request.centre);
+}
+
+Density densityOf(const SampleRequest& request, const SurfaceMesh& mesh) {
+  const double sigma = request.sigma;
+  const double z0 = request.centre[2];
+  const u64 order = request.settings.femOrder;
+  Density density =
+      request.densityKind == DensityKind::Uniform
+          ? uniform(mesh, order, sigma)
+          : projected(mesh, order, [=](const double* x) { return sigma * (x[2] - z0); });
+  return request.charge ? scaledTo(std::move(density), *request.charge) : density;
+}
+
+/// The axes along which two opposite corners differ.
+std::vector<u64> extendedAxes(const Vec3& from, const Vec3& to) {
+  std::vector<u64> axes;
+  for (u64 axis = 0; axis < 3; ++axis)
+    if (from.at(axis) != to.at(axis)) axes.push_back(axis);
+  return axes;
+}
+
+/// The largest square grid of at most `count` points over the rectangle between two corners.
+Points planeOf(u64 count, const Vec3& from, const Vec3& to) {
+  const std::vector<u64> axes = extendedAxes(from, to);
+  if (axes.size() != 2)
+    throw utility::RuntimeError("A plane needs '--from' and '--to' to share one coordinate");
+  Vec3 u{};
+  Vec3 v{};
+  u.at(axes[0]) = to.at(axes[0]) - from.at(axes[0]);
+  v.at(axes[1]) = to.at(axes[1]) - from.at(axes[1]);
+  const auto n = static_cast<u64>(std::sqrt(static_cast<double>(count)));
+  return onPlane(n, n, from, u, v);
+}
+
+Points boxOf(u64 count, const Vec3& from, const Vec3& to, u64 seed) {
+  if (extendedAxes(from, to).size() != 3)
+    throw utility::RuntimeError("A box needs '--from' and '--to' to differ in every coordinate");
+  return randomInBox(count, from, to, seed);
+}
+
+Points pointsOf(const SampleRequest& request, const SurfaceMesh& mesh) {
+  switch (request.points) {
+    case PointSet::Fibonacci:
+      return fibonacciShell(request.count, request.centre, request.rMin, request.rMax);
+    case PointSet::Line:
+      return onLine(request.count, request.from, request.to);
+    case PointSet::Plane:
+      return planeOf(request.count, request.from, request.to);
+    case PointSet::Box:
+      return boxOf(request.count, request.from, request.to, request.seed);
+    case PointSet::Surface:
+      return onSurface(request.count, mesh, request.seed);
+    case PointSet::Shell:
+      break;
+  }
+  return randomInShell(request.count, request.centre, request.rMin, request.rMax, request.seed);
+}
+
+std::filesystem::path withExtension(const std::filesystem::path& out, const char* extension) {
+  return std::filesystem::path(out) += extension;
+}
+
+}  // namespace
+
+Sample makeSample(const SampleRequest& request) {
+  Sample sample;
+  sample.mesh = meshOf(request);
+  if (request.renumber) sample.mesh = renumbered(sample.mesh, request.seed);
+  sample.density = densityOf(request, sample.mesh);
+  sample.points = pointsOf(request, sample.mesh);
+  return sample;
+}
+
+std::string writeSample(const SampleRequest& request, const Sample& sample) {
+  const auto solution = withExtension(request.out, ".vtkhdf");
+  const auto points = withExtension(request.out, ".xyz");
+  const auto settings = withExtension(request.out, ".yaml");
+  writeSolution(solution, pieces(sample.mesh, sample.density, request.pieces), request.storage);
+  writeXyz(points, sample.points, "x y z of each evaluation point");
+  writeSettings(settings, request.settings);
+  return io::format(
+      "{}: {} elements, {} nodes, {} coefficients of order {}, charge {:.17g}, pieces {}\n"
+      "{}: {} points\n"
+      "{}: degree {}, near-field order {}, minRelDist {}\n",
+      solution.string(), sample.mesh.numElements(), sample.mesh.numNodes(),
+      sample.density.charges.size(), sample.density.order, sample.density.totalCharge(),
+      request.pieces.numPieces, points.string(), sample.points.size() / 3, settings.string(),
+      request.settings.fmm.degree, request.settings.quad.order, request.settings.quad.minRelDist);
+}
+
+}  // namespace velmo::samples

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "io/Types.hpp"
+#include "samples/SurfaceMesh.hpp"
+#include "samples/Vec3.hpp"
+
+namespace velmo::samples {
+
+/// Evaluation points, shape (count, 3), point after point.
+using Points = std::vector<double>;
+
+/// Uniform in the volume rMin <= |x - centre| <= rMax.
+[[nodiscard]] Points randomInShell(u64 count, const Vec3& centre, double rMin, double rMax,
+                                   u64 seed);
+
+/// Directions of a Fibonacci lattice, radii from rMin to rMax in an order that is independent of
+/// the direction: an even cover of the shell without random numbers.
+[[nodiscard]] Points fibonacciShell(u64 count, const Vec3& centre, double rMin, double rMax);
+
+/// Equally spaced from `from` to `to`, both included.
+[[nodiscard]] Points onLine(u64 count, const Vec3& from, const Vec3& to);
+
+/// (numU, numV) grid over origin + s u + t v with s, t in [0, 1]; u runs fastest.
+[[nodiscard]] Points onPlane(u64 numU, u64 numV, const Vec3& origin, const Vec3& u, const Vec3& v);
+
+/// Uniform in the box between two opposite corners.
+[[nodiscard]] Points randomInBox(u64 count, const Vec3& low, const Vec3& high, u64 seed);
+
+/// Random reference points of random elements, at least 0.05 away from the barycentre, where the
+/// rules of all orders have their most popular point.
+[[nodiscard]] Points onSurface(u64 count, const SurfaceMesh& mesh, u64 seed);
+
+/// Writes an `.xyz` file: a comment line, the count, one point per line with 17 significant digits,
+/// which read back to the same bits.
+/// @throws utility::RuntimeError "Cannot write file '<path>'"
+void writeXyz(const std::filesystem::path& path, const Points& points, const std::string& comment);
+
+}  // namespace velmo::samples

@@ -1,0 +1,203 @@
+#include "samples/Bodies.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <map>
+#include <numbers>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "grid/ElementGeometry.hpp"
+#include "grid/ElementTypes.hpp"
+#include "grid/Geometry.hpp"
+#include "grid/TopologyOf.hpp"
+#include "io/Exception.hpp"
+#include "topo/ReferenceElement.hpp"
+
+namespace velmo::samples {
+
+namespace {
+
+constexpr double eps = std::numeric_limits<double>::epsilon();
+
+Vec3 nodeAt(const SurfaceMesh& mesh, u64 node) {
+  return {mesh.coordinates[3 * node], mesh.coordinates[3 * node + 1],
+          mesh.coordinates[3 * node + 2]};
+}
+
+/// The inner nodes of each directed edge.
+using DirectedEdges = std::map<std::pair<u64, u64>, std::vector<u64>>;
+
+DirectedEdges directedEdges(const SurfaceMesh& mesh) {
+  DirectedEdges edges;
+  for (u64 e = 0; e < mesh.numElements(); ++e) {
+    const auto nodes = mesh.nodes(e);
+    const u64 n = mesh.vertices(e).size();
+    const u64 inner = grid::orderOf(mesh.elementTypes[e]) - 1;
+    for (u64 i = 0; i < n; ++i) {
+      const auto first = nodes.begin() + static_cast<std::ptrdiff_t>(n + i * inner);
+      const bool isNew = edges
+                             .try_emplace({nodes[i], nodes[(i + 1) % n]}, first,
+                                          first + static_cast<std::ptrdiff_t>(inner))
+                             .second;
+      EXPECT_TRUE(isNew) << "an edge runs twice in the same direction";
+    }
+  }
+  return edges;
+}
+
+u64 numVertices(const SurfaceMesh& mesh) {
+  std::vector<u64> vertices;
+  for (u64 e = 0; e < mesh.numElements(); ++e)
+    vertices.insert(vertices.end(), mesh.vertices(e).begin(), mesh.vertices(e).end());
+  std::sort(vertices.begin(), vertices.end());
+  return static_cast<u64>(std::unique(vertices.begin(), vertices.end()) - vertices.begin());
+}
+
+/// Volume inside the flat triangles and split quadrilaterals; positive for outward normals.
+double enclosedVolume(const SurfaceMesh& mesh) {
+  double volume = 0.0;
+  for (u64 e = 0; e < mesh.numElements(); ++e) {
+    const auto v = mesh.vertices(e);
+    for (u64 i = 2; i < v.size(); ++i) {
+      const Vec3 a = nodeAt(mesh, v[0]);
+      const Vec3 b = nodeAt(mesh, v[i - 1]);
+      const Vec3 c = nodeAt(mesh, v[i]);
+      const Vec3 cross{b[1] * c[2] - b[2] * c[1], b[2] * c[0] - b[0] * c[2],
+                       b[0] * c[1] - b[1] * c[0]};
+      volume += dot(a, cross) / 6.0;
+    }
+  }
+  return volume;
+}
+
+double surfaceArea(const SurfaceMesh& mesh) {
+  const auto geometry = grid::surfaceGeometry(gridData(mesh));
+  double area = 0.0;
+  for (u64 e = 0; e < mesh.numElements(); ++e) area += geometry.element(mesh.vertices(e), e).area();
+  return area;
+}
+
+struct MeshCase {
+  std::string name;
+  MeshOptions options;
+  u64 sphereElements;
+  u64 boxElements;
+};
+
+const std::vector<MeshCase>& meshCases() {
+  static const std::vector<MeshCase> cases{
+      {"Tria3", {Elements::Triangles, 3, 1, false}, 180, 108},
+      {"Tria6", {Elements::Triangles, 2, 2, false}, 80, 48},
+      {"Tria10", {Elements::Triangles, 2, 3, false}, 80, 48},
+      {"Quad4", {Elements::Quadrilaterals, 3, 1, false}, 54, 54},
+      {"Quad8", {Elements::Quadrilaterals, 2, 2, true}, 24, 24},
+      {"Quad9", {Elements::Quadrilaterals, 2, 2, false}, 24, 24},
+      {"Quad16", {Elements::Quadrilaterals, 2, 3, false}, 24, 24},
+      {"Mixed1", {Elements::Mixed, 2, 1, false}, 36, 36},
+      {"Mixed3", {Elements::Mixed, 4, 3, false}, 144, 144},
+  };
+  return cases;
+}
+
+class ClosedBodies : public ::testing::TestWithParam<MeshCase> {};
+
+TEST_P(ClosedBodies, AreClosedAndOrientedWithSharedEdgeNodes) {
+  const MeshCase& parameters = GetParam();
+  const SurfaceMesh ball = sphere(parameters.options, 2.0);
+  const SurfaceMesh block = box(parameters.options, {1.0, 2.0, 3.0});
+
+  EXPECT_EQ(ball.numElements(), parameters.sphereElements);
+  EXPECT_EQ(block.numElements(), parameters.boxElements);
+  for (const SurfaceMesh& mesh : {ball, block, renumbered(ball, 3)}) {
+    const DirectedEdges edges = directedEdges(mesh);
+    for (const auto& [edge, inner] : edges) {
+      const auto opposite = edges.find({edge.second, edge.first});
+      ASSERT_NE(opposite, edges.end());
+      const std::vector<u64> backwards(opposite->second.rbegin(), opposite->second.rend());
+      EXPECT_EQ(inner, backwards);
+    }
+    EXPECT_EQ(numVertices(mesh) + mesh.numElements(), edges.size() / 2 + 2);
+    EXPECT_GT(enclosedVolume(mesh), 0.0);
+  }
+  EXPECT_NEAR(enclosedVolume(block), 6.0, 1000 * eps);
+}
+
+TEST_P(ClosedBodies, OfSphericalShapeHaveEveryNodeOnTheSphere) {
+  const Vec3 centre{0.25, -0.5, 1.0};
+
+  const SurfaceMesh mesh = sphere(GetParam().options, 0.75, centre);
+
+  for (u64 node = 0; node < mesh.numNodes(); ++node)
+    EXPECT_NEAR(norm(nodeAt(mesh, node) - centre), 0.75, 4 * eps);
+}
+
+/// On a flat parallelogram or triangle the map is affine: the vertices alone give every node.
+TEST_P(ClosedBodies, HaveTheirNodesAtTheNodePointsOfTheReferenceElement) {
+  const SurfaceMesh mesh = box(GetParam().options);
+
+  for (u64 e = 0; e < mesh.numElements(); ++e) {
+    const auto nodes = mesh.nodes(e);
+    const u64 code = mesh.elementTypes[e];
+    const auto points = topo::nodePoints(grid::referenceTypeOf(code), grid::orderOf(code));
+    const Vec3 origin = nodeAt(mesh, nodes[0]);
+    const Vec3 alongX = nodeAt(mesh, nodes[1]) - origin;
+    const Vec3 alongY = nodeAt(mesh, nodes[2]) - nodeAt(mesh, nodes[1]);
+    ASSERT_LE(nodes.size(), points.count);
+    for (u64 i = 0; i < nodes.size(); ++i) {
+      const Vec3 x = origin + points.points[2 * i] * alongX + points.points[2 * i + 1] * alongY;
+      EXPECT_LT(norm(nodeAt(mesh, nodes[i]) - x), 8 * eps) << "node " << i << " of type " << code;
+    }
+  }
+}
+
+/// Interpolation of degree p on a smooth surface: the area's error is O(h^(p+1)), one better for
+/// even p, where the leading term is odd and drops out of the sum.
+TEST_P(ClosedBodies, OfSphericalShapeConvergeToTheSphereWithTheirOrder) {
+  MeshOptions options = GetParam().options;
+  const double exact = 4.0 * std::numbers::pi;
+
+  options.refine = 6;
+  const double coarse = exact - surfaceArea(sphere(options));
+  options.refine = 12;
+  const double fine = exact - surfaceArea(sphere(options));
+
+  const double slope = std::log2(std::abs(coarse / fine));
+  EXPECT_GT(slope, options.geometryOrder == 1 ? 1.9 : 3.8);
+  EXPECT_LT(std::abs(fine), options.geometryOrder == 1 ? 0.2 : 1e-3);
+}
+
+INSTANTIATE_TEST_SUITE_P(Meshes, ClosedBodies, ::testing::ValuesIn(meshCases()),
+                         [](const auto& meshCase) { return meshCase.param.name; });
+
+TEST(Bodies, PlateIsADiscOfTheRightAreaFacingUpwards) {
+  for (const MeshCase& parameters : meshCases()) {
+    const SurfaceMesh mesh = plate(parameters.options, 1.5, {0.0, 0.0, 1.0});
+    const DirectedEdges edges = directedEdges(mesh);
+    const auto numShared =
+        static_cast<u64>(std::count_if(edges.begin(), edges.end(), [&](const auto& edge) {
+          return edges.contains({edge.first.second, edge.first.first});
+        }));
+    const u64 numEdges = edges.size() - numShared / 2;
+
+    EXPECT_EQ(numVertices(mesh) + mesh.numElements(), numEdges + 1) << parameters.name;
+    // Seen from the origin below, the cone over the plate has a positive volume.
+    EXPECT_NEAR(enclosedVolume(mesh), 2.25 / 3.0, 100 * eps) << parameters.name;
+    EXPECT_NEAR(surfaceArea(mesh), 2.25, 100 * eps) << parameters.name;
+  }
+}
+
+TEST(Bodies, RefuseWhatHasNoMesh) {
+  EXPECT_THROW((void)sphere({Elements::Triangles, 0, 1, false}), utility::RuntimeError);
+  EXPECT_THROW((void)sphere({Elements::Triangles, 2, 4, false}), utility::RuntimeError);
+  EXPECT_THROW((void)box({}, {1.0, -1.0, 1.0}), utility::RuntimeError);
+  EXPECT_THROW((void)plate({}, std::nan("")), utility::RuntimeError);
+}
+
+}  // namespace
+
+}  // namespace velmo::samples
