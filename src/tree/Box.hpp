@@ -1,0 +1,89 @@
+#pragma once
+
+#include <complex>
+#include <cstddef>
+#include <ranges>
+#include <span>
+#include <vector>
+
+#include "bits/MortonID.hpp"
+#include "io/Exception.hpp"
+#include "linalg/MatrixView.hpp"
+#include "tree/InteractionLists.hpp"
+#include "tree/Orthant.hpp"
+
+namespace velmo::fmm {
+
+/// What a box without lists reads as its lists. Nobody may add to it: who wants to add to a list
+/// must first have given the box one of its own.
+inline std::vector<bits::Morton> EmptyList;
+
+/// Identifier of a box position.
+struct IdOfBox {
+  const bits::Morton* ids = nullptr;
+  [[nodiscard]] bits::Morton operator()(tree::BoxIndex box) const noexcept { return ids[box]; }
+};
+
+/// Reads like a span of identifiers; they are looked up from the positions, not stored again.
+using MortonList = std::ranges::transform_view<std::span<const tree::BoxIndex>, IdOfBox>;
+
+/// Lists of all boxes with the identifiers that they refer to.
+struct ListTable {
+  std::span<const bits::Morton> ids;  ///< of all boxes; the tree owns them
+  tree::InteractionLists lists;
+};
+
+template <std::size_t Dim>
+class Orthant;
+
+/// Orthant with its interaction lists, each sorted. The lists lie in the tree; they are empty until
+/// the tree has made them.
+template <>
+class Orthant<3> : public tree::Orthant<3> {
+ public:
+  Orthant() = default;
+  explicit Orthant(const tree::Orthant<3>& orthant) : tree::Orthant<3>(orthant) {}
+
+  [[nodiscard]] MortonList listU() const { return identifiers_(tree::ListKind::U); }
+  [[nodiscard]] MortonList listV() const { return identifiers_(tree::ListKind::V); }
+  [[nodiscard]] MortonList listW() const { return identifiers_(tree::ListKind::W); }
+  [[nodiscard]] MortonList listX() const { return identifiers_(tree::ListKind::X); }
+
+  /// A list as positions in the tree's boxes, in the same order.
+  /// @throws utility::RuntimeError "EmptyList has been resized!!!"
+  [[nodiscard]] std::span<const tree::BoxIndex> positions(tree::ListKind kind) const {
+    if (!EmptyList.empty()) throw utility::RuntimeError("EmptyList has been resized!!!");
+    if (table_ == nullptr) return {};
+    return table_->lists[kind].of(index_);
+  }
+
+  /// Gives the box its place in the tree's lists; `table` must outlive it.
+  void setLists(const ListTable* table, tree::BoxIndex index) noexcept {
+    table_ = table;
+    index_ = index;
+  }
+
+ private:
+  [[nodiscard]] MortonList identifiers_(tree::ListKind kind) const {
+    return {positions(kind), IdOfBox{table_ == nullptr ? nullptr : table_->ids.data()}};
+  }
+
+  const ListTable* table_ = nullptr;
+  tree::BoxIndex index_ = tree::kNoBox;
+};
+
+template <std::size_t Dim>
+class Box;
+
+/// Orthant with its expansions: one row per coefficient, one column per density column. The views
+/// point into storage of the evaluator.
+template <>
+class Box<3> : public Orthant<3> {
+ public:
+  using Orthant<3>::Orthant;
+
+  linalg::MatrixView<std::complex<double>> multipole;
+  linalg::MatrixView<std::complex<double>> local;
+};
+
+}  // namespace velmo::fmm

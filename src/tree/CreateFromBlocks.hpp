@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "bits/MortonID.hpp"
+#include "conf/TreeOptions.hpp"
+#include "tree/Orthant.hpp"
+
+namespace velmo::tree {
+
+template <std::size_t Dim>
+struct CreateFromBlocks;
+
+/// The octree of a sorted list of points, refined from coarse blocks.
+template <>
+struct CreateFromBlocks<3> {
+  /// All orthants that hold points, inner ones and leaves, sorted by plain value.
+  ///
+  /// Blocks are refined by the workers of the pool, each range of blocks by one task; the result
+  /// doesn't depend on their number. An adaptive tree refines an orthant that holds more than
+  /// `leafSize` points, another one an orthant above level `maxLevel`. Points that still share a
+  /// cell of level 21 stay together in one leaf, with a warning on the error stream.
+  ///
+  /// @param blocks sorted by their first corners, without overlap, with the count of their points;
+  ///               those without points are skipped
+  /// @param points level-21 identifiers, sorted by plain value
+  /// @throws utility::RuntimeError
+  ///         "Coarse blocks and Particle IDs must both be empty or both be non-mepty"
+  /// @throws utility::LogicError "CreateFromBlocks: blocks have overlaps",
+  ///         "velmo::tree::CreateFromBlocks: Error - block-pointers empty!\n..." when no block
+  ///         holds points, "CreateFromBlocks::completeTree_ boxes must be sorted w.r.t their id,
+  ///         not their Morton coordinate", "CreateFromBlocks::completeTree_: no particle found for
+  ///         orthant <id>"
+  [[nodiscard]] static std::vector<Orthant<3>> apply(const std::vector<Orthant<3>>& blocks,
+                                                     const std::vector<bits::Morton>& points,
+                                                     const Options& opts);
+};
+
+}  // namespace velmo::tree

@@ -1,0 +1,110 @@
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "comm/Comm.hpp"
+#include "conf/TreeOptions.hpp"
+#include "grid/Coordinates.hpp"
+#include "grid/Geometry.hpp"
+#include "grid/GridData.hpp"
+#include "io/Types.hpp"
+#include "topo/Grid.hpp"
+#include "tree/Box.hpp"
+#include "tree/ParticleDistribution.hpp"
+#include "tree/SrcTrgTree.hpp"
+
+namespace velmo::fmm {
+
+/// The sources in tree order.
+struct SourceGrid {
+  topo::Grid<2> topology;
+  grid::Geometry::Grid geometry;
+};
+
+/// The targets in tree order.
+struct TargetGrid {
+  topo::Grid<0> topology;
+  grid::Coordinates coordinates;
+};
+
+/// The octree over sources and targets with all that it was made from. Built once, then read by any
+/// number of threads; only the expansions of the boxes change, through tree().boxes.
+///
+/// "Input" numbers are those of the two grids handed in, "sorted" numbers those along the Morton
+/// curve, in which the objects of every box follow each other.
+class FmmTree {
+ public:
+  using Tree = tree::SrcTrgTree<Box<3>>;
+
+  /// @param targets  a point cloud
+  /// @param sources  a surface; its elements stand in the tree by the mean of their vertices
+  /// @param selector of the kind of interaction lists: 0, the adaptive ones
+  /// @throws utility::LogicError   "Interaction lists of kind <selector> are not available"
+  /// @throws utility::RuntimeError for coordinates that aren't finite, see geom::BoundingBox<3>
+  /// @throws what the grids' topologies and geometries throw
+  FmmTree(const grid::GridData& targets, const grid::GridData& sources, const tree::Options& opts,
+          int selector, comm::Comm communicator);
+
+  [[nodiscard]] comm::Comm comm() const noexcept { return distribution_.comm; }
+  [[nodiscard]] const tree::ParticleDistribution& distribution() const noexcept {
+    return distribution_;
+  }
+  [[nodiscard]] const geom::BoundingBox<3>& boundingBox() const noexcept {
+    return distribution_.bbox;
+  }
+
+  [[nodiscard]] const TargetGrid& targetGrid() const noexcept { return targetGrid_; }
+  [[nodiscard]] const SourceGrid& sourceGrid() const noexcept { return sourceGrid_; }
+
+  /// The grids in sorted order; element k of a grid is the k-th sorted object of its kind.
+  [[nodiscard]] const grid::GridData& targetData() const noexcept {
+    return distribution_.grids[tree::ParticleDistribution::kTargets];
+  }
+  [[nodiscard]] const grid::GridData& sourceData() const noexcept {
+    return distribution_.grids[tree::ParticleDistribution::kSources];
+  }
+
+  [[nodiscard]] const Tree& tree() const noexcept { return tree_; }
+  [[nodiscard]] Tree& tree() noexcept { return tree_; }
+
+  [[nodiscard]] u64 numTargets() const noexcept { return targetOrder().size(); }
+  [[nodiscard]] u64 numSources() const noexcept { return sourceOrder().size(); }
+
+  /// Input number of each sorted object.
+  [[nodiscard]] std::span<const u64> targetOrder() const noexcept {
+    return distribution_.elementMappings[tree::ParticleDistribution::kTargets];
+  }
+  [[nodiscard]] std::span<const u64> sourceOrder() const noexcept {
+    return distribution_.elementMappings[tree::ParticleDistribution::kSources];
+  }
+
+  /// Sorted number of each input object: the inverse of the order.
+  [[nodiscard]] std::span<const u64> targetIndex() const noexcept { return targetIndex_; }
+  [[nodiscard]] std::span<const u64> sourceIndex() const noexcept { return sourceIndex_; }
+
+  /// x, y, z of each sorted target, shape (numTargets, 3).
+  [[nodiscard]] std::span<const double> targetCoordinates() const noexcept {
+    return targetGrid_.coordinates.values();
+  }
+
+  /// Centre of each box in the unit cube and in the unit of the input, q size + min; three doubles
+  /// per box. Boxes with equal cube coordinates have bitwise equal centres in that axis.
+  [[nodiscard]] std::span<const double> unitCentres() const noexcept { return unitCentres_; }
+  [[nodiscard]] std::span<const double> centres() const noexcept { return centres_; }
+
+ private:
+  void makeTree_(const tree::Options& opts);
+  void makeCentres_();
+
+  tree::ParticleDistribution distribution_;
+  TargetGrid targetGrid_;
+  SourceGrid sourceGrid_;
+  Tree tree_;
+  std::vector<u64> targetIndex_;
+  std::vector<u64> sourceIndex_;
+  std::vector<double> unitCentres_;
+  std::vector<double> centres_;
+};
+
+}  // namespace velmo::fmm

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <span>
+#include <vector>
+
+#include "bits/MortonID.hpp"
+#include "io/Types.hpp"
+#include "tree/BoxLinks.hpp"
+
+namespace velmo::tree {
+
+/// The four interaction lists of the adaptive method. B is the receiving box.
+///
+/// Near means adjacent, touching or overlapping. Every source is met exactly once by every target,
+/// in U or W of the target's leaf or in V or X of the leaf or one of its ancestors.
+enum class ListKind : std::size_t {
+  U,  ///< B a leaf: leaves near B, itself included; evaluated directly
+  V,  ///< boxes of B's level away from B whose parents are near B's parent: M2L
+  W,  ///< B a leaf: finer boxes away from B whose parents are near B: multipoles at targets
+  X,  ///< coarser leaves away from B that are near B's parent: sources into B's local expansion
+};
+
+/// Runs of box positions, one run per box, in one long array.
+struct BoxRuns {
+  std::vector<u64> offsets{0};  ///< shape (boxes + 1)
+  std::vector<BoxIndex> boxes;
+
+  [[nodiscard]] std::span<const BoxIndex> of(BoxIndex box) const noexcept {
+    return {boxes.data() + offsets[box], static_cast<std::size_t>(offsets[box + 1] - offsets[box])};
+  }
+};
+
+/// Interaction lists of all boxes as positions, each list ascending. Boxes without targets and halo
+/// boxes have empty lists; only boxes with sources stand in lists.
+struct InteractionLists {
+  std::array<BoxRuns, 4> runs;
+
+  [[nodiscard]] const BoxRuns& operator[](ListKind kind) const noexcept {
+    return runs[static_cast<std::size_t>(kind)];
+  }
+};
+
+/// Which boxes send and which receive, one flag per box.
+struct BoxRoles {
+  std::vector<bool> sends;     ///< holds sources
+  std::vector<bool> receives;  ///< holds targets and is no halo
+};
+
+/// Builds the lists level by level: the neighbourhoods of a level follow from those of the level
+/// above, and all four lists from the neighbourhoods of the box and its parent. The time is linear
+/// in the number of boxes and list entries.
+[[nodiscard]] InteractionLists makeInteractionLists(const BoxLinks& links, const BoxRoles& roles);
+
+}  // namespace velmo::tree

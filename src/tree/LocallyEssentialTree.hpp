@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <span>
+#include <vector>
+
+#include "bits/MortonID.hpp"
+#include "comm/Comm.hpp"
+#include "conf/TreeOptions.hpp"
+#include "tree/Orthant.hpp"
+#include "tree/Partition.hpp"
+
+namespace velmo::fmm {
+
+/// Tells for an orthant which cells it can matter to.
+using HaloRule = std::function<std::vector<bits::Morton>(bits::Morton)>;
+
+/// The parent of a cell and the parent's neighbours; empty for the root. A process has to see
+/// everything of the level of its own orthants that lies in its parents' neighbourhood.
+[[nodiscard]] std::vector<bits::Morton> insulation(bits::Morton id);
+
+/// Joins lists of orthants, each sorted by plain value, into one. Equal identifiers become one
+/// orthant with the sum of the counts and the smaller first object.
+[[nodiscard]] std::vector<tree::Orthant<3>> mergeOrthants(
+    std::span<const std::vector<tree::Orthant<3>>> lists);
+
+/// Sets the child bits of all halo orthants in their parents.
+///
+/// @param orthants sorted by plain value
+/// @throws utility::RuntimeError "LookUp: Failed to find object with id <id>" without a parent,
+///         "Child already exists!"
+void attachHalos(std::vector<tree::Orthant<3>>& orthants);
+
+template <std::size_t Dim>
+struct LET;
+
+/// The locally essential tree: the process's own orthants and those of others that they meet in the
+/// interaction lists. With one process it is the whole octree.
+template <>
+struct LET<3> {
+  /// The blocks that hold points, with their first points and counts, in the order of `blocks`.
+  [[nodiscard]] static std::vector<tree::Orthant<3>> occupiedBlocks(
+      const std::vector<tree::Orthant<3>>& blocks, const std::vector<bits::Morton>& points);
+
+  /// The stretch from the first to the last of the occupied blocks.
+  [[nodiscard]] static tree::Partition partitionOf(const std::vector<tree::Orthant<3>>& occupied);
+
+  /// The tree, sorted by plain value.
+  ///
+  /// @param blocks    a cover of the cube, sorted by first corners; only identifiers are read
+  /// @param points    level-21 identifiers, sorted by plain value
+  /// @param partition of the objects; one process doesn't ask it for receivers
+  /// @param treePartition when not null, receives the partition of the tree
+  /// @throws what tree::CreateFromBlocks<3>::apply throws
+  [[nodiscard]] static std::vector<tree::Orthant<3>> create(
+      const std::vector<tree::Orthant<3>>& blocks, const std::vector<bits::Morton>& points,
+      const tree::Options& opts, const tree::Partition& partition, comm::Comm comm,
+      tree::Partition* treePartition = nullptr);
+};
+
+}  // namespace velmo::fmm

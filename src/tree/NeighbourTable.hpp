@@ -1,0 +1,41 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "tree/BoxLinks.hpp"
+
+namespace velmo::tree {
+
+/// The neighbourhood of a box: for each of the 27 cells of its level around it, itself included,
+/// the box of that cell or, where the cell holds no objects, the deepest box around the cell.
+/// kNoBox for cells outside the cube. Slot (x + 1) + 3 (y + 1) + 9 (z + 1) belongs to the step (x,
+/// y, z).
+using Neighbourhood = std::array<BoxIndex, 27>;
+
+inline constexpr unsigned kOwnSlot = 13;
+
+/// What a child's neighbourhood takes from the parent's, and which cells are far from each other.
+/// The neighbour of child k in a slot lies in the parent's slot `parentSlot[k][slot]`, where it is
+/// child `childIndex[k][slot]`.
+struct NeighbourTable {
+  std::array<std::array<std::uint8_t, 27>, 8> parentSlot{};
+  std::array<std::array<std::uint8_t, 27>, 8> childIndex{};
+  /// Bit c of `farMask[k][slot]`: child c of the parent's neighbour in `slot` isn't adjacent to
+  /// child k of the parent.
+  std::array<std::array<std::uint8_t, 27>, 8> farMask{};
+};
+
+[[nodiscard]] const NeighbourTable& neighbourTable() noexcept;
+
+/// The root's neighbourhood: only itself.
+[[nodiscard]] Neighbourhood rootNeighbourhood() noexcept;
+
+/// The neighbourhood of a box from that of its parent: 27 steps of constant cost, no search.
+///
+/// @param box not the root
+[[nodiscard]] Neighbourhood childNeighbourhood(const BoxLinks& links, BoxIndex box,
+                                               const Neighbourhood& ofParent) noexcept;
+
+}  // namespace velmo::tree

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <vector>
+
+#include "bits/MortonID.hpp"
+
+namespace velmo::tree {
+
+/// Which stretch of the Morton curve belongs to which process. The program runs as one process, so
+/// there is one stretch, from the first identifier held to the last.
+///
+/// Empty when made; a finalized partition doesn't change any more.
+struct Partition {
+  std::vector<bits::Morton> first;  ///< first identifier of each process
+  std::vector<bits::Morton> last;   ///< last identifier of each process
+  std::vector<bool> active;         ///< whether the process holds anything
+  bool finalized = false;
+
+  /// The finalized partition of one process; both identifiers are 0 for a process without any.
+  [[nodiscard]] static Partition ofOneProcess(bits::Morton first, bits::Morton last);
+
+  /// The processes whose stretch overlaps `id`: the only one owns everything, whether inside the
+  /// stretch or not.
+  ///
+  /// @throws utility::RuntimeError "velmo::tree::Partition::check not finalized"
+  [[nodiscard]] std::vector<int> check(bits::Morton id) const;
+};
+
+}  // namespace velmo::tree

@@ -1,0 +1,287 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <iterator>
+#include <limits>
+#include <numeric>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "bits/MortonGrid.hpp"
+#include "bits/MortonOrders.hpp"
+#include "io/Exception.hpp"
+#include "support/ExpectThrow.hpp"
+#include "tree/BoundingBox.hpp"
+#include "tree/Clouds.hpp"
+#include "tree/CompleteOctree.hpp"
+#include "tree/CreateFromBlocks.hpp"
+#include "tree/LocallyEssentialTree.hpp"
+#include "tree/PointIdentifiers.hpp"
+#include "tree/RemoveOverlaps.hpp"
+#include "tree/TreeChecks.hpp"
+
+namespace velmo::tree::test {
+namespace {
+
+using bits::Morton;
+using utility::LogicError;
+using utility::RuntimeError;
+using velmo::test::expectThrow;
+using Ids = std::vector<Morton>;
+
+geom::BoundingBox<3> boxOf(const std::vector<double>& coordinates) {
+  geom::BoundingBox<3> box;
+  box.reduce(coordinates);
+  return box;
+}
+
+Ids sortedIds(const std::vector<double>& coordinates) {
+  return sortIdentifiers(pointIdentifiers(coordinates, boxOf(coordinates))).ids;
+}
+
+std::vector<Orthant<3>> orthants(const Ids& ids, u64 numObjects = 0) {
+  std::vector<Orthant<3>> result;
+  for (const Morton id : ids) result.emplace_back(id, Morton(), numObjects);
+  return result;
+}
+
+/// Cells side by side on the Morton curve from its start to its end cover the cube without overlap.
+void expectCover(const Ids& cells) {
+  unsigned long long next = 1ULL << 63;
+  for (const Morton cell : cells) {
+    ASSERT_EQ(cell.leftAligned(), next) << "at " << toString(cell);
+    next += 1ULL << 3 * (Morton::kMaxLevel - cell.level());
+  }
+  EXPECT_EQ(next, 0u) << "the curve's end is the word's overflow";
+}
+
+TEST(BoundingBox, HasTheLongestExtentAsSize) {
+  const std::vector<double> points{0, 0, 5, 3, -1, 5, 1, 7, 5};
+  EXPECT_EQ(boxOf(points).size(), 8.0);
+  EXPECT_EQ(boxOf(points).min, (std::array<double, 3>{0, -1, 5}));
+  EXPECT_EQ(boxOf({}).size(), 1.0);
+  EXPECT_EQ(boxOf({9, 9, 9}).size(), 1.0);
+  EXPECT_EQ(boxOf({9, 9, 9, 9, 9, 9}).size(), 0.0);
+  EXPECT_EQ(pointIdentifiers(std::vector<double>{9, 9, 9, 9, 9, 9}, boxOf({9, 9, 9, 9, 9, 9})),
+            Ids(2, Morton(1ULL << 63)));
+}
+
+TEST(BoundingBox, RefusesWhatIsNoBox) {
+  geom::BoundingBox<3> box;
+  expectThrow<RuntimeError>([&] { static_cast<void>(box.size()); }, "BBox has not been reduced");
+  box.reduce(std::vector<double>{1, 2, 3});
+  expectThrow<RuntimeError>([&] { box.reduce({}); }, "BBox has already been reduced");
+
+  for (const double bad : {std::numeric_limits<double>::quiet_NaN(),
+                           std::numeric_limits<double>::infinity(), -HUGE_VAL})
+    for (std::size_t place = 0; place < 6; ++place) {
+      std::vector<double> points{1, 2, 3, 4, 5, 6};
+      points[place] = bad;
+      expectThrow<RuntimeError>(
+          [&] { boxOf(points); },
+          "Coordinates of point " + std::to_string(place / 3) + " are not finite");
+    }
+  expectThrow<RuntimeError>(
+      [] {
+        boxOf({1e308, 0, 0, -1e308, 0, 0});
+      },
+      "The extent of the points is beyond the range of doubles");
+}
+
+TEST(PointIdentifiers, SortLikeAStableSort) {
+  std::mt19937_64 random(3);
+  for (const u64 n : {0, 1, 2, 255, 4000}) {
+    for (const u64 numPlaces : {u64{1}, u64{40}, ~u64{0}}) {
+      Ids ids;
+      for (u64 i = 0; i < n; ++i) ids.emplace_back(1ULL << 63 | random() % numPlaces);
+      std::vector<u64> order(n);
+      std::iota(order.begin(), order.end(), u64{0});
+      std::ranges::stable_sort(order, {}, [&](u64 i) { return ids[i]; });
+
+      const SortedIdentifiers sorted = sortIdentifiers(ids);
+
+      EXPECT_EQ(sorted.order, order);
+      EXPECT_TRUE(std::ranges::equal(sorted.ids, order, {}, {}, [&](u64 i) { return ids[i]; }));
+    }
+  }
+}
+
+TEST(CompleteRegion, FillsTheStretchBetweenTwoCells) {
+  EXPECT_EQ(completeRegion(Morton(8), Morton(11)), (Ids{Morton(9), Morton(10)}));
+  EXPECT_EQ(
+      completeRegion(Morton(64), Morton(9)),
+      (Ids{Morton(65), Morton(66), Morton(67), Morton(68), Morton(69), Morton(70), Morton(71)}));
+  EXPECT_TRUE(completeRegion(Morton(8), Morton(64 + 5)).empty());
+  EXPECT_TRUE(completeRegion(Morton(8), Morton(9)).empty());
+  expectThrow<RuntimeError>([] { static_cast<void>(completeRegion(Morton(9), Morton(9))); },
+                            "Input morton IDs are identical: not allowed");
+  expectThrow<RuntimeError>([] { static_cast<void>(completeRegion(Morton(10), Morton(64))); },
+                            "Violation of prerequisite 10 < 64");
+}
+
+TEST(RemoveOverlaps, KeepsTheDeepestOfEachChain) {
+  std::vector<Orthant<3>> list =
+      orthants({Morton(1), Morton(8), Morton(64), Morton(66), Morton(9), Morton(9), Morton(15)});
+  EXPECT_FALSE(RemoveOverlaps::check(list));
+  RemoveOverlaps::apply(list);
+  EXPECT_TRUE(std::ranges::equal(list, Ids{Morton(64), Morton(66), Morton(9), Morton(15)}, {},
+                                 &Orthant<3>::id));
+  EXPECT_TRUE(RemoveOverlaps::check(list));
+  EXPECT_TRUE(RemoveOverlaps::check(orthants({Morton(1), Morton(15)})));
+
+  std::vector<Orthant<3>> unsorted = orthants({Morton(10), Morton(9), Morton(15)});
+  expectThrow<LogicError>([&] { RemoveOverlaps::apply(unsorted); },
+                          "RemoveOverlaps: orthants not sorted according their Morton ID");
+  expectThrow<LogicError>([&] { static_cast<void>(RemoveOverlaps::check(unsorted)); },
+                          "RemoveOverlaps::check: orthants not sorted according their Morton ID");
+}
+
+TEST(CompleteOctree, CoversTheCube) {
+  for (const Ids& keys : {Ids{}, Ids{Morton(1)}, Ids{Morton(64)}, Ids{Morton(127)},
+                          Ids{Morton(70), Morton(10), Morton(90)}, Ids{Morton(8), Morton(64)}}) {
+    Ids kept = keys;
+    const Ids octree = completeOctree(kept, {true});
+    expectCover(octree);
+    for (const Morton key : kept) EXPECT_TRUE(std::ranges::count(octree, key) == 1);
+  }
+  Ids keys{Morton(8)};
+  expectThrow<RuntimeError>([&] { static_cast<void>(completeOctree(keys, {false})); },
+                            "Failed to identify first and last active processes");
+}
+
+TEST(CompleteOctree, BlocksOfAnyCloudCoverTheCube) {
+  expectCover(computeBlocks({}));
+  for (const Cloud& cloud : clouds())
+    for (const std::size_t n : {1, 2, 3, 50, 1000}) {
+      const Ids ids = sortedIds(cloud.coordinates(n, static_cast<unsigned>(n)));
+      const Ids blocks = computeBlocks(ids);
+      SCOPED_TRACE(cloud.name + ", " + std::to_string(n));
+      expectCover(blocks);
+      EXPECT_EQ(std::ranges::count(blocks, Morton::root()), 0);
+    }
+}
+
+/// What holds for every tree: parents, children, counts, levels, leaves and stop rule.
+void expectConsistent(const std::vector<Orthant<3>>& tree, const Ids& ids, const Options& opts,
+                      const Ids& blocks) {
+  ASSERT_TRUE(std::ranges::is_sorted(tree, std::less_equal(), &Orthant<3>::id) || tree.size() == 1);
+  u64 inLeaves = 0;
+  for (const Orthant<3>& node : tree) {
+    const auto first = std::ranges::find_if(ids, [&](Morton id) { return node.id.holds(id); });
+    ASSERT_EQ(node.numObjects, countInside(node.id, ids));
+    ASSERT_GT(node.numObjects, 0u);
+    ASSERT_EQ(node.firstObject, *first);
+    ASSERT_EQ(node.flags.bits(), 0);
+    u64 inChildren = 0;
+    for (unsigned k = 0; k < 8; ++k) {
+      if (node.id.level() == Morton::kMaxLevel) break;
+      const auto child = std::ranges::lower_bound(tree, node.id.child(k), {}, &Orthant<3>::id);
+      const bool exists = child != tree.end() && child->id == node.id.child(k);
+      ASSERT_EQ(node.children.test(k), exists);
+      inChildren += exists ? child->numObjects : 0;
+    }
+    ASSERT_EQ(inChildren, node.isLeaf() ? 0 : node.numObjects);
+    inLeaves += node.isLeaf() ? node.numObjects : 0;
+
+    const auto level = static_cast<u64>(node.id.level());
+    const bool aboveBlocks =
+        std::ranges::any_of(blocks, [&](Morton block) { return node.id.isAncestorOf(block); });
+    const bool fine = opts.adaptive ? node.numObjects <= opts.leafSize : level >= opts.maxLevel;
+    ASSERT_EQ(node.isLeaf(), !aboveBlocks && (fine || level == Morton::kMaxLevel));
+  }
+  EXPECT_EQ(inLeaves, ids.size());
+}
+
+TEST(CreateFromBlocks, MakesConsistentTreesOfAllClouds) {
+  for (const Cloud& cloud : clouds())
+    for (const Options& opts : allOptions()) {
+      SCOPED_TRACE(cloud.name + ", " + describe(opts));
+      const Ids ids = sortedIds(cloud.coordinates(150, 11));
+      const Ids blocks = computeBlocks(ids);
+      ::testing::internal::CaptureStderr();
+      const auto tree = fmm::LET<3>::create(orthants(blocks), ids, opts, {}, 0);
+      ::testing::internal::GetCapturedStderr();
+      expectConsistent(tree, ids, opts, blocks);
+    }
+}
+
+TEST(CreateFromBlocks, WarnsOfCoincidentPointsAndKeepsThemInOneLeaf) {
+  Ids ids(7, Morton(1ULL << 63 | 12345));
+  ids.insert(ids.end(), 5, bits::encode(1, 1, 1));
+  ::testing::internal::CaptureStderr();
+
+  const auto tree = fmm::LET<3>::create(orthants(computeBlocks(ids)), ids, {4, 0, true}, {}, 0);
+
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+            "(WW) CreateFromBlocks::createSubtree maximum representable level 21 reached (num. "
+            "objects=7)\n"
+            "(WW) CreateFromBlocks::createSubtree maximum representable level 21 reached (num. "
+            "objects=5)\n");
+  EXPECT_EQ(tree.size(), 1u + 2 * 21);
+  EXPECT_EQ(tree.back().numObjects, 5u);
+}
+
+TEST(CreateFromBlocks, RefusesBlocksThatDontFit) {
+  const Ids points{Morton(1ULL << 63), bits::encode(1, 1, 1)};
+  const auto apply = [&](const std::vector<Orthant<3>>& blocks, const Ids& ids) {
+    return [blocks, ids] { static_cast<void>(CreateFromBlocks<3>::apply(blocks, ids, {})); };
+  };
+  const std::string oneEmpty =
+      "Coarse blocks and Particle IDs must both be empty or both be non-mepty";
+  EXPECT_TRUE(CreateFromBlocks<3>::apply({}, {}, {}).empty());
+  expectThrow<RuntimeError>(apply({}, points), oneEmpty);
+  expectThrow<RuntimeError>(apply(orthants({Morton(8)}), {}), oneEmpty);
+  expectThrow<LogicError>(apply(orthants({Morton(8), Morton(64)}, 1), points),
+                          "CreateFromBlocks: blocks have overlaps");
+  expectThrow<LogicError>(
+      apply(orthants({Morton(15), Morton(8)}, 1), points),
+      "CreateFromBlocks::completeTree_ boxes must be sorted w.r.t their id, not "
+      "their Morton coordinate");
+  expectThrow<LogicError>(apply(orthants({Morton(8), Morton(9 * 8)}, 1), points),
+                          "CreateFromBlocks::completeTree_: no particle found for orthant 9");
+  try {
+    apply(orthants({Morton(8)}), points)();
+    ADD_FAILURE() << "blocks without points were taken";
+  } catch (const LogicError& error) {
+    EXPECT_EQ(std::string(error.what())
+                  .find("velmo::tree::CreateFromBlocks: Error - block-pointers empty!\n"),
+              0u);
+    EXPECT_NE(std::string(error.what()).find("    8, num. objects=0, first object=0\n"),
+              std::string::npos);
+  }
+}
+
+TEST(LocallyEssentialTree, HaloRuleNamesTheParentAndItsNeighbours) {
+  EXPECT_TRUE(fmm::insulation(Morton::root()).empty());
+  EXPECT_EQ(fmm::insulation(Morton(9)), Ids{Morton::root()});
+  const Ids cells = fmm::insulation(Morton(8 * 64 + 7));
+  EXPECT_EQ(cells, (Ids{Morton(64), Morton(65), Morton(66), Morton(67), Morton(68), Morton(69),
+                        Morton(70), Morton(71)}));
+}
+
+TEST(LocallyEssentialTree, MergesListsAndAttachesHalos) {
+  const auto node = [](unsigned id, unsigned first, u64 count) {
+    return Orthant<3>(Morton(id), Morton(first), count);
+  };
+  const std::vector<std::vector<Orthant<3>>> lists{{node(1, 7, 3), node(9, 7, 3)},
+                                                   {node(1, 4, 2), node(8, 4, 2)}};
+  auto merged = fmm::mergeOrthants(lists);
+  ASSERT_EQ(merged.size(), 3u);
+  EXPECT_EQ(merged[0].numObjects, 5u);
+  EXPECT_EQ(merged[0].firstObject, Morton(4));
+  EXPECT_EQ(merged[1].id, Morton(8));
+
+  merged[1].flags.set(kHaloBit);
+  fmm::attachHalos(merged);
+  EXPECT_EQ(merged[0].children.bits(), 1);
+  expectThrow<RuntimeError>([&] { fmm::attachHalos(merged); }, "Child already exists!");
+  merged.erase(merged.begin());
+  expectThrow<RuntimeError>([&] { fmm::attachHalos(merged); },
+                            "LookUp: Failed to find object with id 1");
+}
+
+}  // namespace
+}  // namespace velmo::tree::test

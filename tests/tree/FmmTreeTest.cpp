@@ -1,0 +1,229 @@
+#include "tree/FmmTree.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <limits>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "bits/MortonGrid.hpp"
+#include "grid/ElementsToPoints.hpp"
+#include "support/ExpectThrow.hpp"
+#include "tree/Clouds.hpp"
+#include "tree/PointIdentifiers.hpp"
+#include "tree/TreeChecks.hpp"
+
+namespace velmo::fmm {
+namespace {
+
+using bits::Morton;
+using tree::BoxIndex;
+using tree::ObjectRange;
+using utility::RuntimeError;
+using velmo::test::expectThrow;
+
+/// A strip of n triangles that share nodes, at x = 0 to n; node ids are not positions.
+grid::GridData triangleStrip(u64 n) {
+  grid::GridData data;
+  data.numElements = n;
+  data.numNodes = n + 2;
+  for (u64 node = 0; node < data.numNodes; ++node) {
+    data.nodeIds.push_back(10 + 3 * node);
+    const auto x = static_cast<double>((node * 7) % data.numNodes);
+    for (const double c : {x, static_cast<double>(node % 2), 0.5}) data.coordinates.push_back(c);
+  }
+  for (u64 e = 0; e < n; ++e) {
+    for (u64 i = 0; i < 3; ++i) data.connectivity.push_back(data.nodeIds[e + i]);
+    data.offsets.push_back(data.connectivity.size());
+  }
+  data.elementTypes.assign(n, 203);
+  for (u64 e = 0; e < n; ++e) data.elementTags.push_back(100 + e);
+  return data;
+}
+
+const tree::test::Cloud& cloud(const std::string& name) {
+  return *std::ranges::find(tree::test::clouds(), name, &tree::test::Cloud::name);
+}
+
+TEST(FmmTree, KeepsTheElementsOfBothGridsInSortedOrder) {
+  const grid::GridData sources = triangleStrip(60);
+  const grid::GridData targets = cloud("cube").points(45, 3);
+
+  const FmmTree tree(targets, sources, {4, 0, true}, 0, 0);
+
+  ASSERT_EQ(tree.numSources(), 60u);
+  ASSERT_EQ(tree.sourceGrid().topology.numElements(), 60u);
+  for (u64 e = 0; e < 60; ++e) {
+    const u64 k = tree.sourceIndex()[e];
+    EXPECT_EQ(tree.sourceOrder()[k], e);
+    EXPECT_EQ(tree.sourceData().elementTags[k], 100 + e);
+    EXPECT_EQ(grid::elementNodes(tree.sourceData(), k), grid::elementNodes(sources, e));
+  }
+  ASSERT_EQ(tree.targetCoordinates().size(), 3 * 45u);
+  for (u64 i = 0; i < 45; ++i) {
+    const u64 k = tree.targetIndex()[i];
+    EXPECT_EQ(tree.targetOrder()[k], i);
+    EXPECT_EQ(tree.targetGrid().topology.vertexIndex(tree.targetData().connectivity[k]), k);
+    for (u64 axis = 0; axis < 3; ++axis)
+      EXPECT_EQ(tree.targetCoordinates()[3 * k + axis], targets.coordinates[3 * i + axis]);
+  }
+}
+
+TEST(FmmTree, SortedGridsGiveTheIdentifiersOfTheTree) {
+  const FmmTree tree(cloud("sphere").points(50, 1), triangleStrip(70), {3, 0, true}, 0, 0);
+  std::vector<double> means(3 * tree.numSources());
+  grid::vertexMeans(tree.sourceData(), means);
+
+  EXPECT_TRUE(std::ranges::equal(tree::pointIdentifiers(means, tree.boundingBox()),
+                                 tree.tree().sourceIds()));
+  EXPECT_TRUE(
+      std::ranges::equal(tree::pointIdentifiers(tree.targetCoordinates(), tree.boundingBox()),
+                         tree.tree().targetIds()));
+
+  std::vector<Morton> input(tree.distribution().numObjects());
+  std::vector<Morton> sorted(input.size());
+  for (u64 k = 0; k < input.size(); ++k)
+    input[tree.distribution().order[k]] = tree.distribution().ids[k];
+  tree.distribution().toSortedOrder<Morton>(input, sorted);
+  EXPECT_EQ(sorted, tree.distribution().ids);
+  EXPECT_EQ(tree.distribution().owner, std::vector<std::int32_t>(120, 0));
+}
+
+/// Links, levels, marks and ranges of every box against counting by identifiers.
+void expectConsistent(const FmmTree& fmmTree) {
+  const auto& tree = fmmTree.tree();
+  const tree::BoxLinks& links = tree.links();
+  const auto levelBegins = tree.levelBegins();
+  ASSERT_EQ(levelBegins.size(), tree.numLevels + 1);
+  ASSERT_EQ(levelBegins.back(), tree.boxes.size());
+  std::vector<BoxIndex> leaves;
+  for (BoxIndex i = 0; i < links.size(); ++i) {
+    const Box<3>& box = tree.boxes[i];
+    const auto level = static_cast<u64>(box.id.level());
+    ASSERT_TRUE(levelBegins[level] <= i && i < levelBegins[level + 1]);
+    ASSERT_EQ(tree.index(box.id), i);
+    ASSERT_EQ(links.parent[i], i == 0 ? tree::kNoBox : tree.index(box.id.parent()));
+    for (unsigned k = 0; k < 8; ++k) {
+      if (box.children.test(k)) {
+        ASSERT_EQ(links.child(i, k), tree.index(box.id.child(k)));
+      }
+    }
+    if (box.isLeaf()) leaves.push_back(i);
+
+    const auto expectRange = [&](std::span<const Morton> ids, const ObjectRange& range, bool bit) {
+      ASSERT_EQ(range.count, tree::test::countInside(box.id, ids));
+      ASSERT_EQ(bit, range.count > 0);
+      for (u64 k = range.first; k < range.first + range.count; ++k)
+        ASSERT_TRUE(box.id.holds(ids[k]));
+    };
+    expectRange(tree.sourceIds(), tree.sourceRanges()[i], box.hasSources());
+    expectRange(tree.targetIds(), tree.targetRanges()[i], box.hasTargets());
+
+    const bits::CellCube cube = bits::cube(box.id);
+    for (u64 axis = 0; axis < 3; ++axis) {
+      ASSERT_EQ(fmmTree.unitCentres()[3 * i + axis], cube.centre[axis]);
+      ASSERT_EQ(fmmTree.centres()[3 * i + axis],
+                cube.centre[axis] * fmmTree.boundingBox().size() + fmmTree.boundingBox().min[axis]);
+    }
+  }
+  EXPECT_TRUE(std::ranges::equal(tree.leafPositions(), leaves));
+  EXPECT_TRUE(std::ranges::equal(tree.nonHaloLeafPositions(), leaves));
+}
+
+TEST(FmmTree, LinksMarksAndRangesAgreeWithTheIdentifiers) {
+  for (const tree::test::Cloud& points : tree::test::clouds())
+    for (const tree::Options& opts : {tree::Options{1, 0, true}, {12, 0, true}, {1, 4, false}}) {
+      SCOPED_TRACE(points.name + ", " + tree::test::describe(opts));
+      ::testing::internal::CaptureStderr();
+      const FmmTree tree(points.points(60, 1), triangleStrip(40), opts, 0, 0);
+      ::testing::internal::GetCapturedStderr();
+      expectConsistent(tree);
+    }
+}
+
+TEST(SrcTrgTree, TellsTheFirstObjectAndTheCountOfLeaves) {
+  const FmmTree fmmTree(cloud("cube").points(30, 1), triangleStrip(30), {5, 0, true}, 0, 0);
+  const auto& tree = fmmTree.tree();
+  for (const BoxIndex leaf : tree.leafPositions()) {
+    const Box<3>& box = tree.boxes[leaf];
+    if (!box.hasSources()) continue;
+    const auto [first, count] = tree.sourceDatum(box.id);
+    EXPECT_EQ(count, tree.sourceRanges()[leaf].count);
+    EXPECT_EQ(first, tree.sourceIds()[tree.sourceRanges()[leaf].first]);
+  }
+  expectThrow<RuntimeError>([&] { static_cast<void>(tree.sourceDatum(Morton(1))); },
+                            "Failed to find source datum for ID 1");
+  expectThrow<RuntimeError>([&] { static_cast<void>(tree.targetDatum(Morton(3))); },
+                            "Failed to find target datum for ID 3");
+  expectThrow<std::out_of_range>([&] { static_cast<void>(tree.at(Morton(3))); },
+                                 "invalid unordered_map<K, T> key");
+  EXPECT_FALSE(tree.find(Morton(3)).has_value());
+}
+
+TEST(SrcTrgTree, RefusesWhatHasNotBeenCreatedOrDoesntFit) {
+  using Tree = FmmTree::Tree;
+  Tree empty;
+  expectThrow<RuntimeError>([&] { static_cast<void>(empty.levelBegins()); },
+                            "Level begins have not been created");
+  expectThrow<RuntimeError>([&] { static_cast<void>(empty.leafPositions()); },
+                            "Leaf positions have not been created");
+  expectThrow<RuntimeError>([&] { static_cast<void>(empty.nonHaloLeafPositions()); },
+                            "Non-halo leaf positions have not been created");
+  empty.boxes.resize(1);
+  expectThrow<RuntimeError>([&] { static_cast<void>(empty.find(Morton(1))); },
+                            "Lookup tables has not been created");
+
+  const Morton object(1ULL << 63);
+  std::vector<tree::Orthant<3>> gap{{Morton(1), object, 1}, {Morton(64), object, 1}};
+  expectThrow<RuntimeError>([&] { Tree(gap, {}); }, "Level 1 has no orthant ");
+  gap[1].id = Morton(8);
+  expectThrow<RuntimeError>([&] { Tree(gap, {}); },
+                            "The boxes and their children don't fit together");
+  gap[0].children.set(0);
+  Tree tree(gap, {});
+  expectThrow<RuntimeError>(
+      [&] {
+        tree.mark({object, object}, {});
+      },
+      "Found more targets than objects in leaf");
+}
+
+TEST(FmmTree, RefusesBadInput) {
+  const grid::GridData good = cloud("cube").points(5, 1);
+  grid::GridData bad = good;
+  bad.coordinates[7] = std::numeric_limits<double>::quiet_NaN();
+  expectThrow<RuntimeError>([&] { FmmTree(good, bad, {}, 0, 0); },
+                            "Coordinates of point 7 are not finite");
+  expectThrow<utility::LogicError>([&] { FmmTree(good, good, {}, 5, 0); },
+                                   "Interaction lists of kind 5 are not available");
+
+  const tree::ParticleDistribution distribution(good, good, 0);
+  std::vector<double> ten(10);
+  std::vector<double> nine(9);
+  expectThrow<RuntimeError>([&] { distribution.toSortedOrder<double>(ten, nine); },
+                            "Provided result container does not have the right size");
+  expectThrow<RuntimeError>([&] { distribution.toSortedOrder<double>(nine, ten); },
+                            "Received strange number of items");
+  EXPECT_EQ(distribution.partition.check(Morton(3)), std::vector<int>{0});
+  expectThrow<RuntimeError>([] { static_cast<void>(tree::Partition().check(Morton(3))); },
+                            "velmo::tree::Partition::check not finalized");
+  const Morton first(8);
+  const Morton second(9);
+  expectThrow<RuntimeError>(
+      [&] {
+        static_cast<void>(tree::countObjects({{second, first}}, {}));
+      },
+      "Blocks are not sorted correctly");
+  expectThrow<RuntimeError>(
+      [&] {
+        static_cast<void>(tree::countObjects({}, {{second, first}}));
+      },
+      "Points are not sorted correctly");
+}
+
+}  // namespace
+}  // namespace velmo::fmm
