@@ -1,0 +1,86 @@
+#pragma once
+
+#include <array>
+#include <map>
+#include <span>
+#include <vector>
+
+#include "bem/CellTable.hpp"
+#include "bem/ElementPoints.hpp"
+#include "conf/QuadratureSettings.hpp"
+#include "fe/ShapeFunList.hpp"
+#include "grid/SurfaceElements.hpp"
+#include "quad/SurfaceRuleSet.hpp"
+
+namespace velmo::bem {
+
+/// Deepest level of a near target's subdivision, whatever the settings say.
+inline constexpr u64 kSubdivisionLevels = 5;
+
+/// A density as the near field uses it, the factor 1 / (4 pi) of the kernel included.
+struct SourceCharges {
+  std::vector<double> coefficients;  ///< element after element, as in the coefficient vector
+  std::vector<double> atPoints;  ///< charges at the rule points, in the order of `ElementPoints`
+};
+
+/// Near-field integrals of a surface density at points,
+///   potential(x) = sum over i of c_i int phi_i(xi) G(x, y(xi)) d xi,
+/// and its gradient with respect to x. They run over the reference element and hold no surface
+/// Jacobian: the density is per unit of reference area, its first coefficient the element's charge.
+///
+/// A target closer to the image of an element's barycentre than `minRelDist` element sizes is near:
+/// it gets a rule subdivided towards it. All others share the element's ordinary rule.
+///
+/// Built once and read-only afterwards, shared by all tasks. Refers to `elements`.
+class NearFieldQuadrature {
+ public:
+  /// @param forGradient  shape functions of the density that gives the gradient
+  /// @param forPotential shape functions of the density that gives the potential
+  /// @throws utility::RuntimeError "0-th order not allowed"
+  NearFieldQuadrature(const grid::SurfaceElements& elements,
+                      const fe::ShapeFunList<2, 3>& forGradient,
+                      const fe::ShapeFunList<2, 3>& forPotential,
+                      const EvalQuadratureSettings& settings);
+
+  [[nodiscard]] double minRelDist() const noexcept { return minRelDist_; }
+  [[nodiscard]] const grid::SurfaceElements& elements() const noexcept { return *elements_; }
+  [[nodiscard]] const ElementPoints& points() const noexcept { return points_; }
+
+  /// The subdivision tables of the element's type.
+  [[nodiscard]] const CellTable& cellTable(u64 element) const noexcept {
+    return *tableOfElement_[element];
+  }
+
+  /// The most cells that a subdivision can have.
+  [[nodiscard]] u64 maxLeafCells() const noexcept { return u64{1} << (2 * kSubdivisionLevels); }
+
+  /// First coefficient of each element, shape (numElements + 1).
+  [[nodiscard]] std::span<const u64> gradientDofs() const noexcept { return gradientDofs_; }
+  [[nodiscard]] std::span<const u64> potentialDofs() const noexcept { return potentialDofs_; }
+
+  /// Whether potential and gradient use one basis, so that one density serves both.
+  [[nodiscard]] bool sameBasis() const noexcept {
+    return forGradient_.order == forPotential_.order;
+  }
+
+  /// The charges of a coefficient vector in element order.
+  [[nodiscard]] SourceCharges gradientCharges(std::span<const double> coefficients) const;
+  [[nodiscard]] SourceCharges potentialCharges(std::span<const double> coefficients) const;
+
+ private:
+  [[nodiscard]] SourceCharges charges(const fe::ShapeFunList<2, 3>& shapes,
+                                      std::span<const double> coefficients) const;
+
+  const grid::SurfaceElements* elements_;
+  double minRelDist_;
+  quad::SurfaceRuleSet rules_;
+  fe::ShapeFunList<2, 3> forGradient_;
+  fe::ShapeFunList<2, 3> forPotential_;
+  ElementPoints points_;
+  std::vector<u64> gradientDofs_;
+  std::vector<u64> potentialDofs_;
+  std::map<u64, CellTable> tables_;  ///< by element type code
+  std::vector<const CellTable*> tableOfElement_;
+};
+
+}  // namespace velmo::bem

@@ -1,0 +1,135 @@
+#include "bem/NearTask.hpp"
+
+#include <algorithm>
+#include <limits>
+
+#include "math/LaneCount.hpp"
+
+namespace velmo::bem {
+namespace {
+
+enum Row : u64 { kX, kY, kZ, kPotential, kGradientX, kGradientY, kGradientZ, kNumRows };
+
+}  // namespace
+
+NearTask::NearTask(const NearFieldQuadrature& quadrature, std::span<const double> targets)
+    : quadrature_(&quadrature),
+      kernel_(&pointChargeKernel()),
+      numTargets_(targets.size() / 3),
+      numLanes_(math::paddedToLanes(numTargets_)),
+      lanes_(kNumRows * numLanes_, 0.0),
+      farMask_(numLanes_ / math::kNumLanes),
+      cells_(quadrature.maxLeafCells()),
+      pending_(quadrature.maxLeafCells()) {
+  for (u64 axis = 0; axis < 3; ++axis) {
+    double* const row = lanes_.data() + axis * numLanes_;
+    lower_[axis] = std::numeric_limits<double>::infinity();
+    upper_[axis] = -std::numeric_limits<double>::infinity();
+    for (u64 t = 0; t < numTargets_; ++t) {
+      row[t] = targets[3 * t + axis];
+      lower_[axis] = std::min(lower_[axis], row[t]);
+      upper_[axis] = std::max(upper_[axis], row[t]);
+    }
+    if (numTargets_ > 0) std::fill(row + numTargets_, row + numLanes_, row[numTargets_ - 1]);
+  }
+}
+
+void NearTask::run(u64 begin, u64 end, const SourceCharges& forPotential,
+                   const SourceCharges& forGradient) {
+  if (numTargets_ == 0) return;
+  const grid::SurfaceElements& elements = quadrature_->elements();
+  u64 firstRegular = begin;
+  for (u64 e = begin; e < end; ++e) {
+    if (!mayBeNear(e)) continue;
+    const auto centre = elements.centre(e);
+    if (!kernel_->markFar(targetLanes(), {centre[0], centre[1], centre[2], elements.sizes[e]},
+                          quadrature_->minRelDist(), farMask_.data()))
+      continue;
+    addRegular(firstRegular, e, forPotential, forGradient);
+    addSplit(e, forPotential, forGradient);
+    firstRegular = e + 1;
+  }
+  addRegular(firstRegular, end, forPotential, forGradient);
+}
+
+void NearTask::addTo(std::span<double> potential, std::span<double> gradient) const {
+  const auto row = [this](Row r) { return lanes_.data() + r * numLanes_; };
+  for (u64 t = 0; t < numTargets_; ++t) {
+    potential[t] += row(kPotential)[t];
+    gradient[3 * t] += row(kGradientX)[t];
+    gradient[3 * t + 1] += row(kGradientY)[t];
+    gradient[3 * t + 2] += row(kGradientZ)[t];
+  }
+}
+
+/// False only if the box around the targets lies outside the element's near range, with a margin
+/// for rounding; most elements are settled by this test alone.
+bool NearTask::mayBeNear(u64 element) const noexcept {
+  const grid::SurfaceElements& elements = quadrature_->elements();
+  const auto centre = elements.centre(element);
+  double squared = 0.0;
+  for (u64 axis = 0; axis < 3; ++axis) {
+    const double outside =
+        std::max({lower_[axis] - centre[axis], centre[axis] - upper_[axis], 0.0});
+    squared += outside * outside;
+  }
+  const double range = 1.000001 * quadrature_->minRelDist() * elements.sizes[element];
+  return !(squared > range * range);
+}
+
+void NearTask::addRegular(u64 begin, u64 end, const SourceCharges& forPotential,
+                          const SourceCharges& forGradient) {
+  if (begin < end) kernel_->add(pointCharges(begin, end, forPotential, forGradient), targetLanes());
+}
+
+void NearTask::addSplit(u64 element, const SourceCharges& forPotential,
+                        const SourceCharges& forGradient) {
+  kernel_->addMasked(pointCharges(element, element + 1, forPotential, forGradient), targetLanes(),
+                     farMask_.data());
+
+  const CellTable& table = quadrature_->cellTable(element);
+  CellCharges charges = table.charges();
+  charges.nodes = quadrature_->elements().nodes(element).data();
+  charges.cells = cells_.data();
+  charges.forPotential.coefficients =
+      forPotential.coefficients.data() + quadrature_->potentialDofs()[element];
+  charges.forGradient.coefficients =
+      forGradient.coefficients.data() + quadrature_->gradientDofs()[element];
+  const CellCentres centres = table.centres();
+  for (u64 t = 0; t < numTargets_; ++t)
+    if ((farMask_[t / math::kNumLanes] >> (t % math::kNumLanes) & 1U) == 0)
+      addNear(element, t, charges, centres);
+}
+
+void NearTask::addNear(u64 element, u64 target, CellCharges& charges, const CellCentres& centres) {
+  const auto row = [this](Row r) { return lanes_.data() + r * numLanes_; };
+  const SizedPoint point{row(kX)[target], row(kY)[target], row(kZ)[target],
+                         quadrature_->elements().sizes[element]};
+  charges.numCells = kernel_->leafCells(centres, charges.nodes, point, quadrature_->minRelDist(),
+                                        cells_.data(), pending_.data());
+  const PotentialAndGradient sum = kernel_->sumOfCells(charges, point);
+  row(kPotential)[target] += sum.potential;
+  row(kGradientX)[target] += sum.gradient[0];
+  row(kGradientY)[target] += sum.gradient[1];
+  row(kGradientZ)[target] += sum.gradient[2];
+}
+
+PointCharges NearTask::pointCharges(u64 begin, u64 end, const SourceCharges& forPotential,
+                                    const SourceCharges& forGradient) const noexcept {
+  const ElementPoints& points = quadrature_->points();
+  const u64 first = points.offsets[begin];
+  return {points.x.data() + first,
+          points.y.data() + first,
+          points.z.data() + first,
+          forPotential.atPoints.data() + first,
+          forGradient.atPoints.data() + first,
+          points.offsets[end] - first};
+}
+
+TargetLanes NearTask::targetLanes() noexcept {
+  const auto row = [this](Row r) { return lanes_.data() + r * numLanes_; };
+  return {row(kX),         row(kY),         row(kZ),         row(kPotential),
+          row(kGradientX), row(kGradientY), row(kGradientZ), numLanes_};
+}
+
+}  // namespace velmo::bem

@@ -1,0 +1,124 @@
+#pragma once
+
+#include <cstdint>
+
+#include "io/Types.hpp"
+
+/// Sums over point charges: the innermost loops of the near field.
+///
+/// With d = target - source and r = |d| they add
+///   potential += sum of qPotential / r,
+///   gradient  -= sum of qGradient d / r^3;
+/// the factor 1 / (4 pi) belongs into the charges. A coinciding pair gives an infinite potential
+/// and a gradient that is no number, as a division by zero does.
+///
+/// Each loop is built for several instruction sets; the one to run is chosen once per process. They
+/// agree to a few units in the last place.
+namespace velmo::bem {
+
+/// Point charges, component by component, shape (count) each.
+struct PointCharges {
+  const double* x = nullptr;
+  const double* y = nullptr;
+  const double* z = nullptr;
+  const double* forPotential = nullptr;
+  const double* forGradient = nullptr;  ///< may be the same array
+  u64 count = 0;
+};
+
+/// Targets and their sums, component by component. All arrays have room for a multiple of
+/// `math::kNumLanes` entries, and `count` is such a multiple; the entries behind the last target
+/// hold any finite coordinates.
+struct TargetLanes {
+  const double* x = nullptr;
+  const double* y = nullptr;
+  const double* z = nullptr;
+  double* potential = nullptr;
+  double* gradientX = nullptr;
+  double* gradientY = nullptr;
+  double* gradientZ = nullptr;
+  u64 count = 0;
+};
+
+/// Coefficients of one element with the rows of their weighted shape functions in a cell.
+struct Density {
+  u64 firstRow = 0;
+  u64 numShapes = 0;
+  const double* coefficients = nullptr;  ///< shape (numShapes), the kernel's factor included
+};
+
+/// The subdivision of one element as seen by one target: the leaf cells of the quadtree and what
+/// stands at their rule points. Every cell has `numRows` rows of `numLanes` doubles in `table`:
+/// first the geometry basis, one row per node, then the weighted shape functions of the potential
+/// and of the gradient, which are the same rows where both use one basis.
+struct CellCharges {
+  const double* table = nullptr;
+  u64 numLanes = 0;   ///< points per cell, padded to a multiple of the lanes
+  u64 numPoints = 0;  ///< points per cell
+  u64 numRows = 0;
+  u64 numNodes = 0;
+  const double* nodes = nullptr;  ///< coordinates of the element, shape (numNodes, 3)
+  Density forPotential;
+  Density forGradient;
+  const std::uint32_t* cells = nullptr;  ///< places of the leaf cells in the table
+  u64 numCells = 0;
+};
+
+/// The centres of all cells of the quadtree, level after level, each level in the order of its
+/// codes: node k's basis value at the centre of cell i is `basis[k * stride + i]`.
+struct CellCentres {
+  const double* basis = nullptr;
+  u64 stride = 0;
+  u64 numNodes = 0;
+  u64 maxLevel = 0;
+};
+
+/// A target or centre with the size that distances are measured in.
+struct SizedPoint {
+  double x = 0.0;
+  double y = 0.0;
+  double z = 0.0;
+  double size = 1.0;
+};
+
+/// Potential and gradient at one target.
+struct PotentialAndGradient {
+  double potential = 0.0;
+  double gradient[3] = {0.0, 0.0, 0.0};
+};
+
+/// The loops for one instruction set.
+struct PointChargeKernel {
+  /// Adds all charges to all targets.
+  void (*add)(const PointCharges&, const TargetLanes&);
+
+  /// Adds all charges to the targets whose bit is set; bit l of `mask[g]` belongs to target 8 g +
+  /// l.
+  void (*addMasked)(const PointCharges&, const TargetLanes&, const std::uint8_t* mask);
+
+  /// Sets the bits of the targets with |x - centre| / size >= minRelDist; true if any is clear.
+  bool (*markFar)(const TargetLanes&, const SizedPoint& centre, double minRelDist,
+                  std::uint8_t* mask);
+
+  /// Leaf cells of the subdivision for `target`, whose `size` is that of the element: a cell of
+  /// level L is split unless |x - y(centre)| / (2^-L size) > minRelDist or L is the deepest level.
+  /// The root is split if the deepest level is above 0. `cells` has room for all cells of the
+  /// deepest level, `pending` for as many.
+  /// @return number of cells found
+  u64 (*leafCells)(const CellCentres&, const double* nodes, const SizedPoint& target,
+                   double minRelDist, std::uint32_t* cells, std::uint32_t* pending);
+
+  /// The sum over all points of all cells at one target.
+  PotentialAndGradient (*sumOfCells)(const CellCharges&, const SizedPoint& target);
+};
+
+/// The loops for the instruction set of this machine.
+[[nodiscard]] const PointChargeKernel& pointChargeKernel() noexcept;
+
+namespace detail_ {
+extern const PointChargeKernel kPointChargeBaseline;
+extern const PointChargeKernel kPointChargeAvx2;
+extern const PointChargeKernel kPointChargeAvx512;
+}  // namespace detail_
+
+}  // namespace velmo::bem

@@ -1,0 +1,273 @@
+// The loops of PointChargeKernel, included once per instruction set into an unnamed namespace in
+// which `root(Lanes)`, `inverseRoot(Lanes)`, `bitsOf(LaneMask)` and `kGroups` stand already.
+// Nothing here may call an inline function of the standard library: its code would be built for the
+// wider set and shared with all callers.
+
+using math::kNumLanes;
+using math::LaneMask;
+using math::Lanes;
+using math::loadLanes;
+
+struct Sums {
+  Lanes potential;
+  Lanes x;
+  Lanes y;
+  Lanes z;
+};
+
+/// Whether every lane is a finite number: x - x is zero exactly then.
+[[gnu::always_inline]] inline bool allFinite(Lanes v) {
+  return bitsOf((v - v) == Lanes{}) == 0xffU;
+}
+
+/// Division and square root, exact for every distance, zero included.
+inline void addPairwise(const PointCharges& charges, const TargetLanes& targets, u64 first,
+                        unsigned lanes) {
+  for (u64 l = 0; l < kNumLanes; ++l) {
+    if ((lanes >> l & 1U) == 0) continue;
+    const u64 t = first + l;
+    double sum[4] = {};
+    for (u64 q = 0; q < charges.count; ++q) {
+      const double dx = targets.x[t] - charges.x[q];
+      const double dy = targets.y[t] - charges.y[q];
+      const double dz = targets.z[t] - charges.z[q];
+      const double s = 1.0 / __builtin_sqrt(dx * dx + dy * dy + dz * dz);
+      const double w = charges.forGradient[q] * s * (s * s);
+      sum[0] += charges.forPotential[q] * s;
+      sum[1] += w * dx;
+      sum[2] += w * dy;
+      sum[3] += w * dz;
+    }
+    targets.potential[t] += sum[0];
+    targets.gradientX[t] -= sum[1];
+    targets.gradientY[t] -= sum[2];
+    targets.gradientZ[t] -= sum[3];
+  }
+}
+
+/// One charge at one group of targets.
+template <bool kMasked>
+[[gnu::always_inline]] inline void addCharge(const PointCharges& charges, u64 q, Lanes tx, Lanes ty,
+                                             Lanes tz, LaneMask wanted, Sums& sums) {
+  const Lanes dx = tx - charges.x[q];
+  const Lanes dy = ty - charges.y[q];
+  const Lanes dz = tz - charges.z[q];
+  Lanes s = inverseRoot(dx * dx + dy * dy + dz * dz);
+  if constexpr (kMasked) s = wanted ? s : Lanes{};
+  const Lanes w = (charges.forGradient[q] * s) * (s * s);
+  sums.potential += charges.forPotential[q] * s;
+  sums.x += w * dx;
+  sums.y += w * dy;
+  sums.z += w * dz;
+}
+
+/// All charges at `Groups` neighbouring groups of targets, which hides the latency of the chain
+/// from distance to sum.
+template <u64 Groups, bool kMasked>
+[[gnu::always_inline]] inline void addToGroups(const PointCharges& charges,
+                                               const TargetLanes& targets, u64 first,
+                                               const std::uint8_t* mask) {
+  Lanes tx[Groups];
+  Lanes ty[Groups];
+  Lanes tz[Groups];
+  LaneMask wanted[Groups];
+  unsigned bits[Groups];
+  Sums sums[Groups] = {};
+  for (u64 g = 0; g < Groups; ++g) {
+    const u64 t = first + g * kNumLanes;
+    tx[g] = loadLanes(targets.x + t);
+    ty[g] = loadLanes(targets.y + t);
+    tz[g] = loadLanes(targets.z + t);
+    bits[g] = kMasked ? mask[t / kNumLanes] : 0xffU;
+    wanted[g] = math::laneMask(bits[g]);
+  }
+  for (u64 q = 0; q < charges.count; ++q)
+    for (u64 g = 0; g < Groups; ++g)
+      addCharge<kMasked>(charges, q, tx[g], ty[g], tz[g], wanted[g], sums[g]);
+  for (u64 g = 0; g < Groups; ++g) {
+    const u64 t = first + g * kNumLanes;
+    if (!allFinite(sums[g].potential)) {
+      addPairwise(charges, targets, t, bits[g]);
+      continue;
+    }
+    math::storeLanes(targets.potential + t, loadLanes(targets.potential + t) + sums[g].potential);
+    math::storeLanes(targets.gradientX + t, loadLanes(targets.gradientX + t) - sums[g].x);
+    math::storeLanes(targets.gradientY + t, loadLanes(targets.gradientY + t) - sums[g].y);
+    math::storeLanes(targets.gradientZ + t, loadLanes(targets.gradientZ + t) - sums[g].z);
+  }
+}
+
+void add(const PointCharges& charges, const TargetLanes& targets) {
+  u64 t = 0;
+  for (; t + kGroups * kNumLanes <= targets.count; t += kGroups * kNumLanes)
+    addToGroups<kGroups, false>(charges, targets, t, nullptr);
+  for (; t < targets.count; t += kNumLanes) addToGroups<1, false>(charges, targets, t, nullptr);
+}
+
+void addMasked(const PointCharges& charges, const TargetLanes& targets, const std::uint8_t* mask) {
+  for (u64 t = 0; t < targets.count; t += kNumLanes)
+    if (mask[t / kNumLanes] != 0) addToGroups<1, true>(charges, targets, t, mask);
+}
+
+bool markFar(const TargetLanes& targets, const SizedPoint& centre, double minRelDist,
+             std::uint8_t* mask) {
+  unsigned all = 0xffU;
+  for (u64 t = 0; t < targets.count; t += kNumLanes) {
+    const Lanes dx = loadLanes(targets.x + t) - centre.x;
+    const Lanes dy = loadLanes(targets.y + t) - centre.y;
+    const Lanes dz = loadLanes(targets.z + t) - centre.z;
+    const Lanes ratio = root(dx * dx + dy * dy + dz * dz) / centre.size;
+    // A ratio that is no number is not below the limit either.
+    const unsigned bits = ~bitsOf(ratio < minRelDist) & 0xffU;
+    mask[t / kNumLanes] = static_cast<std::uint8_t>(bits);
+    all &= bits;
+  }
+  return all != 0xffU;
+}
+
+/// Four cells with neighbouring places and four others: row `from` of the centres' basis.
+[[gnu::always_inline]] inline Lanes loadSiblings(const double* from, std::uint32_t first,
+                                                 std::uint32_t second) {
+  Lanes v;
+  __builtin_memcpy(&v, from + first, 4 * sizeof(double));
+  __builtin_memcpy(reinterpret_cast<double*>(&v) + 4, from + second, 4 * sizeof(double));
+  return v;
+}
+
+/// |x - y(centre)| of eight cells, the children of two.
+[[gnu::always_inline]] inline Lanes distanceToSiblings(const CellCentres& centres,
+                                                       const double* nodes,
+                                                       const SizedPoint& target,
+                                                       std::uint32_t first, std::uint32_t second) {
+  Lanes x{};
+  Lanes y{};
+  Lanes z{};
+  for (u64 k = 0; k < centres.numNodes; ++k) {
+    const Lanes n = loadSiblings(centres.basis + k * centres.stride, first, second);
+    x += n * nodes[3 * k];
+    y += n * nodes[3 * k + 1];
+    z += n * nodes[3 * k + 2];
+  }
+  const Lanes dx = target.x - x;
+  const Lanes dy = target.y - y;
+  const Lanes dz = target.z - z;
+  return root(dx * dx + dy * dy + dz * dz);
+}
+
+// Level by level: `pending` holds the first child of each cell of the level above that was split.
+u64 leafCells(const CellCentres& centres, const double* nodes, const SizedPoint& target,
+              double minRelDist, std::uint32_t* cells, std::uint32_t* pending) {
+  u64 numCells = 0;
+  if (centres.maxLevel == 0) {
+    cells[numCells++] = 0;
+    return numCells;
+  }
+  std::uint32_t levelBegin = 1;
+  u64 numPending = 1;
+  pending[0] = 1;
+  double cellSize = 0.5 * target.size;
+  for (u64 level = 1; level < centres.maxLevel; ++level) {
+    const std::uint32_t nextBegin = 4 * levelBegin + 1;
+    u64 numSplit = 0;
+    std::uint32_t* const split = pending + numPending;
+    for (u64 i = 0; i < numPending; i += 2) {
+      const std::uint32_t first = pending[i];
+      const std::uint32_t second = i + 1 < numPending ? pending[i + 1] : first;
+      const Lanes ratio = distanceToSiblings(centres, nodes, target, first, second) / cellSize;
+      const unsigned isLeaf = bitsOf(ratio > minRelDist);
+      for (u64 l = 0; l < (second == first ? 4U : 8U); ++l) {
+        const auto child = static_cast<std::uint32_t>(l);
+        const std::uint32_t cell = child < 4 ? first + child : second + child - 4;
+        if ((isLeaf >> l & 1U) != 0)
+          cells[numCells++] = cell;
+        else
+          split[numSplit++] = nextBegin + 4 * (cell - levelBegin);
+      }
+    }
+    for (u64 i = 0; i < numSplit; ++i) pending[i] = split[i];
+    numPending = numSplit;
+    levelBegin = nextBegin;
+    cellSize *= 0.5;
+  }
+  for (u64 i = 0; i < numPending; ++i)
+    for (std::uint32_t k = 0; k < 4; ++k) cells[numCells++] = pending[i] + k;
+  return numCells;
+}
+
+/// The points of lanes [lane, lane + 8) of one cell: differences to the target and charges.
+struct CellPoints {
+  Lanes dx;
+  Lanes dy;
+  Lanes dz;
+  Lanes forPotential;
+  Lanes forGradient;
+};
+
+[[gnu::always_inline]] inline Lanes chargeOf(const Density& density, const CellCharges& c,
+                                             const double* cell) {
+  const double* const shapes = cell + density.firstRow * c.numLanes;
+  Lanes charge{};
+  for (u64 i = 0; i < density.numShapes; ++i)
+    charge += loadLanes(shapes + i * c.numLanes) * density.coefficients[i];
+  return charge;
+}
+
+[[gnu::always_inline]] inline CellPoints cellPoints(const CellCharges& c, const double* cell,
+                                                    const SizedPoint& target) {
+  Lanes x{};
+  Lanes y{};
+  Lanes z{};
+  for (u64 k = 0; k < c.numNodes; ++k) {
+    const Lanes n = loadLanes(cell + k * c.numLanes);
+    x += n * c.nodes[3 * k];
+    y += n * c.nodes[3 * k + 1];
+    z += n * c.nodes[3 * k + 2];
+  }
+  const Lanes qp = chargeOf(c.forPotential, c, cell);
+  const bool sameDensity = c.forGradient.coefficients == c.forPotential.coefficients &&
+                           c.forGradient.firstRow == c.forPotential.firstRow;
+  const Lanes qg = sameDensity ? qp : chargeOf(c.forGradient, c, cell);
+  return {target.x - x, target.y - y, target.z - z, qp, qg};
+}
+
+PotentialAndGradient sumOfCellsPairwise(const CellCharges& c, const SizedPoint& target) {
+  PotentialAndGradient sum;
+  for (u64 i = 0; i < c.numCells; ++i) {
+    const double* const cell = c.table + c.cells[i] * c.numRows * c.numLanes;
+    for (u64 lane = 0; lane < c.numPoints; lane += kNumLanes) {
+      const CellPoints p = cellPoints(c, cell + lane, target);
+      for (u64 l = 0; l < kNumLanes && lane + l < c.numPoints; ++l) {
+        const double s =
+            1.0 / __builtin_sqrt(p.dx[l] * p.dx[l] + p.dy[l] * p.dy[l] + p.dz[l] * p.dz[l]);
+        const double w = p.forGradient[l] * s * (s * s);
+        sum.potential += p.forPotential[l] * s;
+        sum.gradient[0] -= w * p.dx[l];
+        sum.gradient[1] -= w * p.dy[l];
+        sum.gradient[2] -= w * p.dz[l];
+      }
+    }
+  }
+  return sum;
+}
+
+PotentialAndGradient sumOfCells(const CellCharges& c, const SizedPoint& target) {
+  Sums sums{};
+  for (u64 lane = 0; lane < c.numPoints; lane += kNumLanes) {
+    const u64 left = c.numPoints - lane;
+    const LaneMask used = math::laneMask(left >= kNumLanes ? 0xffU : (1U << left) - 1U);
+    for (u64 i = 0; i < c.numCells; ++i) {
+      const CellPoints p =
+          cellPoints(c, c.table + c.cells[i] * c.numRows * c.numLanes + lane, target);
+      Lanes s = inverseRoot(p.dx * p.dx + p.dy * p.dy + p.dz * p.dz);
+      s = used ? s : Lanes{};
+      const Lanes w = (p.forGradient * s) * (s * s);
+      sums.potential += p.forPotential * s;
+      sums.x += w * p.dx;
+      sums.y += w * p.dy;
+      sums.z += w * p.dz;
+    }
+  }
+  if (!allFinite(sums.potential)) return sumOfCellsPairwise(c, target);
+  return {math::sumOfLanes(sums.potential),
+          {-math::sumOfLanes(sums.x), -math::sumOfLanes(sums.y), -math::sumOfLanes(sums.z)}};
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "io/Types.hpp"
+
+/// Triangular storage of expansions: coefficients (n, m) with 0 <= m <= n <= p. Negative orders
+/// follow from c(n, -m) = (-1)^m conj(c(n, m)).
+namespace velmo::bem::fmm {
+
+[[nodiscard]] constexpr u64 coefficientIndex(u64 n, u64 m) noexcept { return n * (n + 1) / 2 + m; }
+
+[[nodiscard]] constexpr u64 numCoefficients(u64 degree) noexcept {
+  return (degree + 1) * (degree + 2) / 2;
+}
+
+/// The degree of a triangular storage of `size` coefficients.
+/// @throws utility::RuntimeError "Cannot convert storage size into degree"
+[[nodiscard]] u64 degreeOfTriangular(u64 size);
+
+/// The degree of a storage of all orders, (p + 1)^2 coefficients.
+/// @throws utility::RuntimeError "Cannot convert storage size into degree"
+[[nodiscard]] u64 degreeOfSquare(u64 size);
+
+}  // namespace velmo::bem::fmm

@@ -1,0 +1,269 @@
+#include "fmm/FarfieldTransfer.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "fmm/CoefficientIndex.hpp"
+#include "io/Exception.hpp"
+#include "io/Format.hpp"
+#include "thread/ParallelFor.hpp"
+
+namespace velmo::bem::fmm {
+namespace {
+
+using Complex = std::complex<double>;
+using Transfer = FarfieldTransfer<LaplaceFundSol<3>>;
+using Family = RotationTable::Family;
+using Angles = std::array<std::pair<double, double>, 8>;
+
+constexpr double kSteep = 0.9553166181245093;  // arccos(3^(-1/2))
+constexpr double kFlat = 2.186276035465284;    // pi - kSteep
+constexpr double kQuarter = 0.7853981633974483;
+constexpr double kThreeQuarters = 2.356194490192345;
+
+/// Polar angle and azimuth from a parent's centre to child k.
+constexpr Angles kParentToChild{{{kFlat, -kThreeQuarters},
+                                 {kFlat, -kQuarter},
+                                 {kFlat, kThreeQuarters},
+                                 {kFlat, kQuarter},
+                                 {kSteep, -kThreeQuarters},
+                                 {kSteep, -kQuarter},
+                                 {kSteep, kThreeQuarters},
+                                 {kSteep, kQuarter}}};
+
+/// From child k to the parent: the direction to the opposite child.
+constexpr Angles reversed(const Angles& angles) {
+  Angles result = angles;
+  std::reverse(result.begin(), result.end());
+  return result;
+}
+constexpr Angles kChildToParent = reversed(kParentToChild);
+
+u64 checkedDegree(u64 degree) {
+  if (degree > Transfer::kMaxDegree)
+    throw utility::RuntimeError("The FMM expansion degree must be <= " +
+                                std::to_string(Transfer::kMaxDegree));
+  return degree;
+}
+
+TranslationStep makeStep(const RotationTable& table, double theta, double phi, Family forward,
+                         Family backward) {
+  const FoldedRotation& f = table.matrices(forward, theta);
+  const FoldedRotation& b = table.matrices(backward, theta);
+  return {f.real.data(),
+          f.imaginary.data(),
+          b.real.data(),
+          b.imaginary.data(),
+          table.phases(phi).nonNegative(),
+          nullptr};
+}
+
+std::array<TranslationStep, 8> childSteps(const RotationTable& table, const Angles& angles,
+                                          Family forward, Family backward) {
+  std::array<TranslationStep, 8> steps;
+  for (std::size_t k = 0; k < 8; ++k)
+    steps[k] = makeStep(table, angles[k].first, angles[k].second, forward, backward);
+  return steps;
+}
+
+/// Collects pairs of expansions for one step and translates them eight at a time.
+class Batcher {
+ public:
+  using Loop = void (*)(u64, const TranslationStep&, const ExpansionBatch&, double*);
+
+  Batcher(Loop loop, u64 degree)
+      : loop_(loop), degree_(degree), scratch_(translationScratch(degree)) {}
+
+  void add(const TranslationStep& step, const Complex* from, Complex* to) {
+    if (step_ != &step || batch_.count == math::kNumLanes) flush();
+    step_ = &step;
+    batch_.from[batch_.count] = from;
+    batch_.to[batch_.count] = to;
+    ++batch_.count;
+  }
+
+  void flush() {
+    if (batch_.count > 0) loop_(degree_, *step_, batch_, scratch_.data());
+    batch_.count = 0;
+  }
+
+ private:
+  Loop loop_;
+  u64 degree_;
+  std::vector<double> scratch_;
+  const TranslationStep* step_ = nullptr;
+  ExpansionBatch batch_;
+};
+
+std::array<TranslationStep, 8> withFactors(std::array<TranslationStep, 8> steps,
+                                           const std::vector<double>& factors) {
+  for (TranslationStep& step : steps) step.factors = factors.data();
+  return steps;
+}
+
+}  // namespace
+
+Transfer::FarfieldTransfer(const LaplaceFundSol<3>& /*kernel*/, u64 degree, double rootSize)
+    : degreeOf([degree](bits::Morton) { return degree; }),
+      degree_(checkedDegree(degree)),
+      rootSize_(rootSize),
+      childToParent_(degree, kParentToChild),
+      conversions_(degree),
+      parentToChild_(degree, kChildToParent),
+      childSteps_(childSteps(childToParent_, kParentToChild, Family::ForwardMultipole,
+                             Family::BackwardMultipole)),
+      parentSteps_(
+          childSteps(parentToChild_, kChildToParent, Family::ForwardLocal, Family::BackwardLocal)),
+      directions_(TransferPlan::kNumDirections) {
+  for (u64 d = 0; d < TransferPlan::kNumDirections; ++d) {
+    const auto [x, y, z] = TransferPlan::offsetOf(d);
+    if (x == 0 && y == 0 && z == 0) continue;
+    directions_[d].step =
+        makeStep(conversions_, std::atan2(std::sqrt(x * x + y * y), z), std::atan2(y, x),
+                 Family::ForwardMultipole, Family::BackwardLocal);
+    directions_[d].squaredLength = static_cast<u64>(x * x + y * y + z * z);
+  }
+}
+
+/// (sign r)^j / j! for j = 0 to p; r is the distance from a box of `level` to its children.
+std::vector<double> Transfer::shiftFactors(u64 level, double sign) const {
+  const double r =
+      std::pow(0.5, static_cast<double>(level)) * 1.7320508075688772 * 0.25 * rootSize_;
+  std::vector<double> factors(degree_ + 1, 1.0);
+  for (u64 j = 1; j <= degree_; ++j)
+    factors[j] = factors[j - 1] * (sign * r / static_cast<double>(j));
+  return factors;
+}
+
+/// k! / r^(k+1) for k = 0 to 2p.
+std::vector<double> Transfer::conversionFactors(double distance) const {
+  std::vector<double> factors(2 * degree_ + 1, 1.0 / distance);
+  for (u64 k = 1; k <= 2 * degree_; ++k)
+    factors[k] = factors[k - 1] * (static_cast<double>(k) / distance);
+  return factors;
+}
+
+void Transfer::m2m(u64 level, u64 /*degree*/, std::span<const ConstView, 8> children,
+                   View parent) const {
+  const std::vector<double> factors = shiftFactors(level, 1.0);
+  const auto steps = withFactors(childSteps_, factors);
+  Batcher batcher(expansionKernel().multipoleToMultipole, degree_);
+  for (std::size_t k = 0; k < 8; ++k) {
+    for (u64 c = 0; c < children[k].cols; ++c)
+      batcher.add(steps[k], children[k].column(c).data, parent.column(c).data);
+    batcher.flush();
+  }
+}
+
+void Transfer::l2l(u64 level, u64 /*degree*/, ConstView parent,
+                   std::span<const View, 8> children) const {
+  const std::vector<double> factors = shiftFactors(level, -1.0);
+  const auto steps = withFactors(parentSteps_, factors);
+  Batcher batcher(expansionKernel().localToLocal, degree_);
+  for (std::size_t k = 0; k < 8; ++k) {
+    for (u64 c = 0; c < children[k].cols; ++c)
+      batcher.add(steps[k], parent.column(c).data, children[k].column(c).data);
+    batcher.flush();
+  }
+}
+
+void Transfer::m2l(ConstView source, const std::array<double, 3>& shift, View result) const {
+  const auto [x, y, z] = shift;
+  const double a = y * y + x * x;
+  const double theta = std::atan2(std::sqrt(a), z);
+  const double phi = std::atan2(y, x);
+  if (!conversions_.registered(theta, phi))
+    throw utility::RuntimeError(
+        io::format("The rotation associated to shift c = [{:f}, {:f}, {:f}], phi = {:f}, theta = "
+                   "{:f} is not registered",
+                   x, y, z, phi, theta));
+  const std::vector<double> factors = conversionFactors(std::sqrt(z * z + a));
+  TranslationStep step =
+      makeStep(conversions_, theta, phi, Family::ForwardMultipole, Family::BackwardLocal);
+  step.factors = factors.data();
+  Batcher batcher(expansionKernel().multipoleToLocal, degree_);
+  for (u64 c = 0; c < source.cols; ++c)
+    batcher.add(step, source.column(c).data, result.column(c).data);
+  batcher.flush();
+}
+
+void Transfer::m2mLevel(Tree& tree, u64 level) const {
+  const std::vector<double> factors = shiftFactors(level, 1.0);
+  const auto steps = withFactors(childSteps_, factors);
+  const auto& links = tree.links();
+  Batcher batcher(expansionKernel().multipoleToMultipole, degree_);
+  for (unsigned k = 0; k < 8; ++k) {
+    for (u64 b = tree.levelBegins()[level]; b < tree.levelBegins()[level + 1]; ++b) {
+      const auto box = static_cast<tree::BoxIndex>(b);
+      if ((links.childMask[box] >> k & 1U) == 0) continue;
+      const auto& child = tree.boxes[links.child(box, k)];
+      if (!child.hasSources()) continue;
+      for (u64 c = 0; c < child.multipole.cols; ++c)
+        batcher.add(steps[k], child.multipole.column(c).data,
+                    tree.boxes[box].multipole.column(c).data);
+    }
+    batcher.flush();
+  }
+}
+
+void Transfer::l2lLevel(Tree& tree, u64 level) const {
+  const std::vector<double> factors = shiftFactors(level, -1.0);
+  const auto steps = withFactors(parentSteps_, factors);
+  const auto& links = tree.links();
+  Batcher batcher(expansionKernel().localToLocal, degree_);
+  for (unsigned k = 0; k < 8; ++k) {
+    for (u64 b = tree.levelBegins()[level]; b < tree.levelBegins()[level + 1]; ++b) {
+      const auto box = static_cast<tree::BoxIndex>(b);
+      if ((links.childMask[box] >> k & 1U) == 0) continue;
+      auto& child = tree.boxes[links.child(box, k)];
+      if (!child.hasTargets()) continue;
+      for (u64 c = 0; c < child.local.cols; ++c)
+        batcher.add(steps[k], tree.boxes[box].local.column(c).data, child.local.column(c).data);
+    }
+    batcher.flush();
+  }
+}
+
+void Transfer::m2lConversion(Tree& tree, const TransferPlan& plan) const {
+  // Factors by level and squared length of the offset, both small numbers.
+  constexpr u64 kLengths = 3 * TransferPlan::kReach * TransferPlan::kReach + 1;
+  const u64 numFactors = 2 * degree_ + 1;
+  std::vector<double> factors(tree.numLevels * kLengths * numFactors);
+  for (u64 level = 0; level < tree.numLevels; ++level) {
+    const double boxSize = std::ldexp(rootSize_, -static_cast<int>(level));
+    for (u64 length = 1; length < kLengths; ++length)
+      std::ranges::copy(
+          conversionFactors(std::sqrt(static_cast<double>(length)) * boxSize),
+          factors.begin() + static_cast<std::ptrdiff_t>((level * kLengths + length) * numFactors));
+  }
+  const auto run = [&](const TransferPlan::Task& task) {
+    convert(tree, plan, task,
+            std::span(factors).subspan(task.level * kLengths * numFactors, kLengths * numFactors));
+  };
+  thread::internal_::parallelForTP(plan.tasks.begin(), plan.tasks.end(), run);
+}
+
+void Transfer::convert(Tree& tree, const TransferPlan& plan, const TransferPlan::Task& task,
+                       std::span<const double> factorsOfLevel) const {
+  const u64 numFactors = 2 * degree_ + 1;
+  Batcher batcher(expansionKernel().multipoleToLocal, degree_);
+  TranslationStep step;
+  std::uint32_t direction = TransferPlan::kNumDirections;
+  for (u64 i = task.firstPair; i < task.endPair; ++i) {
+    const TransferPlan::Pair& pair = plan.pairs[i];
+    if (pair.direction != direction) {
+      batcher.flush();
+      direction = pair.direction;
+      step = directions_[direction].step;
+      step.factors = factorsOfLevel.data() + directions_[direction].squaredLength * numFactors;
+    }
+    const auto& source = tree.boxes[pair.source].multipole;
+    const auto& target = tree.boxes[pair.target].local;
+    for (u64 c = 0; c < source.cols; ++c)
+      batcher.add(step, source.column(c).data, target.column(c).data);
+  }
+  batcher.flush();
+}
+
+}  // namespace velmo::bem::fmm

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "fmm/DegreeMatrices.hpp"
+#include "io/Types.hpp"
+
+namespace velmo::bem::fmm {
+
+/// d(n)(k, j) of the rotation by `angle` in (0, pi/2] about y, 0 <= k <= n and -n <= j <= n, by the
+/// stable recursions from the last column and the last row.
+/// Source: Gumerov and Duraiswami (2014), on recursions for rotation coefficients; here from the
+/// closed form of the last column, d(n)(k, n) = (-1)^(n+k) binomial(2n, n+k)^(1/2) (1+c)^k s^(n-k)
+/// / 2^n with c and s the cosine and sine of the angle.
+/// @throws utility::RuntimeError "SmallDImpl()::theta is out of bounds"
+[[nodiscard]] DegreeMatrices smallDImpl(u64 degree, double angle);
+
+/// The same for any angle in [0, 2 pi), from the values in (0, pi/2] by symmetry.
+class SmallWignerD {
+ public:
+  /// @throws utility::RuntimeError "SmallWignerD::initialize_(): Angle (th=<angle>) is not in [0,2
+  ///         Pi)"
+  SmallWignerD(u64 degree, double angle);
+
+  [[nodiscard]] u64 degree() const noexcept { return matrices_.degree(); }
+  [[nodiscard]] double angle() const noexcept { return angle_; }
+
+  /// d(n)(a, j), 0 <= a <= n and -n <= j <= n.
+  [[nodiscard]] double operator()(u64 n, u64 a, std::int64_t j) const noexcept {
+    return matrices_(n, a, j);
+  }
+
+ private:
+  void initialize_();
+
+  double angle_;
+  DegreeMatrices matrices_;
+};
+
+}  // namespace velmo::bem::fmm

@@ -1,0 +1,81 @@
+#include "fmm/TargetOperators.hpp"
+
+#include "io/Exception.hpp"
+
+namespace velmo::bem::fmm {
+namespace {
+
+constexpr double kOneOverFourPi = 0.07957747154594767;
+
+u64 checkedDegree(u64 degree) {
+  if (degree < 2) throw utility::RuntimeError("Expansion degree must be >= 2");
+  return degree;
+}
+
+}  // namespace
+
+TargetOperators::TargetOperators(const velmo::fmm::FmmTree& tree, u64 degree)
+    : table_(checkedDegree(degree)), higherTable_(degree + 1) {
+  const std::span<const double> coordinates = tree.targetCoordinates();
+  for (u64 t = 0; t < tree.numTargets(); ++t) {
+    x_.push_back(coordinates[3 * t]);
+    y_.push_back(coordinates[3 * t + 1]);
+    z_.push_back(coordinates[3 * t + 2]);
+  }
+  const auto& boxes = tree.tree();
+  std::vector<double> costs;
+  for (const tree::BoxIndex leaf : boxes.nonHaloLeafPositions()) {
+    if (!boxes.boxes[leaf].hasTargets()) continue;
+    if (!leaves_.empty() && leaves_.back() >= leaf)
+      throw utility::RuntimeError("Failed to insert regular operator");
+    leaves_.push_back(leaf);
+    const auto numExpansions =
+        static_cast<double>(1 + boxes.boxes[leaf].positions(tree::ListKind::W).size());
+    costs.push_back(numExpansions * static_cast<double>(boxes.targetRanges()[leaf].count));
+  }
+  tasks_ = makeLeafTasks(costs);
+}
+
+void TargetOperators::apply(const velmo::fmm::FmmTree& tree, u64 potentialColumn,
+                            u64 gradientColumn, std::span<double> potential,
+                            std::span<double> field) const {
+  runLeafTasks(tasks_, [&](LeafTask task) {
+    DerivedExpansion expansion(table_.degree());
+    std::vector<double> sums;
+    for (u64 i = task.first; i < task.end; ++i)
+      applyToLeaf(tree, leaves_[i], potentialColumn, gradientColumn, expansion, sums, potential,
+                  field);
+  });
+}
+
+void TargetOperators::applyToLeaf(const velmo::fmm::FmmTree& tree, tree::BoxIndex leaf,
+                                  u64 potentialColumn, u64 gradientColumn,
+                                  DerivedExpansion& expansion, std::vector<double>& sums,
+                                  std::span<double> potential, std::span<double> field) const {
+  const auto& boxes = tree.tree();
+  const ExpansionKernel& kernel = expansionKernel();
+  const double* const centres = tree.centres().data();
+  const auto [first, n] = boxes.targetRanges()[leaf];
+  const ExpansionPoints points{x_.data() + first, y_.data() + first, z_.data() + first, n};
+  sums.assign(4 * n, 0.0);
+  const ExpansionSums out{sums.data(), sums.data() + n, sums.data() + 2 * n, sums.data() + 3 * n};
+
+  const auto& local = boxes.boxes[leaf].local;
+  expansion.setLocal(local.column(potentialColumn).values(), local.column(gradientColumn).values());
+  kernel.localToPoints(table_, expansion, centres + 3 * u64{leaf}, kOneOverFourPi, points, out);
+  for (const tree::BoxIndex box : boxes.boxes[leaf].positions(tree::ListKind::W)) {
+    const auto& multipole = boxes.boxes[box].multipole;
+    expansion.setMultipole(multipole.column(potentialColumn).values(),
+                           multipole.column(gradientColumn).values());
+    kernel.multipoleToPoints(higherTable_, expansion, centres + 3 * u64{box}, kOneOverFourPi,
+                             points, out);
+  }
+  for (u64 t = 0; t < n; ++t) {
+    potential[first + t] += out.potential[t];
+    field[3 * (first + t)] += out.gradientX[t];
+    field[3 * (first + t) + 1] += out.gradientY[t];
+    field[3 * (first + t) + 2] += out.gradientZ[t];
+  }
+}
+
+}  // namespace velmo::bem::fmm

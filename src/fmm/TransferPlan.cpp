@@ -1,0 +1,47 @@
+#include "fmm/TransferPlan.hpp"
+
+#include <algorithm>
+
+#include "bits/MortonGrid.hpp"
+
+namespace velmo::bem::fmm {
+namespace {
+
+/// Pairs that one task takes at least, as long as its level has them: enough to fill the lanes of
+/// most directions, few enough to share the work evenly.
+constexpr u64 kPairsPerTask = 8192;
+
+std::uint32_t directionBetween(bits::Morton target, bits::Morton source) {
+  const bits::GridPosition t = bits::decode(target);
+  const bits::GridPosition s = bits::decode(source);
+  const auto step = [](u64 from, u64 to) {
+    return static_cast<int>(static_cast<std::int64_t>(to) - static_cast<std::int64_t>(from));
+  };
+  return TransferPlan::directionNumber(step(t.x, s.x), step(t.y, s.y), step(t.z, s.z));
+}
+
+}  // namespace
+
+TransferPlan::TransferPlan(const tree::SrcTrgTree<velmo::fmm::Box<3>>& tree) {
+  const auto& ids = tree.links().ids;
+  const auto closeTask = [this](u64 level) {
+    const u64 first = tasks.empty() ? 0 : tasks.back().endPair;
+    if (pairs.size() == first) return;
+    // Within a direction the targets stay in ascending order.
+    std::stable_sort(pairs.begin() + static_cast<std::ptrdiff_t>(first), pairs.end(),
+                     [](const Pair& a, const Pair& b) { return a.direction < b.direction; });
+    tasks.push_back({first, pairs.size(), level});
+  };
+  for (u64 level = 0; level < tree.numLevels; ++level) {
+    for (u64 box = tree.levelBegins()[level]; box < tree.levelBegins()[level + 1]; ++box) {
+      const auto target = static_cast<tree::BoxIndex>(box);
+      for (const tree::BoxIndex source : tree.boxes[box].positions(tree::ListKind::V))
+        pairs.push_back({target, source, directionBetween(ids[target], ids[source])});
+      if (pairs.size() - (tasks.empty() ? 0 : tasks.back().endPair) >= kPairsPerTask)
+        closeTask(level);
+    }
+    closeTask(level);
+  }
+}
+
+}  // namespace velmo::bem::fmm

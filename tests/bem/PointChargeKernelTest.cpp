@@ -1,0 +1,147 @@
+#include "bem/PointChargeKernel.hpp"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <limits>
+#include <random>
+#include <vector>
+
+#include "math/InstructionSet.hpp"
+#include "math/LaneCount.hpp"
+
+namespace velmo::bem {
+namespace {
+
+constexpr double kEps = std::numeric_limits<double>::epsilon();
+
+/// The kernels that this machine can run.
+std::vector<const PointChargeKernel*> runnableKernels() {
+  std::vector<const PointChargeKernel*> kernels{&detail_::kPointChargeBaseline};
+  if (math::instructionSet() != math::InstructionSet::Baseline)
+    kernels.push_back(&detail_::kPointChargeAvx2);
+  if (math::instructionSet() == math::InstructionSet::Avx512)
+    kernels.push_back(&detail_::kPointChargeAvx512);
+  return kernels;
+}
+
+/// Random charges and targets in the unit cube, with sums that start at 1.
+struct Scene {
+  Scene(u64 numCharges, u64 numTargets)
+      : count(math::paddedToLanes(numTargets)),
+        charges(5, std::vector<double>(numCharges)),
+        targets(3, std::vector<double>(count)),
+        sums(4, std::vector<double>(count, 1.0)) {
+    std::mt19937_64 random(numCharges * 1000 + numTargets);
+    std::uniform_real_distribution<double> uniform(-1.0, 1.0);
+    for (auto& row : charges)
+      for (double& v : row) v = uniform(random);
+    for (auto& row : targets)
+      for (double& v : row) v = uniform(random);
+  }
+
+  [[nodiscard]] PointCharges pointCharges() const {
+    return {charges[0].data(), charges[1].data(), charges[2].data(),
+            charges[3].data(), charges[4].data(), charges[0].size()};
+  }
+  [[nodiscard]] TargetLanes targetLanes() {
+    return {targets[0].data(), targets[1].data(), targets[2].data(), sums[0].data(),
+            sums[1].data(),    sums[2].data(),    sums[3].data(),    count};
+  }
+
+  /// The sums at target t and, behind them, the sums of the magnitudes of all terms.
+  [[nodiscard]] std::array<long double, 8> exactSums(u64 t) const {
+    std::array<long double, 8> sum{1.0L, 1.0L, 1.0L, 1.0L, 1.0L, 1.0L, 1.0L, 1.0L};
+    for (u64 q = 0; q < charges[0].size(); ++q) {
+      std::array<long double, 3> d{};
+      for (u64 c = 0; c < 3; ++c) d[c] = static_cast<long double>(targets[c][t]) - charges[c][q];
+      const long double r = std::sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
+      sum[0] += charges[3][q] / r;
+      sum[4] += std::abs(charges[3][q]) / r;
+      for (u64 c = 0; c < 3; ++c) {
+        sum[1 + c] -= charges[4][q] * d[c] / (r * r * r);
+        sum[5 + c] += std::abs(charges[4][q]) / (r * r);
+      }
+    }
+    return sum;
+  }
+
+  void expectExact(u64 t) const {
+    const auto exact = exactSums(t);
+    for (u64 c = 0; c < 4; ++c)
+      EXPECT_NEAR(sums[c][t], static_cast<double>(exact[c]),
+                  8 * kEps * static_cast<double>(exact[c + 4]))
+          << "target " << t << " sum " << c;
+  }
+
+  u64 count;
+  std::vector<std::vector<double>> charges;
+  std::vector<std::vector<double>> targets;
+  std::vector<std::vector<double>> sums;
+};
+
+TEST(PointChargeKernel, AgreesWithLongDoubleAtAllLengthsAroundTheVectorWidth) {
+  for (const PointChargeKernel* const kernel : runnableKernels()) {
+    for (const u64 numTargets : {u64{1}, u64{8}, u64{9}, u64{16}, u64{17}, u64{66}}) {
+      for (const u64 numCharges : {u64{0}, u64{1}, u64{7}, u64{50}}) {
+        Scene scene(numCharges, numTargets);
+
+        kernel->add(scene.pointCharges(), scene.targetLanes());
+
+        for (u64 t = 0; t < scene.count; ++t) scene.expectExact(t);
+      }
+    }
+  }
+}
+
+TEST(PointChargeKernel, AddsToMarkedTargetsOnly) {
+  for (const PointChargeKernel* const kernel : runnableKernels()) {
+    Scene scene(7, 24);
+    const std::array<std::uint8_t, 3> mask{0b10100101, 0, 0xff};
+
+    kernel->addMasked(scene.pointCharges(), scene.targetLanes(), mask.data());
+
+    for (u64 t = 0; t < scene.count; ++t) {
+      if ((mask[t / 8] >> (t % 8) & 1U) != 0)
+        scene.expectExact(t);
+      else
+        EXPECT_EQ(scene.sums[0][t], 1.0) << t;
+    }
+  }
+}
+
+TEST(PointChargeKernel, GivesInfinityAtACoincidingTargetAndSparesItsNeighbours) {
+  for (const PointChargeKernel* const kernel : runnableKernels()) {
+    Scene scene(7, 16);
+    for (u64 c = 0; c < 3; ++c) scene.targets[c][3] = scene.charges[c][5];
+
+    kernel->add(scene.pointCharges(), scene.targetLanes());
+
+    EXPECT_TRUE(std::isinf(scene.sums[0][3]));
+    EXPECT_TRUE(std::isnan(scene.sums[1][3]));
+    for (u64 t = 0; t < scene.count; ++t)
+      if (t != 3) scene.expectExact(t);
+  }
+}
+
+TEST(PointChargeKernel, MarksTargetsAtTheLimitAsFar) {
+  for (const PointChargeKernel* const kernel : runnableKernels()) {
+    Scene scene(0, 16);
+    const SizedPoint centre{0.25, 0.0, 0.0, 0.5};
+    for (u64 t = 0; t < 16; ++t) {
+      scene.targets[0][t] = 0.25 + 0.125 * static_cast<double>(t);
+      scene.targets[1][t] = scene.targets[2][t] = 0.0;
+    }
+    std::array<std::uint8_t, 2> mask{};
+
+    EXPECT_TRUE(kernel->markFar(scene.targetLanes(), centre, 1.5, mask.data()));
+    // The ratio of target t is t / 4, so target 6 lies exactly at 1.5.
+    EXPECT_EQ(mask[0], 0b11000000);
+    EXPECT_EQ(mask[1], 0xff);
+    EXPECT_FALSE(kernel->markFar(scene.targetLanes(), {-9.0, 0.0, 0.0, 0.5}, 1.5, mask.data()));
+  }
+}
+
+}  // namespace
+}  // namespace velmo::bem
