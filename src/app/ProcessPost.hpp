@@ -1,0 +1,23 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <tuple>
+
+#include "comm/Comm.hpp"
+#include "conf/ESProblem.hpp"
+#include "grid/GridData.hpp"
+
+namespace orvanta {
+
+/// Evaluates the potential and the field of the solution at all points and writes the result file.
+///
+/// @param points point cloud in the order of the input
+/// @return the result file and an empty path, the place of a second file
+/// @throws velmo::utility::RuntimeError "FE-orders don't match between solution file and  settings
+///         file: <file's> != <settings'>"; what the reader of the solution throws
+std::tuple<std::filesystem::path, std::filesystem::path> processPost(
+    std::string solutionPath, const velmo::grid::GridData& points,
+    const velmo::conf::ESProblem& problem, velmo::comm::Comm comm);
+
+}  // namespace orvanta

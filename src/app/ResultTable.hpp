@@ -1,0 +1,28 @@
+#pragma once
+
+#include <filesystem>
+#include <span>
+#include <string>
+
+#include "grid/GridData.hpp"
+
+namespace orvanta {
+
+/// Writes the table of all points with potential and field to `basename` + ".csv": a head line,
+/// then a row per point in input order, seven numbers of 17 digits each.
+///
+/// A file that can't be opened or written is passed over without a word.
+///
+/// @param potential shape (numNodes)
+/// @param field     shape (numNodes, 3): the gradient of the potential with its own sign
+/// @return the path of the file
+/// @throws std::out_of_range "invalid vector subscript" for lists shorter than the points
+std::filesystem::path writeResults(const std::string& basename, const velmo::grid::GridData& points,
+                                   std::span<const double> potential,
+                                   std::span<const double> field);
+
+/// Reports the ranges of the potential and of each component of the field, and the greatest
+/// magnitude of the field. Values that are no numbers are passed over.
+void reportExtrema(std::span<const double> potential, std::span<const double> field);
+
+}  // namespace orvanta
