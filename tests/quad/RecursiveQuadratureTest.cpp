@@ -1,0 +1,188 @@
+#include "quad/RecursiveQuadrature.hpp"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <limits>
+#include <random>
+#include <vector>
+
+#include "grid/ElementTypes.hpp"
+#include "grid/TopologyOf.hpp"
+#include "io/Exception.hpp"
+#include "support/ExpectThrow.hpp"
+
+namespace velmo::quad {
+namespace {
+
+constexpr double kEps = std::numeric_limits<double>::epsilon();
+
+using topo::ReferenceType;
+using Point = std::array<double, 3>;
+
+/// One element with the nodes of its reference element in the plane z = 0.
+class FlatElement {
+ public:
+  explicit FlatElement(u64 type) {
+    const ReferenceType shape = grid::referenceTypeOf(type);
+    const topo::NodePoints nodes = topo::nodePoints(shape, 1);
+    data_.numElements = 1;
+    data_.numNodes = nodes.count;
+    data_.elementTypes = {type};
+    data_.elementTags = {0};
+    data_.offsets = {0, nodes.count};
+    for (u64 k = 0; k < nodes.count; ++k) {
+      data_.nodeIds.push_back(k);
+      data_.connectivity.push_back(k);
+      data_.coordinates.insert(data_.coordinates.end(),
+                               {nodes.points[2 * k], nodes.points[2 * k + 1], 0.0});
+    }
+  }
+
+  [[nodiscard]] grid::ElementGeometry geometry() const {
+    return grid::surfaceGeometry(data_).element(data_.connectivity, 0);
+  }
+
+ private:
+  grid::GridData data_;
+};
+
+double referenceArea(ReferenceType shape) { return shape == ReferenceType::Triangle ? 0.5 : 1.0; }
+
+/// On the element, on its edge, close, at a distance of one size and far.
+const std::array<Point, 6> kTargets{{{0.6, 0.3, 0.0},
+                                     {1.0, 0.5, 0.0},
+                                     {0.61, 0.29, 1e-3},
+                                     {0.5, 0.2, 0.3},
+                                     {0.6, 0.3, 1.0},
+                                     {9.0, -4.0, 2.0}}};
+
+TEST(CellMap, PutsTheChildrenAtVerticesAndInTheMiddle) {
+  struct Case {
+    ReferenceType shape;
+    CellCode code;
+    std::array<double, 2> imageOfOrigin;
+    double factor;
+  };
+  for (const Case& c :
+       {Case{ReferenceType::Triangle, 1, {0.0, 0.0}, 1.0},
+        Case{ReferenceType::Triangle, 4, {0.0, 0.0}, 0.5},
+        Case{ReferenceType::Triangle, 5, {0.5, 0.0}, 0.5},
+        Case{ReferenceType::Triangle, 6, {1.0, 0.5}, -0.5},
+        Case{ReferenceType::Triangle, 7, {0.5, 0.5}, 0.5},
+        Case{ReferenceType::Triangle, 4 * 6 + 1, {0.75, 0.5}, -0.25},
+        Case{ReferenceType::Quadrilateral, 4 * (4 * 5 + 2) + 3, {0.625, 0.375}, 0.125}}) {
+    const CellMap map = cellMap(c.shape, c.code);
+
+    EXPECT_EQ(map.mapX(0.0, 0.0), c.imageOfOrigin[0]) << c.code;
+    EXPECT_EQ(map.mapY(0.0, 0.0), c.imageOfOrigin[1]) << c.code;
+    EXPECT_EQ(map.a00, c.factor) << c.code;
+    EXPECT_EQ(map.determinant(), c.factor * c.factor) << c.code;
+  }
+}
+
+/// Each random point of the reference element lies in exactly one cell of every result.
+TEST(RecursiveQuadrature, TilesTheElementWithoutOverlap) {
+  for (const u64 type : {203, 304}) {
+    const grid::ElementGeometry element = FlatElement(type).geometry();
+    RecursiveQuadrature rule(5, 1.0, 5);
+    for (const Point& target : kTargets) {
+      rule.initialize(target, element);
+
+      std::mt19937_64 random(3);
+      std::uniform_real_distribution<double> uniform(0.0, 1.0);
+      for (int sample = 0; sample < 200; ++sample) {
+        const double x = uniform(random);
+        const double y = uniform(random) * (type == 203 ? x : 1.0);
+        int holders = 0;
+        for (const CellCode code : rule.cells()) {
+          const CellMap map = cellMap(element.shape(), code);
+          const double u = (x - map.tx) / map.a00;
+          const double v = (y - map.ty) / map.a11;
+          const bool inside = type == 203 ? (0.0 < v && v < u && u < 1.0)
+                                          : (0.0 < u && u < 1.0 && 0.0 < v && v < 1.0);
+          holders += inside ? 1 : 0;
+        }
+        EXPECT_EQ(holders, 1) << "type " << type << " at " << x << ", " << y;
+      }
+    }
+  }
+}
+
+TEST(RecursiveQuadrature, KeepsTheAreaAndTheBoundOnCells) {
+  for (const u64 type : {203, 304}) {
+    const grid::ElementGeometry element = FlatElement(type).geometry();
+    for (const double minRelDist : {0.5, 1.0, 2.0, 1e9}) {
+      for (const u64 maxLevel : {0, 3, 5}) {
+        RecursiveQuadrature rule(5, minRelDist, maxLevel);
+        for (const Point& target : kTargets) {
+          rule.initialize(target, element);
+
+          double sum = 0.0;
+          for (const double weight : rule.weights()) sum += weight;
+          // One rounding per addition, and the tables' 15 digits.
+          EXPECT_NEAR(sum, referenceArea(element.shape()),
+                      kEps * static_cast<double>(16 + rule.numPoints()));
+          EXPECT_LE(rule.cells().size(), u64{1} << (2 * maxLevel));
+          EXPECT_EQ(rule.numPoints() * 2, rule.points().size());
+          if (minRelDist == 1e9) EXPECT_EQ(rule.cells().size(), u64{1} << (2 * maxLevel));
+        }
+        EXPECT_TRUE(rule.initialized());
+        if (minRelDist <= 2.0) EXPECT_EQ(rule.cells().size(), 1U);  // the last target is far away
+      }
+    }
+  }
+}
+
+/// A target at the image of the barycentre stays at the centre of the inverted child of every
+/// level.
+TEST(RecursiveQuadrature, RefinesOnlyTheInnermostChildForACentredTarget) {
+  const grid::ElementGeometry element = FlatElement(203).geometry();
+  // The three outer children of each level have their centres 2/3 of a vertex distance away.
+  RecursiveQuadrature rule(1, 0.4, 5);
+
+  rule.initialize({2.0 / 3.0, 1.0 / 3.0, 0.0}, element);
+
+  EXPECT_EQ(rule.cells().size(), 4U + 4U * 3U);
+  std::array<int, 6> cellsOfLevel{};
+  for (const CellCode code : rule.cells()) ++cellsOfLevel[cellLevel(code)];
+  EXPECT_EQ(cellsOfLevel, (std::array<int, 6>{0, 3, 3, 3, 3, 4}));
+}
+
+/// int over the unit square of 1/|x - y| for x above its centre, from the closed form of a
+/// rectangle.
+TEST(RecursiveQuadrature, ConvergesToAnAlmostSingularIntegral) {
+  const grid::ElementGeometry element = FlatElement(304).geometry();
+  const double z = 0.05;
+  // Four rectangles of sides 1/2: a ln terms minus z times an angle each.
+  const double a = 0.5;
+  const double r = std::sqrt(2.0 * a * a + z * z);
+  const double s = std::sqrt(a * a + z * z);
+  const double exact = 4.0 * (2.0 * a * std::log((a + r) / s) - z * std::atan(a * a / (z * r)));
+  double previous = std::numeric_limits<double>::infinity();
+  for (const u64 order : {1, 3, 5, 9}) {
+    RecursiveQuadrature rule(order, 1.0, 5);
+
+    rule.initialize({0.5, 0.5, z}, element);
+
+    double sum = 0.0;
+    for (u64 q = 0; q < rule.numPoints(); ++q)
+      sum += rule.weights()[q] /
+             std::hypot(rule.points()[2 * q] - 0.5, rule.points()[2 * q + 1] - 0.5, z);
+    const double error = std::abs(sum / exact - 1.0);
+    EXPECT_LT(error, 0.2 * previous) << "order " << order;
+    previous = error;
+  }
+  EXPECT_LT(previous, 1e-8);
+}
+
+TEST(RecursiveQuadrature, RefusesOrderZero) {
+  test::expectThrow<utility::RuntimeError>([] { RecursiveQuadrature(0, 1.0, 5); },
+                                           "0-th order not allowed");
+  test::expectThrow<utility::RuntimeError>([] { (void)cellMap(ReferenceType::Line, 1); },
+                                           "Reference element is not a surface element");
+}
+
+}  // namespace
+}  // namespace velmo::quad
