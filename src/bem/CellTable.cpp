@@ -1,22 +1,38 @@
 #include "bem/CellTable.hpp"
 
 #include <algorithm>
+#include <string>
 
 #include "grid/ElementTypes.hpp"
 #include "grid/GeometricBasis.hpp"
+#include "io/Exception.hpp"
 #include "math/LaneCount.hpp"
 #include "quad/CellMap.hpp"
 
 namespace velmo::bem {
 namespace {
 
-/// Copies `numRows` rows of `numPoints` values to rows of `numLanes`, repeating the last point so
-/// that the padding holds harmless values.
-void padRows(const double* from, u64 numRows, u64 numPoints, double* to, u64 numLanes) {
-  for (u64 row = 0; row < numRows; ++row, from += numPoints, to += numLanes) {
-    std::copy_n(from, numPoints, to);
-    std::fill(to + numPoints, to + numLanes, from[numPoints - 1]);
+/// A table that would need more is not meant: orders of a file or of settings gone wrong.
+constexpr u64 kMaxTableBytes = u64{1} << 30;
+
+/// Copies rows of `numPoints` values to rows of `numLanes`, repeating the last point so that the
+/// padding holds harmless values.
+/// @return the place behind the last row
+double* padRows(std::span<const double> from, u64 numPoints, double* to, u64 numLanes) {
+  for (u64 first = 0; first < from.size(); first += numPoints, to += numLanes) {
+    std::copy_n(from.data() + first, numPoints, to);
+    std::fill(to + numPoints, to + numLanes, from[first + numPoints - 1]);
   }
+  return to;
+}
+
+/// Calls `visit(cell, code)` for the cells of all levels, level after level.
+template <class Visit>
+void forEachCell(u64 maxLevel, const Visit& visit) {
+  u64 cell = 0;
+  for (u64 level = 0; level <= maxLevel; ++level)
+    for (u64 code = u64{1} << (2 * level); code < u64{2} << (2 * level); ++code)
+      visit(cell++, code);
 }
 
 }  // namespace
@@ -25,65 +41,81 @@ CellTable::CellTable(u64 typeCode, const quad::QuadratureInterface<2>& rule,
                      const fe::ShapeFunList<2, 3>& forPotential,
                      const fe::ShapeFunList<2, 3>& forGradient, u64 maxLevel)
     : maxLevel_(maxLevel), numCells_(((u64{4} << (2 * maxLevel)) - 1) / 3) {
+  layOut(typeCode, rule, forPotential, forGradient);
+  fillCentres(typeCode);
+  fillTable(typeCode, rule, forPotential, forGradient);
+}
+
+void CellTable::layOut(u64 typeCode, const quad::QuadratureInterface<2>& rule,
+                       const fe::ShapeFunList<2, 3>& forPotential,
+                       const fe::ShapeFunList<2, 3>& forGradient) {
+  const topo::ReferenceType kind = grid::referenceTypeOf(typeCode);
+  const u64 numNodes = grid::numNodesOf(typeCode);
+  const u64 numPotential = forPotential.numDofs(kind);
+  const u64 numGradient = forGradient.numDofs(kind);
+  const bool sameBasis = forPotential.order == forGradient.order;
+  charges_.numPoints = rule.numPoints;
+  charges_.numLanes = math::paddedToLanes(rule.numPoints);
+  charges_.numNodes = numNodes;
+  charges_.numRows = numNodes + numPotential + (sameBasis ? 0 : numGradient);
+  charges_.forPotential = {.firstRow = numNodes, .numShapes = numPotential};
+  charges_.forGradient = {.firstRow = sameBasis ? numNodes : numNodes + numPotential,
+                          .numShapes = numGradient};
+  const u64 numDoubles = numCells_ * charges_.numRows * charges_.numLanes;
+  if (numDoubles > kMaxTableBytes / sizeof(double))
+    throw utility::RuntimeError("Densities of order " + std::to_string(forPotential.order) +
+                                " with rules of " + std::to_string(rule.numPoints) +
+                                " points need too large tables");
+  table_.resize(numDoubles);
+  charges_.table = table_.data();
+}
+
+void CellTable::fillCentres(u64 typeCode) {
   const topo::ReferenceType kind = grid::referenceTypeOf(typeCode);
   const sfun::NodalBasis& geometry = grid::geometricBasis(typeCode);
-  const u64 numPoints = rule.numPoints;
-  const u64 numLanes = math::paddedToLanes(numPoints);
-  const u64 numPotential = forPotential.count[static_cast<std::size_t>(kind)];
-  const u64 numGradient = forGradient.count[static_cast<std::size_t>(kind)];
-  const bool sameBasis = forPotential.order == forGradient.order;
-  numNodes_ = geometry.numNodes();
-  const u64 numRows = numNodes_ + numPotential + (sameBasis ? 0 : numGradient);
-
-  centreBasis_.resize(numNodes_ * numCells_);
-  table_.resize(numCells_ * numRows * numLanes);
   const auto centre = topo::barycenter(kind);
-  std::vector<double> points(2 * numPoints);
-  std::vector<double> values(std::max({numNodes_, numPotential, numGradient}) * numPoints);
+  std::vector<double> values(geometry.numNodes());
+  centreBasis_.resize(geometry.numNodes() * numCells_);
+  forEachCell(maxLevel_, [&](u64 cell, quad::CellCode code) {
+    const quad::CellMap map = quad::cellMap(kind, code);
+    const double point[2] = {map.mapX(centre[0], centre[1]), map.mapY(centre[0], centre[1])};
+    geometry.eval({point, 2}, values.data());
+    for (u64 k = 0; k < values.size(); ++k) centreBasis_[k * numCells_ + cell] = values[k];
+  });
+}
 
-  for (u64 level = 0, cell = 0; level <= maxLevel; ++level) {
-    for (u64 code = u64{1} << (2 * level); code < u64{2} << (2 * level); ++code, ++cell) {
-      const quad::CellMap map = quad::cellMap(kind, code);
-      const double centrePoint[2] = {map.mapX(centre[0], centre[1]),
-                                     map.mapY(centre[0], centre[1])};
-      geometry.eval({centrePoint, 2}, values.data());
-      for (u64 k = 0; k < numNodes_; ++k) centreBasis_[k * numCells_ + cell] = values[k];
-
-      for (u64 q = 0; q < numPoints; ++q) {
-        points[2 * q] = map.mapX(rule.points[2 * q], rule.points[2 * q + 1]);
-        points[2 * q + 1] = map.mapY(rule.points[2 * q], rule.points[2 * q + 1]);
-      }
-      double* rows = table_.data() + cell * numRows * numLanes;
-      geometry.eval({points.data(), points.size()}, values.data());
-      padRows(values.data(), numNodes_, numPoints, rows, numLanes);
-      rows += numNodes_ * numLanes;
-
-      const auto addShapes = [&](const fe::ShapeFunList<2, 3>& shapes, u64 numShapes) {
-        shapes.evaluate(kind, {points.data(), points.size()},
-                        {values.data(), numPoints, numShapes});
-        for (u64 i = 0; i < numShapes; ++i)
-          for (u64 q = 0; q < numPoints; ++q)
-            values[i * numPoints + q] *= map.determinant() * rule.weights[q];
-        padRows(values.data(), numShapes, numPoints, rows, numLanes);
-        rows += numShapes * numLanes;
-      };
-      addShapes(forPotential, numPotential);
-      if (!sameBasis) addShapes(forGradient, numGradient);
+void CellTable::fillTable(u64 typeCode, const quad::QuadratureInterface<2>& rule,
+                          const fe::ShapeFunList<2, 3>& forPotential,
+                          const fe::ShapeFunList<2, 3>& forGradient) {
+  const topo::ReferenceType kind = grid::referenceTypeOf(typeCode);
+  const sfun::NodalBasis& geometry = grid::geometricBasis(typeCode);
+  const u64 n = rule.numPoints;
+  std::vector<double> points(2 * n);
+  std::vector<double> values;
+  double* row = table_.data();
+  const auto addShapes = [&](const fe::ShapeFunList<2, 3>& shapes, double determinant) {
+    const u64 numShapes = shapes.numDofs(kind);
+    values.resize(n * numShapes);
+    shapes.evaluate(kind, {points.data(), 2 * n}, {values.data(), n, numShapes});
+    for (u64 i = 0; i < n * numShapes; ++i) values[i] *= determinant * rule.weights[i % n];
+    row = padRows(values, n, row, charges_.numLanes);
+  };
+  forEachCell(maxLevel_, [&](u64, quad::CellCode code) {
+    const quad::CellMap map = quad::cellMap(kind, code);
+    for (u64 q = 0; q < n; ++q) {
+      points[2 * q] = map.mapX(rule.points[2 * q], rule.points[2 * q + 1]);
+      points[2 * q + 1] = map.mapY(rule.points[2 * q], rule.points[2 * q + 1]);
     }
-  }
-
-  charges_.table = table_.data();
-  charges_.numLanes = numLanes;
-  charges_.numPoints = numPoints;
-  charges_.numRows = numRows;
-  charges_.numNodes = numNodes_;
-  charges_.forPotential = {.firstRow = numNodes_, .numShapes = numPotential};
-  charges_.forGradient = {.firstRow = sameBasis ? numNodes_ : numNodes_ + numPotential,
-                          .numShapes = numGradient};
+    values.resize(n * geometry.numNodes());
+    geometry.eval({points.data(), 2 * n}, values.data());
+    row = padRows(values, n, row, charges_.numLanes);
+    addShapes(forPotential, map.determinant());
+    if (forPotential.order != forGradient.order) addShapes(forGradient, map.determinant());
+  });
 }
 
 CellCentres CellTable::centres() const noexcept {
-  return {centreBasis_.data(), numCells_, numNodes_, maxLevel_};
+  return {centreBasis_.data(), numCells_, charges_.numNodes, maxLevel_};
 }
 
 }  // namespace velmo::bem

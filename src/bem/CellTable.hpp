@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <vector>
 
 #include "bem/PointChargeKernel.hpp"
@@ -20,12 +21,14 @@ class CellTable {
  public:
   /// @param typeCode element type code of a surface element
   /// @param rule     rule on the reference element, copied onto every cell
+  /// @throws utility::RuntimeError "Densities of order <p> with rules of <n> points need too large
+  ///   tables", beyond 1 GiB
   CellTable(u64 typeCode, const quad::QuadratureInterface<2>& rule,
             const fe::ShapeFunList<2, 3>& forPotential, const fe::ShapeFunList<2, 3>& forGradient,
             u64 maxLevel);
 
-  /// Cells of all levels.
-  [[nodiscard]] u64 numCells() const noexcept { return numCells_; }
+  CellTable(const CellTable&) = delete;
+  CellTable& operator=(const CellTable&) = delete;
 
   /// Cells of the deepest level, the most that a subdivision can have.
   [[nodiscard]] u64 maxLeafCells() const noexcept { return u64{1} << (2 * maxLevel_); }
@@ -36,9 +39,16 @@ class CellTable {
   [[nodiscard]] const CellCharges& charges() const noexcept { return charges_; }
 
  private:
+  void layOut(u64 typeCode, const quad::QuadratureInterface<2>& rule,
+              const fe::ShapeFunList<2, 3>& forPotential,
+              const fe::ShapeFunList<2, 3>& forGradient);
+  void fillCentres(u64 typeCode);
+  void fillTable(u64 typeCode, const quad::QuadratureInterface<2>& rule,
+                 const fe::ShapeFunList<2, 3>& forPotential,
+                 const fe::ShapeFunList<2, 3>& forGradient);
+
   u64 maxLevel_;
-  u64 numCells_;
-  u64 numNodes_;
+  u64 numCells_;                     ///< of all levels
   std::vector<double> centreBasis_;  ///< shape (numNodes, numCells)
   std::vector<double> table_;        ///< shape (numCells, numRows, numLanes)
   CellCharges charges_;

@@ -1,5 +1,7 @@
 #include "bem/ElementCharges.hpp"
 
+#include <algorithm>
+
 namespace velmo::bem {
 
 std::vector<u64> dofOffsets(const grid::SurfaceElements& elements,
@@ -10,37 +12,28 @@ std::vector<u64> dofOffsets(const grid::SurfaceElements& elements,
   return offsets;
 }
 
-WeightedShapes::WeightedShapes(const fe::ShapeFunList<2, 3>& shapes,
-                               const quad::SurfaceRuleSet& rules) {
+WeightedShapes weightedShapes(const fe::ShapeCache& cache, u64 order,
+                              const grid::SurfaceElements& elements) {
   using topo::ReferenceType;
-  for (const ReferenceType kind : {ReferenceType::Triangle, ReferenceType::Quadrilateral}) {
-    const std::size_t place = kind == ReferenceType::Triangle ? 0 : 1;
-    const auto rule = rules.rule(kind);
-    const u64 numShapes = shapes.count[static_cast<std::size_t>(kind)];
-    std::vector<double>& values = values_[place];
-    values.resize(rule.numPoints * numShapes);
-    shapes.evaluate(kind, {rule.points, 2 * rule.numPoints},
-                    {values.data(), rule.numPoints, numShapes});
-    for (u64 i = 0; i < numShapes; ++i)
-      for (u64 q = 0; q < rule.numPoints; ++q) values[i * rule.numPoints + q] *= rule.weights[q];
-    numShapes_[place] = numShapes;
-  }
+  const auto matrixOf = [&](ReferenceType shape) {
+    return std::ranges::find(elements.shapes, shape) == elements.shapes.end()
+               ? linalg::MatrixView<const double>()
+               : cache.matrix(order, fe::BasisKind::L2, shape);
+  };
+  return {matrixOf(ReferenceType::Triangle), matrixOf(ReferenceType::Quadrilateral)};
 }
 
 std::vector<double> chargesAtPoints(const grid::SurfaceElements& elements,
-                                    const ElementPoints& points, const WeightedShapes& shapes,
+                                    const ElementPoints& points, WeightedShapes shapes,
                                     std::span<const double> coefficients) {
   std::vector<double> charges(points.offsets.back(), 0.0);
   const double* c = coefficients.data();
   for (u64 e = 0; e < elements.numElements(); ++e) {
-    const topo::ReferenceType shape = elements.shapes[e];
-    const u64 numShapes = shapes.numShapes(shape);
-    const u64 numPoints = points.offsets[e + 1] - points.offsets[e];
-    const double* phi = shapes.values(shape).data();
+    const linalg::MatrixView<const double>& phi = shapes.of(elements.shapes[e]);
     double* const out = charges.data() + points.offsets[e];
-    for (u64 i = 0; i < numShapes; ++i, phi += numPoints)
-      for (u64 q = 0; q < numPoints; ++q) out[q] += c[i] * phi[q];
-    c += numShapes;
+    for (u64 i = 0; i < phi.cols; ++i)
+      for (u64 q = 0; q < phi.rows; ++q) out[q] += c[i] * phi(q, i);
+    c += phi.cols;
   }
   return charges;
 }

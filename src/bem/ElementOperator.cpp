@@ -16,8 +16,7 @@ ElementOperator build(std::span<const double, 3> center, u64 degree, u64 leafQua
                       const grid::SurfaceElements& elements, const fe::ShapeFunList<2, 3>& shapes,
                       tree::ObjectRange range, Harmonics harmonics) {
   if (degree < 2) throw utility::RuntimeError("Expansion degree must be >= 2");
-  if (leafQuadratureOrder == 0) throw utility::RuntimeError("0-th order not allowed");
-  const quad::SurfaceRuleSet rules(leafQuadratureOrder);
+  const quad::SurfaceRuleSet rules(quad::requireOrder(leafQuadratureOrder));
   ElementOperator op{degree, fmm::numCoefficients(degree), 0, {}};
   for (u64 e = range.first; e < range.first + range.count; ++e) {
     const auto rule = rules.rule(elements.shapes[e]);

@@ -6,12 +6,13 @@
 #include <utility>
 
 #include "io/Exception.hpp"
+#include "math/Constants.hpp"
 
 namespace velmo::bem {
 namespace {
 
-constexpr double kOneOverFourPi = 0.07957747154594767;
-constexpr double kThreeOverFourPi = 0.238732414637843;
+using math::kOneOverFourPi;
+using math::kThreeOverFourPi;
 
 struct TypeInfo {
   const char* name;

@@ -8,6 +8,7 @@
 #include "bem/CellTable.hpp"
 #include "bem/ElementPoints.hpp"
 #include "conf/QuadratureSettings.hpp"
+#include "fe/ShapeCache.hpp"
 #include "fe/ShapeFunList.hpp"
 #include "grid/SurfaceElements.hpp"
 #include "quad/SurfaceRuleSet.hpp"
@@ -58,24 +59,19 @@ class NearFieldQuadrature {
   [[nodiscard]] std::span<const u64> gradientDofs() const noexcept { return gradientDofs_; }
   [[nodiscard]] std::span<const u64> potentialDofs() const noexcept { return potentialDofs_; }
 
-  /// Whether potential and gradient use one basis, so that one density serves both.
-  [[nodiscard]] bool sameBasis() const noexcept {
-    return forGradient_.order == forPotential_.order;
-  }
-
   /// The charges of a coefficient vector in element order.
   [[nodiscard]] SourceCharges gradientCharges(std::span<const double> coefficients) const;
   [[nodiscard]] SourceCharges potentialCharges(std::span<const double> coefficients) const;
 
  private:
-  [[nodiscard]] SourceCharges charges(const fe::ShapeFunList<2, 3>& shapes,
-                                      std::span<const double> coefficients) const;
+  [[nodiscard]] SourceCharges charges(u64 order, std::span<const double> coefficients) const;
 
   const grid::SurfaceElements* elements_;
   double minRelDist_;
   quad::SurfaceRuleSet rules_;
-  fe::ShapeFunList<2, 3> forGradient_;
-  fe::ShapeFunList<2, 3> forPotential_;
+  u64 gradientOrder_;
+  u64 potentialOrder_;
+  fe::ShapeCache shapes_;
   ElementPoints points_;
   std::vector<u64> gradientDofs_;
   std::vector<u64> potentialDofs_;

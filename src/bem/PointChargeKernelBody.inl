@@ -175,13 +175,17 @@ u64 leafCells(const CellCentres& centres, const double* nodes, const SizedPoint&
       const std::uint32_t second = i + 1 < numPending ? pending[i + 1] : first;
       const Lanes ratio = distanceToSiblings(centres, nodes, target, first, second) / cellSize;
       const unsigned isLeaf = bitsOf(ratio > minRelDist);
-      for (u64 l = 0; l < (second == first ? 4U : 8U); ++l) {
-        const auto child = static_cast<std::uint32_t>(l);
-        const std::uint32_t cell = child < 4 ? first + child : second + child - 4;
-        if ((isLeaf >> l & 1U) != 0)
-          cells[numCells++] = cell;
-        else
-          split[numSplit++] = nextBegin + 4 * (cell - levelBegin);
+      // Every cell is written to both lists and kept in one: which is hard to foretell, so that a
+      // branch would cost more.
+      const u64 numSiblings = second == first ? 4 : 8;
+      for (u64 l = 0; l < numSiblings; ++l) {
+        const auto child = static_cast<std::uint32_t>(l % 4);
+        const std::uint32_t cell = (l < 4 ? first : second) + child;
+        const u64 leaf = isLeaf >> l & 1U;
+        cells[numCells] = cell;
+        split[numSplit] = nextBegin + 4 * (cell - levelBegin);
+        numCells += leaf;
+        numSplit += 1 - leaf;
       }
     }
     for (u64 i = 0; i < numSplit; ++i) pending[i] = split[i];

@@ -5,11 +5,6 @@
 namespace velmo::bem::fmm {
 namespace {
 
-u64 nonZeroOrder(u64 order) {
-  if (order == 0) throw utility::RuntimeError("0-th order not allowed");
-  return order;
-}
-
 u64 checkedDegree(u64 degree) {
   if (degree < 2) throw utility::RuntimeError("Expansion degree must be >= 2");
   return degree;
@@ -22,10 +17,11 @@ SourceOperators::SourceOperators(const velmo::fmm::FmmTree& tree,
                                  const fe::ShapeFunList<2, 3>& shapes, u64 leafQuadratureOrder,
                                  u64 degree)
     : elements_(&elements),
-      rules_(nonZeroOrder(leafQuadratureOrder)),
+      rules_(quad::requireOrder(leafQuadratureOrder)),
       points_(elements, rules_),
-      shapes_(shapes, rules_),
+      order_(shapes.order),
       table_(checkedDegree(degree)) {
+  shapes_.add(elements.shapes, shapes, rules_);
   addLeaves(tree, dofOffsets(elements, shapes));
   addReceivers(tree);
 }
@@ -73,7 +69,8 @@ ExpansionPoints SourceOperators::pointsOf(tree::ObjectRange range) const noexcep
 
 void SourceOperators::apply(velmo::fmm::FmmTree& tree, u64 column,
                             std::span<const double> coefficients) const {
-  const std::vector<double> charges = chargesAtPoints(*elements_, points_, shapes_, coefficients);
+  const std::vector<double> charges = chargesAtPoints(
+      *elements_, points_, weightedShapes(shapes_, order_, *elements_), coefficients);
   const ExpansionKernel& kernel = expansionKernel();
   auto& boxes = tree.tree();
   const double* const centres = tree.centres().data();

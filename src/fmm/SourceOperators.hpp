@@ -6,6 +6,7 @@
 
 #include "bem/ElementCharges.hpp"
 #include "bem/ElementPoints.hpp"
+#include "fe/ShapeCache.hpp"
 #include "fmm/ExpansionKernel.hpp"
 #include "fmm/LeafTasks.hpp"
 #include "grid/SurfaceElements.hpp"
@@ -21,7 +22,6 @@ namespace velmo::bem::fmm {
 /// harmonics cost less to compute again than a matrix to read.
 class SourceOperators {
  public:
-  /// @param numColumns columns of density that the boxes' expansions have
   /// @throws utility::RuntimeError "0-th order not allowed" for quadrature order 0,
   ///   "Expansion degree must be >= 2", "Failed to insert regular operator"
   SourceOperators(const velmo::fmm::FmmTree& tree, const grid::SurfaceElements& elements,
@@ -49,7 +49,8 @@ class SourceOperators {
   const grid::SurfaceElements* elements_;
   quad::SurfaceRuleSet rules_;
   ElementPoints points_;
-  WeightedShapes shapes_;
+  fe::ShapeCache shapes_;
+  u64 order_;  ///< of the density
   RecursionTable table_;
   u64 maxDofs_ = 0;
   std::vector<tree::BoxIndex> leaves_;  ///< with sources

@@ -1,11 +1,10 @@
 #include "fmm/TargetOperators.hpp"
 
 #include "io/Exception.hpp"
+#include "math/Constants.hpp"
 
 namespace velmo::bem::fmm {
 namespace {
-
-constexpr double kOneOverFourPi = 0.07957747154594767;
 
 u64 checkedDegree(u64 degree) {
   if (degree < 2) throw utility::RuntimeError("Expansion degree must be >= 2");
@@ -62,12 +61,12 @@ void TargetOperators::applyToLeaf(const velmo::fmm::FmmTree& tree, tree::BoxInde
 
   const auto& local = boxes.boxes[leaf].local;
   expansion.setLocal(local.column(potentialColumn).values(), local.column(gradientColumn).values());
-  kernel.localToPoints(table_, expansion, centres + 3 * u64{leaf}, kOneOverFourPi, points, out);
+  kernel.localToPoints(table_, expansion, centres + 3 * u64{leaf}, math::kOneOverFourPi, points, out);
   for (const tree::BoxIndex box : boxes.boxes[leaf].positions(tree::ListKind::W)) {
     const auto& multipole = boxes.boxes[box].multipole;
     expansion.setMultipole(multipole.column(potentialColumn).values(),
                            multipole.column(gradientColumn).values());
-    kernel.multipoleToPoints(higherTable_, expansion, centres + 3 * u64{box}, kOneOverFourPi,
+    kernel.multipoleToPoints(higherTable_, expansion, centres + 3 * u64{box}, math::kOneOverFourPi,
                              points, out);
   }
   for (u64 t = 0; t < n; ++t) {

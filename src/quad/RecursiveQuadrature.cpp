@@ -2,20 +2,10 @@
 
 #include <cmath>
 
-#include "io/Exception.hpp"
 
 namespace velmo::quad {
-namespace {
-
-u64 nonZeroOrder(u64 order) {
-  if (order == 0) throw utility::RuntimeError("0-th order not allowed");
-  return order;
-}
-
-}  // namespace
-
 RecursiveQuadrature::RecursiveQuadrature(u64 order, double minRelDist, u64 maxLevel)
-    : rules_(nonZeroOrder(order)), minRelDist_(minRelDist), maxLevel_(maxLevel) {}
+    : rules_(requireOrder(order)), minRelDist_(minRelDist), maxLevel_(maxLevel) {}
 
 void RecursiveQuadrature::initialize(const std::array<double, 3>& target,
                                      const grid::ElementGeometry& element) {

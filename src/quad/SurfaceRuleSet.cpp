@@ -1,8 +1,18 @@
 #include "quad/SurfaceRuleSet.hpp"
 
+#include <string>
+
 #include "io/Exception.hpp"
 
 namespace velmo::quad {
+
+u64 requireOrder(u64 order) {
+  if (order == 0) throw utility::RuntimeError("0-th order not allowed");
+  if (order > kMaxSettingsOrder)
+    throw utility::RuntimeError("Quadrature order " + std::to_string(order) + " is above " +
+                                std::to_string(kMaxSettingsOrder));
+  return order;
+}
 
 SurfaceRuleSet::SurfaceRuleSet(u64 theOrder) : SurfaceRuleSet(theOrder, theOrder, theOrder) {}
 

@@ -5,6 +5,14 @@
 
 namespace velmo::quad {
 
+/// The highest order that settings may ask for: 2601 points on an element.
+inline constexpr u64 kMaxSettingsOrder = 100;
+
+/// The order itself, when settings may ask for it.
+/// @throws utility::RuntimeError "0-th order not allowed",
+///   "Quadrature order <order> is above 100"
+[[nodiscard]] u64 requireOrder(u64 order);
+
 /// The rules of surface elements for one order.
 struct SurfaceRuleSet {
   /// Both families with `order` as their only order.

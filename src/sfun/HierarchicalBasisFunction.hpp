@@ -49,11 +49,10 @@ class HierarchicalBasisFunction {
   /// Orders of the functions on edges and in the interior.
   [[nodiscard]] u64 edgeOrder() const noexcept { return order_; }
   [[nodiscard]] u64 interiorOrder() const noexcept { return order_; }
-  [[nodiscard]] const std::vector<double>& means() const noexcept requires
-      requires(const typename Generator::template Transformation<D>& t) {
-    t.means();
-  }
-  { return transformation_.means(); }
+
+  /// What turns the raw functions into the generator's, with its tables: the means of the
+  /// element-local functions.
+  [[nodiscard]] const auto& transformation() const noexcept { return transformation_; }
 
   /// The generator's functions.
   void eval(geom::ReferencePoints points, double* values) const;

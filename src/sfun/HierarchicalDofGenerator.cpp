@@ -44,7 +44,7 @@ template <int D>
 HierarchicalDofGeneratorData makeData(u64 order, bool withInterpolation) {
   const Basis<D> basis(order);
   HierarchicalDofGeneratorData data;
-  data.means = basis.means();
+  data.means = basis.transformation().means();
   if (!withInterpolation) return data;
 
   const quad::RuleFamily<2> family = detail_::ruleFamily<D>(2 * order + 1);

@@ -44,11 +44,14 @@ Vector greenHessianColumn(const Vector& d, std::size_t j) {
   return {(a[0] - b[0]) / (2 * h), (a[1] - b[1]) / (2 * h), (a[2] - b[2]) / (2 * h)};
 }
 
-constexpr std::array<EvaluationType, 8> kAllTypes{
-    EvaluationType::Function,         EvaluationType::GradientX,
-    EvaluationType::GradientXNormalX, EvaluationType::GradientY,
-    EvaluationType::GradientYNormalY, EvaluationType::HessianX,
-    EvaluationType::GradientYNormalYThenX, EvaluationType::FunctionNormals};
+constexpr std::array<EvaluationType, 8> kAllTypes{EvaluationType::Function,
+                                                  EvaluationType::GradientX,
+                                                  EvaluationType::GradientXNormalX,
+                                                  EvaluationType::GradientY,
+                                                  EvaluationType::GradientYNormalY,
+                                                  EvaluationType::HessianX,
+                                                  EvaluationType::GradientYNormalYThenX,
+                                                  EvaluationType::FunctionNormals};
 
 /// Seven targets, five sources, random normals on both sides.
 struct RandomBatch {
@@ -56,7 +59,8 @@ struct RandomBatch {
   static constexpr u64 kSources = 5;
   static constexpr u64 kPairs = kTargets * kSources;
 
-  RandomBatch() : pairs(kPairs + 3, true), values({kAllTypes.begin(), kAllTypes.end()}, kPairs + 3) {
+  RandomBatch()
+      : pairs(kPairs + 3, true), values({kAllTypes.begin(), kAllTypes.end()}, kPairs + 3) {
     pairs.blocks = quad::RealBlockStore({kPairs + 3, 3 * (kPairs + 3), 3 * kPairs, 3 * kPairs});
     std::mt19937_64 random(11);
     std::uniform_real_distribution<double> uniform(-1.0, 1.0);
@@ -142,10 +146,15 @@ TEST(LaplaceFundSol, RefusesWhatItCannotEvaluate) {
   FundSolPairs small(3, false);
   const std::vector<double> twoPoints(6);
 
-  test::expectThrow<utility::RuntimeError>([] { FundSolValues({GradientX, Function}, 1); },
-                                           "Require a sorted list");
   test::expectThrow<utility::RuntimeError>(
-      [] { (void)FundSolValues({Function, GradientX}, 1).blockOfType(HessianX); },
+      [] {
+        FundSolValues({GradientX, Function}, 1);
+      },
+      "Require a sorted list");
+  test::expectThrow<utility::RuntimeError>(
+      [] {
+        (void)FundSolValues({Function, GradientX}, 1).blockOfType(HessianX);
+      },
       "Failed to find HessianX");
   test::expectThrow<utility::RuntimeError>(
       [&] { (void)name(unknown); }, "Cannot identify type of fundamental solution evaluation");

@@ -23,8 +23,8 @@ namespace {
 
 constexpr double kEps = std::numeric_limits<double>::epsilon();
 
-/// One element of the given type whose nodes are those of the reference element, lifted to space and
-/// bent by `bend`.
+/// One element of the given type whose nodes are those of the reference element, lifted to space
+/// and bent by `bend`.
 struct OneElement {
   OneElement(u64 type, double bend) {
     const topo::ReferenceType shape = grid::referenceTypeOf(type);
@@ -57,7 +57,8 @@ struct World {
         quadrature(elements, shapes, shapes, settings),
         order(settings.order) {
     const u64 numShapes = quadrature.potentialDofs()[1];
-    for (u64 i = 0; i < numShapes; ++i) coefficients.push_back(1.0 / (1.0 + static_cast<double>(i)));
+    for (u64 i = 0; i < numShapes; ++i)
+      coefficients.push_back(1.0 / (1.0 + static_cast<double>(i)));
   }
 
   [[nodiscard]] std::vector<double> fast(const std::vector<double>& targets) const {
@@ -75,9 +76,9 @@ struct World {
                                                   std::span<const double> points,
                                                   std::span<const double> weights) const {
     const u64 n = weights.size();
-    const std::vector<u64> vertices(element.data.connectivity.begin(),
-                                    element.data.connectivity.begin() +
-                                        static_cast<std::ptrdiff_t>(topology.vertexCounts[0]));
+    const std::vector<u64> vertices(
+        element.data.connectivity.begin(),
+        element.data.connectivity.begin() + static_cast<std::ptrdiff_t>(topology.vertexCounts[0]));
     const grid::ElementGeometry map = geometry.element(vertices, 0);
     const u64 numShapes = coefficients.size();
     std::vector<double> positions(3 * n);
@@ -213,9 +214,8 @@ TEST(NearField, ConvergesToTheClosedFormCloseToAFlatTriangle) {
       const std::vector<double> x{centre[0] + 0.21, centre[1] + 0.07,
                                   centre[2] + 0.021 - 0.003 + height};
       world.coefficients = {1.0};
-      const long double exact =
-          flatTrianglePotential(v, {x[0], x[1], x[2]}) /
-          (4.0L * std::numbers::pi_v<long double> * world.elements.areas[0]);
+      const long double exact = flatTrianglePotential(v, {x[0], x[1], x[2]}) /
+                                (4.0L * std::numbers::pi_v<long double> * world.elements.areas[0]);
 
       const double potential = world.fast(x)[0];
 

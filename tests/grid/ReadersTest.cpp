@@ -48,25 +48,11 @@ TEST(XyzReader, ReadsCountAndPointsBetweenComments) {
 }
 
 TEST(XyzReader, EndsInTheStreamsOwnFailure) {
-  const std::string texts[] = {"",
-                               "#",
-                               "x\n",
-                               "2\n1 2 3\n",
-                               "1\n1 2\n",
-                               "1\n1 2 x\n",
-                               "1\n1 2\n# 3\n",
-                               "1\n1 2,3 4\n",
-                               "1\n1 inf 2\n",
-                               "1\n1 nan 2\n",
-                               "1\n0x1p3 1 2\n",
-                               "1\n1 1e999 2\n",
-                               "1\n1 2 3e\n",
-                               "1\n1 + 2 3\n",
-                               " # no comment\n0\n",
-                               "18446744073709551615\n1 2 3\n",
-                               "-1\n1 2 3\n",
-                               "18446744073709551616\n1 2 3\n"};
-  for (const std::string& text : texts)
+  for (const std::string text :
+       {"", "#", "x\n", "2\n1 2 3\n", "1\n1 2\n", "1\n1 2 x\n", "1\n1 2\n# 3\n", "1\n1 2,3 4\n",
+        "1\n1 inf 2\n", "1\n1 nan 2\n", "1\n0x1p3 1 2\n", "1\n1 1e999 2\n", "1\n1 2 3e\n",
+        "1\n1 + 2 3\n", " # no comment\n0\n", "18446744073709551615\n1 2 3\n", "-1\n1 2 3\n",
+        "18446744073709551616\n1 2 3\n"})
     EXPECT_THROW((void)xyz(text), std::ios_base::failure) << text;
 }
 

@@ -52,7 +52,7 @@ TEST(ParVec, ReadsAndAddsOwnedAndRemoteValues) {
 }
 
 TEST(ParVec, LosesNoAdditionOfConcurrentThreads) {
-  constexpr int kThreads = 4, kRounds = 5000;
+  constexpr int kThreads = 4, kRounds = 200000;
   std::vector<double> owned(3);
   ParVec vector(layoutOf({0, 3, 5}), View(owned));
   vector.remote.setIds(std::vector<u64>{3, 4});

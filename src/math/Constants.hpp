@@ -1,0 +1,11 @@
+#pragma once
+
+namespace velmo::math {
+
+/// 1 / (4 pi), the factor of the fundamental solution.
+inline constexpr double kOneOverFourPi = 0.07957747154594767;
+
+/// 3 / (4 pi), that of its second derivatives.
+inline constexpr double kThreeOverFourPi = 0.238732414637843;
+
+}  // namespace velmo::math
