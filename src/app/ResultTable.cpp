@@ -85,7 +85,7 @@ struct Range {
 std::filesystem::path writeResults(const std::string& basename, const velmo::grid::GridData& points,
                                    std::span<const double> potential,
                                    std::span<const double> field) {
-  const std::filesystem::path path = basename + ".csv";
+  std::filesystem::path path = basename + ".csv";
   std::ofstream file(path, std::ios_base::out);
   file << "X,Y,Z,Potential,EFieldX,EFieldY,EFieldZ\n";
   const u64 numPoints = points.numNodes;

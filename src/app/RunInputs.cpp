@@ -28,6 +28,9 @@ namespace {
 
 constexpr const char* kProblemKey = "esProblem";
 
+/// Far above any machine's processors; a typing error must not start as many threads as it names.
+constexpr velmo::u64 kMaxThreads = 1024;
+
 grid::GridData readPointCloud(const fs::path& path) {
   // A file that can't be opened isn't told apart here: the readers make the stream throw.
   std::ifstream file(path);
@@ -88,6 +91,9 @@ std::optional<RunInputs> readRunInputs(const std::string& points, const fs::path
 }
 
 void applyThreadSetting(const conf::ESProblem& problem) {
+  if (problem.numThreads > kMaxThreads)
+    throw velmo::utility::RuntimeError("numThreads " + std::to_string(problem.numThreads) +
+                                       " is above " + std::to_string(kMaxThreads));
   if (problem.numThreads != 0) velmo::thread::setNumThreads(problem.numThreads);
   constexpr int kNumRanks = 1;
   io::out << "# Using " << velmo::thread::numThreads() << " threads per rank" << std::endl;

@@ -35,6 +35,7 @@ struct RunInputs {
 
 /// Sets the worker count of the process, unless the settings leave it to the hardware, and reports
 /// it.
+/// @throws velmo::utility::RuntimeError "numThreads <n> is above 1024"
 void applyThreadSetting(const velmo::conf::ESProblem& problem);
 
 }  // namespace orvanta

@@ -44,8 +44,8 @@ std::string labelOf(const RawArgument& argument) {
 
 }  // namespace
 
-CommandlineInput::CommandlineInput(int argc, char** argv, const std::string& description)
-    : description_(description), programPath_(argc > 0 ? argv[0] : "") {
+CommandlineInput::CommandlineInput(int argc, char** argv, std::string description)
+    : description_(std::move(description)), programPath_(argc > 0 ? argv[0] : "") {
   programName_ = programPath_.substr(programPath_.find_last_of("/\\") + 1);
   helpRequested_ = argc <= 1;
   arguments_.push_back({programPath_, 0, {}, true});

@@ -39,7 +39,7 @@ class CommandlineInput {
  public:
   /// @param description text for the usage page
   /// @throws std::runtime_error when a response file can't be opened
-  CommandlineInput(int argc, char** argv, const std::string& description);
+  CommandlineInput(int argc, char** argv, std::string description);
   CommandlineInput(const CommandlineInput&) = delete;
   CommandlineInput& operator=(const CommandlineInput&) = delete;
 

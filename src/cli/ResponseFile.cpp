@@ -17,12 +17,15 @@ std::vector<std::string> readResponseFile(const std::string& path) {
     std::string value;
     std::istringstream(line) >> key >> value;
     if (value.starts_with('#')) value.clear();
-    if (key.size() == 1) {
-      tokens.push_back("-" + key);
-      if (!value.empty()) tokens.push_back(value);
-    } else if (!key.empty()) {
-      tokens.push_back(value.empty() ? "--" + key : "--" + key + "=" + value);
-    }
+    if (key.empty()) continue;
+    const bool isShort = key.size() == 1;
+    std::string& token = tokens.emplace_back(isShort ? "-" : "--");
+    token += key;
+    if (value.empty()) continue;
+    if (isShort)
+      tokens.push_back(value);
+    else
+      token.append("=").append(value);
   }
   return tokens;
 }

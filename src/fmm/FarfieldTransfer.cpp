@@ -56,6 +56,7 @@ TranslationStep makeStep(const RotationTable& table, double theta, double phi, F
           b.real.data(),
           b.imaginary.data(),
           table.phases(phi).nonNegative(),
+          nullptr,
           nullptr};
 }
 
@@ -122,7 +123,8 @@ Transfer::FarfieldTransfer(const LaplaceFundSol<3>& /*kernel*/, u64 degree, doub
     directions_[d].step =
         makeStep(conversions_, std::atan2(std::sqrt(x * x + y * y), z), std::atan2(y, x),
                  Family::ForwardMultipole, Family::BackwardLocal);
-    directions_[d].squaredLength = static_cast<u64>(x * x + y * y + z * z);
+    const int squaredLength = x * x + y * y + z * z;
+    directions_[d].squaredLength = static_cast<u64>(squaredLength);
   }
 }
 
@@ -142,6 +144,21 @@ std::vector<double> Transfer::conversionFactors(double distance) const {
   for (u64 k = 1; k <= 2 * degree_; ++k)
     factors[k] = factors[k - 1] * (static_cast<double>(k) / distance);
   return factors;
+}
+
+/// 1 where the factors of a distance are ordinary numbers, else the power of two below it. Powers
+/// of two change no bits of what is scaled with them.
+double Transfer::unitOf(double distance) const {
+  return std::isnormal(conversionFactors(distance).back()) ? 1.0 : std::exp2(std::ilogb(distance));
+}
+
+/// unit^-n for n = 0 to p + 1.
+std::vector<double> Transfer::conversionScales(double unit) const {
+  std::vector<double> scales;
+  if (unit == 1.0) return scales;
+  for (u64 n = 0; n <= degree_ + 1; ++n)
+    scales.push_back(std::ldexp(1.0, -static_cast<int>(n) * std::ilogb(unit)));
+  return scales;
 }
 
 void Transfer::m2m(u64 level, u64 /*degree*/, std::span<const ConstView, 8> children,
@@ -178,10 +195,14 @@ void Transfer::m2l(ConstView source, const std::array<double, 3>& shift, View re
         io::format("The rotation associated to shift c = [{:f}, {:f}, {:f}], phi = {:f}, theta = "
                    "{:f} is not registered",
                    x, y, z, phi, theta));
-  const std::vector<double> factors = conversionFactors(std::sqrt(z * z + a));
+  const double distance = std::sqrt(z * z + a);
+  const double unit = unitOf(distance);
+  const std::vector<double> factors = conversionFactors(distance / unit);
+  const std::vector<double> scales = conversionScales(unit);
   TranslationStep step =
       makeStep(conversions_, theta, phi, Family::ForwardMultipole, Family::BackwardLocal);
   step.factors = factors.data();
+  step.scales = scales.empty() ? nullptr : scales.data();
   Batcher batcher(expansionKernel().multipoleToLocal, degree_);
   for (u64 c = 0; c < source.cols; ++c)
     batcher.add(step, source.column(c).data, result.column(c).data);
@@ -225,27 +246,34 @@ void Transfer::l2lLevel(Tree& tree, u64 level) const {
   }
 }
 
-void Transfer::m2lConversion(Tree& tree, const TransferPlan& plan) const {
-  // Factors by level and squared length of the offset, both small numbers.
+Transfer::Conversion Transfer::conversionOfBoxes(double boxSize) const {
+  // The squared length of an offset is a small number.
   constexpr u64 kLengths = 3 * TransferPlan::kReach * TransferPlan::kReach + 1;
   const u64 numFactors = 2 * degree_ + 1;
-  std::vector<double> factors(tree.numLevels * kLengths * numFactors);
-  for (u64 level = 0; level < tree.numLevels; ++level) {
-    const double boxSize = std::ldexp(rootSize_, -static_cast<int>(level));
-    for (u64 length = 1; length < kLengths; ++length)
-      std::ranges::copy(
-          conversionFactors(std::sqrt(static_cast<double>(length)) * boxSize),
-          factors.begin() + static_cast<std::ptrdiff_t>((level * kLengths + length) * numFactors));
-  }
+  Conversion conversion;
+  // The next box of a list V is two edges away.
+  conversion.unit = unitOf(2.0 * boxSize);
+  conversion.scales = conversionScales(conversion.unit);
+  conversion.factors.resize(kLengths * numFactors);
+  for (u64 length = 1; length < kLengths; ++length)
+    std::ranges::copy(
+        conversionFactors(std::sqrt(static_cast<double>(length)) * boxSize / conversion.unit),
+        conversion.factors.begin() + static_cast<std::ptrdiff_t>(length * numFactors));
+  return conversion;
+}
+
+void Transfer::m2lConversion(Tree& tree, const TransferPlan& plan) const {
+  std::vector<Conversion> conversions;
+  for (u64 level = 0; level < tree.numLevels; ++level)
+    conversions.push_back(conversionOfBoxes(std::ldexp(rootSize_, -static_cast<int>(level))));
   const auto run = [&](const TransferPlan::Task& task) {
-    convert(tree, plan, task,
-            std::span(factors).subspan(task.level * kLengths * numFactors, kLengths * numFactors));
+    convert(tree, plan, task, conversions[task.level]);
   };
   thread::internal_::parallelForTP(plan.tasks.begin(), plan.tasks.end(), run);
 }
 
 void Transfer::convert(Tree& tree, const TransferPlan& plan, const TransferPlan::Task& task,
-                       std::span<const double> factorsOfLevel) const {
+                       const Conversion& conversion) const {
   const u64 numFactors = 2 * degree_ + 1;
   Batcher batcher(expansionKernel().multipoleToLocal, degree_);
   TranslationStep step;
@@ -256,7 +284,8 @@ void Transfer::convert(Tree& tree, const TransferPlan& plan, const TransferPlan:
       batcher.flush();
       direction = pair.direction;
       step = directions_[direction].step;
-      step.factors = factorsOfLevel.data() + directions_[direction].squaredLength * numFactors;
+      step.factors = conversion.factors.data() + directions_[direction].squaredLength * numFactors;
+      step.scales = conversion.scales.empty() ? nullptr : conversion.scales.data();
     }
     const auto& source = tree.boxes[pair.source].multipole;
     const auto& target = tree.boxes[pair.target].local;

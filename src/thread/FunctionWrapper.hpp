@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <type_traits>
 #include <utility>
 
 namespace velmo::thread {
@@ -12,9 +11,7 @@ namespace velmo::thread {
 class FunctionWrapper {
  public:
   template <class F>
-  requires(!std::is_same_v<std::remove_cvref_t<F>, FunctionWrapper>) explicit FunctionWrapper(
-      F&& function)
-      : impl_(std::make_unique<Impl_<std::remove_cvref_t<F>>>(std::forward<F>(function))) {}
+  explicit FunctionWrapper(F function) : impl_(std::make_unique<Impl_<F>>(std::move(function))) {}
 
   /// @pre the wrapper hasn't been moved from
   void operator()() { (*impl_)(); }

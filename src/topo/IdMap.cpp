@@ -21,8 +21,7 @@ std::vector<u64> sortedUnique(std::span<const u64> ids) {
   if (!isDense(smallest, largest, ids.size())) {
     unique.assign(ids.begin(), ids.end());
     std::ranges::sort(unique);
-    const auto repeated = std::ranges::unique(unique);
-    unique.erase(repeated.begin(), repeated.end());
+    unique.erase(std::unique(unique.begin(), unique.end()), unique.end());
     return unique;
   }
   std::vector<unsigned char> present(largest - smallest + 1, 0);

@@ -2,7 +2,6 @@
 
 #include <complex>
 #include <cstddef>
-#include <ranges>
 #include <span>
 #include <vector>
 
@@ -18,14 +17,54 @@ namespace velmo::fmm {
 /// must first have given the box one of its own.
 inline std::vector<bits::Morton> EmptyList;
 
-/// Identifier of a box position.
-struct IdOfBox {
-  const bits::Morton* ids = nullptr;
-  [[nodiscard]] bits::Morton operator()(tree::BoxIndex box) const noexcept { return ids[box]; }
-};
+/// A list of a box, read as identifiers. They are looked up from the positions, not stored again.
+class MortonList {
+ public:
+  class Iterator {
+   public:
+    using value_type = bits::Morton;
+    using difference_type = std::ptrdiff_t;
 
-/// Reads like a span of identifiers; they are looked up from the positions, not stored again.
-using MortonList = std::ranges::transform_view<std::span<const tree::BoxIndex>, IdOfBox>;
+    Iterator() = default;
+    Iterator(const tree::BoxIndex* position, const bits::Morton* ids) noexcept
+        : position_(position), ids_(ids) {}
+
+    [[nodiscard]] bits::Morton operator*() const noexcept { return ids_[*position_]; }
+    Iterator& operator++() noexcept {
+      ++position_;
+      return *this;
+    }
+    Iterator operator++(int) noexcept {
+      Iterator before = *this;
+      ++position_;
+      return before;
+    }
+    friend bool operator==(const Iterator& a, const Iterator& b) noexcept {
+      return a.position_ == b.position_;
+    }
+
+   private:
+    const tree::BoxIndex* position_ = nullptr;
+    const bits::Morton* ids_ = nullptr;
+  };
+
+  MortonList(std::span<const tree::BoxIndex> positions, const bits::Morton* ids) noexcept
+      : positions_(positions), ids_(ids) {}
+
+  [[nodiscard]] std::size_t size() const noexcept { return positions_.size(); }
+  [[nodiscard]] bool empty() const noexcept { return positions_.empty(); }
+  [[nodiscard]] bits::Morton operator[](std::size_t i) const noexcept {
+    return ids_[positions_[i]];
+  }
+  [[nodiscard]] Iterator begin() const noexcept { return {positions_.data(), ids_}; }
+  [[nodiscard]] Iterator end() const noexcept {
+    return {positions_.data() + positions_.size(), ids_};
+  }
+
+ private:
+  std::span<const tree::BoxIndex> positions_;
+  const bits::Morton* ids_;
+};
 
 /// Lists of all boxes with the identifiers that they refer to.
 struct ListTable {
@@ -65,7 +104,7 @@ class Orthant<3> : public tree::Orthant<3> {
 
  private:
   [[nodiscard]] MortonList identifiers_(tree::ListKind kind) const {
-    return {positions(kind), IdOfBox{table_ == nullptr ? nullptr : table_->ids.data()}};
+    return {positions(kind), table_ == nullptr ? nullptr : table_->ids.data()};
   }
 
   const ListTable* table_ = nullptr;

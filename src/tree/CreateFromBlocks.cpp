@@ -77,16 +77,17 @@ void completeTree(std::size_t node, std::span<const Morton> blocks, std::span<co
   if (std::ranges::find(blocks, id) != blocks.end()) return;
   for (unsigned k = 0; k < 8; ++k) {
     const Morton child = id.child(k);
-    const auto inside = std::ranges::equal_range(blocks, child, bits::TruncatedLess());
-    if (inside.empty()) continue;
+    const auto [first, end] =
+        std::equal_range(blocks.begin(), blocks.end(), child, bits::TruncatedLess());
+    if (first == end) continue;
     nodes[node].children.set(k);
-    if (inside.front() == child) continue;
+    if (*first == child) continue;
     const auto childPoints = pointsInside(child, points);
     if (childPoints.empty())
       throw utility::LogicError("CreateFromBlocks::completeTree_: no particle found for orthant " +
                                 toString(child));
     nodes.emplace_back(child, childPoints.front(), childPoints.size());
-    completeTree(nodes.size() - 1, {inside.begin(), inside.end()}, points, nodes);
+    completeTree(nodes.size() - 1, {first, end}, points, nodes);
   }
 }
 

@@ -23,8 +23,9 @@ struct Forest {
 /// The points inside `cell`, from a sorted list.
 [[nodiscard]] inline std::span<const bits::Morton> pointsInside(
     bits::Morton cell, std::span<const bits::Morton> points) noexcept {
-  const auto range = std::ranges::equal_range(points, cell, bits::TruncatedLess());
-  return {range.begin(), range.end()};
+  const auto [first, end] =
+      std::equal_range(points.begin(), points.end(), cell, bits::TruncatedLess());
+  return {first, end};
 }
 
 /// Adds a block and everything below it to the forest.

@@ -42,6 +42,7 @@ struct Outcome {
 Outcome run(std::vector<std::string> arguments, bool quiet = false) {
   arguments.insert(arguments.begin(), "/some/where/prog");
   std::vector<char*> argv;
+  argv.reserve(arguments.size());
   for (std::string& argument : arguments) argv.push_back(argument.data());
 
   Outcome outcome;
@@ -71,7 +72,7 @@ TEST(CommandlineInput, ReadsShortAndLongOptions) {
     EXPECT_EQ(outcome.messages, "");
   }
   const Outcome paths =
-      run({"--settings=\"a \\\"b\\\".yaml\"", "-i", "-.5", "-l", "x=y", "--output=k=v"});
+      run({R"(--settings="a \"b\".yaml")", "-i", "-.5", "-l", "x=y", "--output=k=v"});
   EXPECT_EQ(paths.settings, "a \"b\".yaml");
   EXPECT_EQ(paths.input, "-.5");
   EXPECT_EQ(paths.level, "x=y");

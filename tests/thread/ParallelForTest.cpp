@@ -30,7 +30,7 @@ const u64 sumBeforeMain = sumByTasks(100);
 
 TEST(ParallelFor, WorksBeforeMainAndWithAnyWorkerCount) {
   EXPECT_EQ(sumBeforeMain, 5050U);
-  for (const u64 n : {1, 3, 8, 2}) {
+  for (const u64 n : {1U, 3U, 8U, 2U}) {
     setNumThreads(n);
 
     EXPECT_EQ(numThreads(), n);
