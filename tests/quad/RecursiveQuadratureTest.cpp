@@ -126,10 +126,14 @@ TEST(RecursiveQuadrature, KeepsTheAreaAndTheBoundOnCells) {
                       kEps * static_cast<double>(16 + rule.numPoints()));
           EXPECT_LE(rule.cells().size(), u64{1} << (2 * maxLevel));
           EXPECT_EQ(rule.numPoints() * 2, rule.points().size());
-          if (minRelDist == 1e9) EXPECT_EQ(rule.cells().size(), u64{1} << (2 * maxLevel));
+          if (minRelDist == 1e9) {
+            EXPECT_EQ(rule.cells().size(), u64{1} << (2 * maxLevel));
+          }
         }
         EXPECT_TRUE(rule.initialized());
-        if (minRelDist <= 2.0) EXPECT_EQ(rule.cells().size(), 1U);  // the last target is far away
+        if (minRelDist <= 2.0) {
+          EXPECT_EQ(rule.cells().size(), 1U);  // the last target is far away
+        }
       }
     }
   }
