@@ -85,6 +85,8 @@ struct TranslationStep {
   const double* backwardImaginary = nullptr;
   const std::complex<double>* phases = nullptr;  ///< e^(i m phi), m = 0 to p
   const double* factors = nullptr;               ///< see the translations
+  /// Of a conversion in another unit of length s: s^-n for n = 0 to p + 1; null for s = 1.
+  const double* scales = nullptr;
 };
 
 /// Up to eight expansions of one degree; lanes behind `count` are not read or written.
@@ -119,7 +121,8 @@ struct ExpansionKernel {
                                double* scratch);
 
   /// to += local expansion of a multipole: t(n, m) = sum over j >= m of
-  /// (-1)^(j - m) factors[n + j] x(j, m), factors[k] = k! / r^(k + 1).
+  /// (-1)^(j - m) factors[n + j] x(j, m), factors[k] = k! / (r / s)^(k + 1). A unit s other than 1
+  /// keeps the factors of tiny or huge boxes within the range of doubles.
   void (*multipoleToLocal)(u64 degree, const TranslationStep&, const ExpansionBatch&,
                            double* scratch);
 

@@ -1,6 +1,7 @@
 // The loops of ExpansionKernel, included once per instruction set into an unnamed namespace.
 // Nothing here may call an inline function with external linkage, such as those of the standard
-// library: its code would be built for the wider set and shared with all callers. Complex arrays are read as pairs of doubles.
+// library: its code would be built for the wider set and shared with all callers. Complex arrays
+// are read as pairs of doubles.
 
 using math::kNumLanes;
 using math::Lanes;
@@ -58,15 +59,16 @@ struct RelativePoints {
   return v;
 }
 
-/// Walks R(n, m), m outer and n inner, and hands each to `use(place, n, m, value)`; place counts
-/// the coefficients in this order.
+/// Walks R(n, m) times a factor, m outer and n inner, and hands each to `use(place, n, m, value)`;
+/// place counts the coefficients in this order.
 template <class Use>
 [[gnu::always_inline]] inline void walkRegular(const RecursionTable& table, u64 degree,
-                                               const RelativePoints& d, const Use& use) {
+                                               const RelativePoints& d, double factor,
+                                               const Use& use) {
   const Lanes r2 = d.x * d.x + d.y * d.y + d.z * d.z;
   const double* factors = table.regular();
   const u64 tableDegree = table.degree();
-  ComplexLanes diagonal{Lanes{} + 1.0, Lanes{}};
+  ComplexLanes diagonal{Lanes{} + factor, Lanes{}};
   u64 place = 0;
   for (u64 m = 0; m <= degree; ++m) {
     if (m > 0) {
@@ -95,14 +97,15 @@ template <class Use>
 /// Walks S(n, m) in the same way.
 template <class Use>
 [[gnu::always_inline]] inline void walkSingular(const RecursionTable& table, u64 degree,
-                                                const RelativePoints& d, const Use& use) {
+                                                const RelativePoints& d, double factor,
+                                                const Use& use) {
   const Lanes inverse = 1.0 / (d.x * d.x + d.y * d.y + d.z * d.z);
   const Lanes x = d.x * inverse;
   const Lanes y = d.y * inverse;
   const Lanes z = d.z * inverse;
   const double* factors = table.singular();
   const u64 tableDegree = table.degree();
-  ComplexLanes diagonal{root(inverse), Lanes{}};
+  ComplexLanes diagonal{root(inverse) * factor, Lanes{}};
   u64 place = 0;
   for (u64 m = 0; m <= degree; ++m) {
     if (m > 0) {
@@ -147,9 +150,9 @@ template <bool kRegular>
       storePair(sum, {before.re + q * value.re, before.im + q * value.im});
     };
     if constexpr (kRegular)
-      walkRegular(table, degree, d, use);
+      walkRegular(table, degree, d, 1.0, use);
     else
-      walkSingular(table, degree, d, use);
+      walkSingular(table, degree, d, 1.0, use);
   }
   double* const out = parts(expansion);
   for (u64 m = 0, place = 0; m <= degree; ++m) {
@@ -174,6 +177,8 @@ void pointsToLocal(const RecursionTable& table, const ExpansionPoints& points,
   pointsToExpansion<false>(table, points, charges, centre, local, scratch);
 }
 
+/// @pre `value` is not a product, which the compiler may join with the addition: full and partial
+/// groups would then round differently.
 [[gnu::always_inline]] inline void addUpTo(double* to, Lanes value, u64 count) {
   if (count >= kNumLanes) {
     storeLanes(to, loadLanes(to) + value);
@@ -204,14 +209,14 @@ template <bool kRegular>
       gz += value.re * c[6] + value.im * c[7];
     };
     if constexpr (kRegular)
-      walkRegular(table, degree, d, use);
+      walkRegular(table, degree, d, scale, use);
     else
-      walkSingular(table, degree, d, use);
+      walkSingular(table, degree, d, scale, use);
     const u64 left = points.count - first;
-    addUpTo(sums.potential + first, u * scale, left);
-    addUpTo(sums.gradientX + first, gx * scale, left);
-    addUpTo(sums.gradientY + first, gy * scale, left);
-    addUpTo(sums.gradientZ + first, gz * scale, left);
+    addUpTo(sums.potential + first, u, left);
+    addUpTo(sums.gradientX + first, gx, left);
+    addUpTo(sums.gradientY + first, gy, left);
+    addUpTo(sums.gradientZ + first, gz, left);
   }
 }
 
@@ -294,6 +299,12 @@ void multipoleToPoints(const RecursionTable& table, const DerivedExpansion& expa
   }
 }
 
+/// Multiplies the coefficients of degree n by factors[n].
+[[gnu::always_inline]] inline void scaleDegrees(u64 degree, const double* factors, double* x) {
+  for (u64 n = 0; n <= degree; ++n)
+    for (u64 i = 0; i < 2 * (n + 1); ++i, x += kNumLanes) storeLanes(x, loadLanes(x) * factors[n]);
+}
+
 /// Rotate, translate along z to `along(n, m, rotated)`, rotate back and add.
 template <class Translate>
 [[gnu::always_inline]] inline void translate(u64 degree, const TranslationStep& step,
@@ -303,9 +314,11 @@ template <class Translate>
   double* const second = scratch + kNumLanes * (degree + 1) * (degree + 2);
   gatherTurned(degree, batch, parts(step.phases), first);
   rotate(degree, step.forwardReal, step.forwardImaginary, first, second);
+  if (step.scales != nullptr) scaleDegrees(degree, step.scales, second);
   for (u64 n = 0; n <= degree; ++n)
     for (u64 m = 0; m <= n; ++m)
       storePair(first + 2 * kNumLanes * (n * (n + 1) / 2 + m), along(n, m, second));
+  if (step.scales != nullptr) scaleDegrees(degree, step.scales + 1, first);
   addRotatedBack(degree, step, first, batch);
 }
 

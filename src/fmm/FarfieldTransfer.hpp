@@ -86,9 +86,19 @@ class FarfieldTransfer<LaplaceFundSol<3>> {
   };
 
   [[nodiscard]] std::vector<double> shiftFactors(u64 level, double sign) const;
+  /// Conversions between boxes of one size.
+  struct Conversion {
+    double unit = 1.0;            ///< of length, a power of two
+    std::vector<double> factors;  ///< one block of 2p + 1 per squared length of the offset
+    std::vector<double> scales;   ///< empty for unit 1
+  };
+
+  [[nodiscard]] double unitOf(double distance) const;
   [[nodiscard]] std::vector<double> conversionFactors(double distance) const;
+  [[nodiscard]] std::vector<double> conversionScales(double unit) const;
+  [[nodiscard]] Conversion conversionOfBoxes(double boxSize) const;
   void convert(Tree& tree, const TransferPlan& plan, const TransferPlan::Task& task,
-               std::span<const double> factorsOfLevel) const;
+               const Conversion& conversion) const;
 
   u64 degree_;
   double rootSize_;

@@ -13,13 +13,14 @@ NormRatioTable::NormRatioTable(u64 degree) {
     const auto squared = [&](u64 k, u64 i) -> double& {
       return values_[offsets_[n] + k * (n + 1) + i];
     };
-    squared(n, n) = 1.0;
-    for (u64 k = n; k >= 1; --k) {
-      const auto kk = static_cast<double>(k);
-      squared(k - 1, n) = squared(k, n) * (nn + kk) / (nn - kk + 1.0);
-    }
+    // From the diagonal outwards, so that it is 1 exactly.
     for (u64 k = 0; k <= n; ++k) {
-      for (u64 i = n; i >= 1; --i) {
+      squared(k, k) = 1.0;
+      for (u64 i = k; i < n; ++i) {
+        const auto ii = static_cast<double>(i);
+        squared(k, i + 1) = squared(k, i) * (nn + ii + 1.0) / (nn - ii);
+      }
+      for (u64 i = k; i >= 1; --i) {
         const auto ii = static_cast<double>(i);
         squared(k, i - 1) = squared(k, i) * (nn - ii + 1.0) / (nn + ii);
       }

@@ -40,6 +40,21 @@ std::vector<double> binomialRoots(u64 degree) {
   return table;
 }
 
+/// d(n)(k, j) for k, |j| < n from the same element of the two degrees before: where the element is
+/// small it grows with the degree, so errors don't. Recursions along rows or columns of one degree
+/// lose ten digits up to degree 40. `versine` is 1 - cos(angle).
+double fromLowerDegrees(const DegreeMatrices& d, u64 n, u64 k, std::int64_t j, double versine) {
+  if (n == 1) return 1.0 - versine;
+  const auto nn = static_cast<double>(n);
+  const auto kk = static_cast<double>(k);
+  const auto jj = static_cast<double>(j);
+  const double below = nn - 1.0;
+  double sum = (nn + below) * ((nn * below - kk * jj) - nn * below * versine) * d(n - 1, k, j);
+  const double root = std::sqrt((below * below - kk * kk) * (below * below - jj * jj));
+  if (root > 0.0) sum -= nn * root * d(n - 2, k, j);
+  return sum / (below * std::sqrt((nn * nn - kk * kk) * (nn * nn - jj * jj)));
+}
+
 }  // namespace
 
 DegreeMatrices smallDImpl(u64 degree, double angle) {
@@ -62,14 +77,10 @@ DegreeMatrices smallDImpl(u64 degree, double angle) {
       const double step = std::sqrt(nn * (nn + 1.0) - jj * (jj - 1.0));
       d(n, n, j - 1) = (nn + jj) / step * t * d(n, n, j);
     }
-    for (u64 k = n; k-- > 0;) {
-      const auto kk = static_cast<double>(k);
-      const double above = std::sqrt(nn * (nn + 1.0) - kk * (kk + 1.0));
-      for (std::int64_t j = last; j > -last; --j) {
-        const auto jj = static_cast<double>(j);
-        const double step = std::sqrt(nn * (nn + 1.0) - jj * (jj - 1.0));
-        d(n, k, j - 1) = (above * d(n, k + 1, j) + (jj + kk) * t * d(n, k, j)) / step;
-      }
+    for (u64 k = 0; k < n; ++k) {
+      for (std::int64_t j = 1 - last; j < last; ++j)
+        d(n, k, j) = fromLowerDegrees(d, n, k, j, s * t);
+      d(n, k, -last) = d(n, n, -static_cast<std::int64_t>(k));
     }
   }
   return d;

@@ -5,11 +5,11 @@
 
 namespace velmo::bem::fmm {
 
-/// d(n)(k, j) of the rotation by `angle` in (0, pi/2] about y, 0 <= k <= n and -n <= j <= n, by the
-/// stable recursions from the last column and the last row.
-/// Source: Gumerov and Duraiswami (2014), on recursions for rotation coefficients; here from the
-/// closed form of the last column, d(n)(k, n) = (-1)^(n+k) binomial(2n, n+k)^(1/2) (1+c)^k s^(n-k)
-/// / 2^n with c and s the cosine and sine of the angle.
+/// d(n)(k, j) of the rotation by `angle` in (0, pi/2] about y, 0 <= k <= n and -n <= j <= n, to
+/// rounding up to high degrees. The last column has the closed form
+/// d(n)(k, n) = (-1)^(n+k) binomial(2n, n+k)^(1/2) (1+c)^k s^(n-k) / 2^n with c and s the cosine
+/// and sine of the angle, the last row follows from its end, all else from the lower degrees.
+/// Source: Varshalovich, Moskalev and Khersonskii, Quantum Theory of Angular Momentum, 4.8.
 /// @throws utility::RuntimeError "SmallDImpl()::theta is out of bounds"
 [[nodiscard]] DegreeMatrices smallDImpl(u64 degree, double angle);
 

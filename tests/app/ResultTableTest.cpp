@@ -1,0 +1,159 @@
+#include "app/ResultTable.hpp"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <filesystem>
+#include <limits>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "grid/PointCloud.hpp"
+#include "io/Channels.hpp"
+#include "io/Format.hpp"
+#include "support/RunProgram.hpp"
+#include "support/TemporaryFolder.hpp"
+#include "thread/ThreadPool.hpp"
+
+namespace orvanta {
+namespace {
+
+using velmo::u64;
+using velmo::test::readFile;
+using velmo::test::TemporaryFolder;
+using Limits = std::numeric_limits<double>;
+
+const std::string head = "X,Y,Z,Potential,EFieldX,EFieldY,EFieldZ\n";
+
+/// A table's values, seven per row.
+struct Table {
+  explicit Table(const std::vector<double>& values) {
+    for (u64 i = 0; i + 7 <= values.size(); i += 7) {
+      coordinates.insert(coordinates.end(), {values[i], values[i + 1], values[i + 2]});
+      potential.push_back(values[i + 3]);
+      field.insert(field.end(), {values[i + 4], values[i + 5], values[i + 6]});
+    }
+  }
+
+  [[nodiscard]] std::string written(const std::string& basename) const {
+    const auto points = velmo::grid::makePointCloud(coordinates, potential.size());
+    const std::filesystem::path path = writeResults(basename, points, potential, field);
+    EXPECT_EQ(path, basename + ".csv");
+    return readFile(path);
+  }
+
+  [[nodiscard]] std::string extrema() const {
+    std::ostringstream report;
+    velmo::io::out.setStreams({&report});
+    reportExtrema(potential, field);
+    velmo::io::out.setStreams({});
+    return report.str();
+  }
+
+  std::vector<double> coordinates, potential, field;
+};
+
+/// The rows by the plain format, number by number.
+std::string plainRows(const std::vector<double>& values) {
+  std::string text;
+  for (u64 i = 0; i < values.size(); ++i)
+    text += velmo::io::format("{:> .{}E}", values[i], 17) + (i % 7 == 6 ? "\n" : ",");
+  return text;
+}
+
+TEST(ResultTable, PrintsNumbersToTheLetter) {
+  const TemporaryFolder folder;
+  const Table table({1.0, -2.5e-3, 0.0, -0.0, 1e100, -Limits::denorm_min(), Limits::max()});
+
+  EXPECT_EQ(table.written(folder.path() / "a.b"),
+            head +
+                " 1.00000000000000000E+00,-2.50000000000000005E-03, 0.00000000000000000E+00,"
+                "-0.00000000000000000E+00, 1.00000000000000002E+100,-4.94065645841246544E-324,"
+                " 1.79769313486231571E+308\n");
+}
+
+TEST(ResultTable, AgreesWithThePlainFormatForAllKindsOfNumbers) {
+  const TemporaryFolder folder;
+  std::vector<double> values{Limits::infinity(),   -Limits::infinity(),     Limits::quiet_NaN(),
+                             -Limits::quiet_NaN(), Limits::min(),           Limits::epsilon(),
+                             Limits::lowest(),     9.9999999999999999e-100, 9.99999999999999999e99};
+  std::mt19937_64 random(5);
+  // Any pattern of bits; enough rows for several chunks of the writer.
+  while (values.size() < 7 * 10000) values.push_back(std::bit_cast<double>(random()));
+  // Numbers that end in half a unit of the last digit, and whole numbers.
+  for (int k = 0; k < 700; ++k) values.push_back(std::ldexp(1.0 + 2.0 * k, k % 120 - 60));
+
+  const std::string text = Table(values).written(folder.path() / "many");
+
+  // Compared as a whole first: a failure must not print megabytes.
+  EXPECT_TRUE(text == head + plainRows(values));
+}
+
+TEST(ResultTable, IsTheSameForAnyNumberOfThreads) {
+  const TemporaryFolder folder;
+  std::mt19937_64 random(6);
+  std::vector<double> values(7 * u64{140000} + 7);  // more rows than are formatted at once
+  for (double& value : values) value = std::ldexp(static_cast<double>(random()), -64);
+  const u64 before = velmo::thread::numThreads();
+  std::vector<std::string> texts;
+  for (const u64 threads : {1, 3}) {
+    velmo::thread::setNumThreads(threads);
+    texts.push_back(Table(values).written(folder.path() / "t"));
+  }
+  velmo::thread::setNumThreads(before);
+
+  EXPECT_TRUE(texts[0] == texts[1]);
+  EXPECT_EQ(texts[0].size(), head.size() + values.size() * 25);
+}
+
+TEST(ResultTable, HasOnlyAHeadWithoutPoints) {
+  const TemporaryFolder folder;
+  const std::string stale = folder.write("none.csv", "an older and longer table\n" + head);
+
+  EXPECT_EQ(Table({}).written(folder.path() / "none"), head);
+}
+
+TEST(ResultTable, PassesOverAFileThatCannotBeOpened) {
+  const TemporaryFolder folder;
+
+  EXPECT_EQ(Table({1, 2, 3, 4, 5, 6, 7}).written(folder.path() / "no such folder" / "a"), "");
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}
+
+TEST(ResultTable, ChecksItsListsAgainstThePoints) {
+  const TemporaryFolder folder;
+  const auto points = velmo::grid::makePointCloud(std::vector<double>{1, 2, 3, 4, 5, 6}, 2);
+  const std::vector<double> two(2);
+  const std::vector<double> five(5);
+  EXPECT_THROW(writeResults(folder.path() / "a", points, two, five), std::out_of_range);
+  EXPECT_THROW(writeResults(folder.path() / "a", points, std::span(two).first(1), five),
+               std::out_of_range);
+}
+
+TEST(Extrema, AreReportedToTheLetter) {
+  const std::string rule = "#" + std::string(67, '-') + "\n";
+  const std::string begin = rule + "# Field extrema\n" + rule;
+  const std::string untouched = "[ +1.79769313E+308 : -1.79769313E+308 ]\n";
+  EXPECT_EQ(Table({}).extrema(), begin + "  Range of potential:   " + untouched +
+                                     "  Range of E-field(X):  " + untouched +
+                                     "  Range of E-field(Y):  " + untouched +
+                                     "  Range of E-field(Z):  " + untouched +
+                                     "  Max eField magnitude:    0.00000000E+00\n");
+
+  const double nan = Limits::quiet_NaN();
+  const Table table({9, 9, 9, 1.5,  3.0,    -4.0, 12.0,  //
+                     9, 9, 9, nan,  nan,    0.0,  -nan,  //
+                     9, 9, 9, -2.0, -1e-12, 5.0,  0.0});
+  EXPECT_EQ(table.extrema(), begin +
+                                 "  Range of potential:   [ -2.00000000E+00 : +1.50000000E+00 ]\n"
+                                 "  Range of E-field(X):  [ -1.00000000E-12 : +3.00000000E+00 ]\n"
+                                 "  Range of E-field(Y):  [ -4.00000000E+00 : +5.00000000E+00 ]\n"
+                                 "  Range of E-field(Z):  [ +0.00000000E+00 : +1.20000000E+01 ]\n"
+                                 "  Max eField magnitude:    1.30000000E+01\n");
+}
+
+}  // namespace
+}  // namespace orvanta

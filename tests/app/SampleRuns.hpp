@@ -1,0 +1,106 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <charconv>
+#include <filesystem>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "accuracy/Evaluation.hpp"
+#include "samples/SampleRequest.hpp"
+#include "support/RunProgram.hpp"
+#include "support/TemporaryFolder.hpp"
+
+/// Runs of the program on samples, and its tables read back.
+namespace orvanta {
+
+namespace fs = std::filesystem;
+using velmo::u64;
+using velmo::accuracy::Errors;
+using velmo::accuracy::Values;
+using velmo::samples::Elements;
+using velmo::samples::PointSet;
+using velmo::samples::Sample;
+using velmo::samples::SampleRequest;
+using velmo::test::ProgramResult;
+using velmo::test::readFile;
+using velmo::test::TemporaryFolder;
+
+inline const std::string tableHead = "X,Y,Z,Potential,EFieldX,EFieldY,EFieldZ\n";
+
+/// A small sphere with near and far field, points in a shell around it.
+inline SampleRequest smallRequest(const fs::path& out) {
+  SampleRequest request;
+  request.mesh.refine = 4;
+  request.count = 150;
+  request.settings.fmm = {.leafQuadratureOrder = 12, .degree = 8};
+  request.settings.tree.leafSize = 30;
+  request.settings.numThreads = 2;
+  request.out = out;
+  return request;
+}
+
+inline Sample write(const SampleRequest& request) {
+  Sample sample = makeSample(request);
+  (void)writeSample(request, sample);
+  return sample;
+}
+
+inline ProgramResult run(const fs::path& base, const std::vector<std::string>& more = {}) {
+  std::vector<std::string> arguments{"--input=" + base.string() + ".vtkhdf",
+                                     "--points=" + base.string() + ".xyz",
+                                     "--settings=" + base.string() + ".yaml"};
+  arguments.insert(arguments.end(), more.begin(), more.end());
+  return velmo::test::runProgram(ORVANTA_POST_PROGRAM, arguments, base.parent_path());
+}
+
+struct Table {
+  std::vector<double> points;
+  Values values;
+};
+
+/// Reads a result file, strictly: seven numbers per line, nothing else.
+inline Table readTable(const fs::path& path) {
+  std::istringstream text(readFile(path));
+  std::string line;
+  std::getline(text, line);
+  EXPECT_EQ(line + "\n", tableHead);
+  Table table;
+  while (std::getline(text, line)) {
+    std::array<double, 7> row{};
+    const char* next = line.data();
+    const char* const end = line.data() + line.size();
+    for (double& value : row) {
+      if (next != end && *next == ' ') ++next;
+      const auto [stop, error] = std::from_chars(next, end, value);
+      EXPECT_EQ(error, std::errc()) << line;
+      next = stop == end ? end : stop + 1;
+    }
+    EXPECT_EQ(next, end) << line;
+    table.points.insert(table.points.end(), row.begin(), row.begin() + 3);
+    table.values.potential.push_back(row[3]);
+    table.values.field.insert(table.values.field.end(), row.begin() + 4, row.end());
+  }
+  return table;
+}
+
+/// The same sample by quadrature over all pairs, without files.
+inline Values allPairs(const SampleRequest& request, const Sample& sample) {
+  return evaluate({sample.mesh, sample.density, sample.points},
+                  velmo::accuracy::allNear(
+                      {request.settings.tree, request.settings.fmm, request.settings.quad}));
+}
+
+/// Every line belongs to the point of its line in the input and holds what all pairs give.
+inline void expectTable(const fs::path& path, const SampleRequest& request, const Sample& sample) {
+  const Table table = readTable(path);
+  ASSERT_EQ(table.points, sample.points);
+  const Errors e = velmo::accuracy::errors(table.values, allPairs(request, sample));
+  EXPECT_LT(e.potential, 2e-4);
+  EXPECT_LT(e.field, 2e-3);
+}
+
+}  // namespace orvanta

@@ -1,0 +1,222 @@
+#include "bem/DofTransfer.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <numeric>
+#include <random>
+#include <stdexcept>
+#include <vector>
+
+#include "io/Exception.hpp"
+#include "support/ExpectThrow.hpp"
+
+namespace velmo::bem {
+namespace {
+
+using Elements = std::vector<std::vector<u64>>;
+
+/// A strip of triangles and quadrilaterals in turn, each sharing an edge with the next.
+Elements strip(u64 numElements) {
+  Elements elements;
+  u64 low = 0;  // the two vertices of the last edge
+  u64 high = 1;
+  for (u64 e = 0, next = 2; e < numElements; ++e) {
+    if (e % 2 == 0) {
+      elements.push_back({low, next, high});
+      low = next++;
+    } else {
+      elements.push_back({low, next, next + 1, high});
+      low = next;
+      high = next + 1;
+      next += 2;
+    }
+  }
+  return elements;
+}
+
+std::vector<u64> shuffled(u64 count, unsigned seed) {
+  std::vector<u64> order(count);
+  std::iota(order.begin(), order.end(), u64{0});
+  std::shuffle(order.begin(), order.end(), std::mt19937_64(seed));
+  return order;
+}
+
+/// The elements in the given order.
+topo::Grid<2> surface(const Elements& elements, const std::vector<u64>& order) {
+  std::vector<u64> connectivity;
+  std::vector<u64> offsets{0};
+  for (const u64 e : order) {
+    connectivity.insert(connectivity.end(), elements[e].begin(), elements[e].end());
+    offsets.push_back(connectivity.size());
+  }
+  topo::Grid<2> grid(order.size(), connectivity, offsets, std::vector<u64>(order.size(), 0));
+  grid.createOwnerships(0);
+  return grid;
+}
+
+topo::Grid<0> cloud(const std::vector<u64>& ids) {
+  topo::Grid<0> grid(ids.size(), ids, std::vector<u64>(ids.size(), 0));
+  grid.createOwnerships(0);
+  return grid;
+}
+
+u64 rankZero(u64 /*element*/) { return 0; }
+
+sparse::ParVec viewOf(std::vector<double>& values) {
+  return {sparse::IndexLayout(0, values.size()),
+          linalg::MatrixView<double, -1, 1>(std::span<double>(values))};
+}
+
+/// Every row and every column has one entry, 1, and the transposed matrix is the inverse.
+void expectPermutation(const DofTransfer& transfer) {
+  const u64 n = transfer.rowLayout.globalSize();
+  ASSERT_EQ(transfer.colLayout.globalSize(), n);
+  std::vector<u64> columns;
+  for (u64 row = 0; row < n; ++row) {
+    const auto entries = transfer.blocks[0].getRow(row);
+    ASSERT_EQ(entries.colIds.size(), 1U);
+    EXPECT_EQ(entries.values[0], 1.0);
+    columns.push_back(entries.colIds[0]);
+  }
+  std::sort(columns.begin(), columns.end());
+  for (u64 i = 0; i < n; ++i) EXPECT_EQ(columns[i], i);
+
+  std::vector<double> start(n);
+  std::iota(start.begin(), start.end(), 1.0);
+  std::vector<double> there(n, 0.0);
+  std::vector<double> back(n, 0.0);
+  auto in = viewOf(start);
+  auto moved = viewOf(there);
+  auto out = viewOf(back);
+  transfer.matMult(in, moved, 1.0);
+  moved.scattered = false;
+  transfer.matMultTrans(moved, out, 1.0);
+  EXPECT_EQ(back, start);
+}
+
+/// Column of the entry of a row.
+u64 columnOf(const DofTransfer& transfer, u64 row) {
+  return transfer.blocks[0].getRow(row).colIds[0];
+}
+
+TEST(DofTransfer, FollowsShuffledElementsOfBothShapes) {
+  const u64 n = 41;
+  const Elements elements = strip(n);
+  const std::vector<u64> fromOrder = shuffled(n, 1);
+  const std::vector<u64> toOrder = shuffled(n, 2);
+  const topo::Grid<2> from = surface(elements, fromOrder);
+  const topo::Grid<2> to = surface(elements, toOrder);
+  std::vector<u64> placeInTarget(n);
+  for (u64 k = 0; k < n; ++k) placeInTarget[toOrder[k]] = k;
+  const auto elementInTarget = [&](u64 e) { return placeInTarget[fromOrder[e]]; };
+  for (const u64 order : {0, 1, 2, 3}) {
+    const fe::ShapeFunList<2, 3> shapes(order);
+    const fe::DofData fromDofs = fe::elementDofs(from, shapes);
+    const fe::DofData toDofs = fe::elementDofs(to, shapes);
+
+    const DofTransfer transfer =
+        makeDofTransfer(from, to, fromDofs, toDofs, rankZero, elementInTarget);
+
+    expectPermutation(transfer);
+    for (u64 e = 0; e < n; ++e) {
+      const auto fromList = fromDofs.get<0>().dofsOf(e);
+      const auto toList = toDofs.get<0>().dofsOf(elementInTarget(e));
+      ASSERT_EQ(fromList.size(), toList.size());
+      for (u64 i = 0; i < fromList.size(); ++i)
+        EXPECT_EQ(columnOf(transfer, toList[i]), fromList[i]);
+    }
+  }
+}
+
+TEST(DofTransfer, FollowsVerticesAndEdgesThatElementsShare) {
+  const u64 n = 20;
+  const Elements elements = strip(n);
+  const std::vector<u64> order = shuffled(n, 3);
+  std::vector<u64> identity(n);
+  std::iota(identity.begin(), identity.end(), u64{0});
+  std::vector<u64> placeInTarget(n);
+  for (u64 k = 0; k < n; ++k) placeInTarget[order[k]] = k;
+  fe::ShapeFunCounts counts;
+  using topo::ReferenceType;
+  for (const auto& [type, count] : {std::pair{ReferenceType::Point, u64{2}},
+                                    {ReferenceType::Line, u64{1}},
+                                    {ReferenceType::Triangle, u64{3}},
+                                    {ReferenceType::Quadrilateral, u64{4}}})
+    counts.count[static_cast<std::size_t>(type)] = count;
+  const auto numbered = [&](const topo::Grid<2>& grid) {
+    fe::DofData dofs(counts);
+    dofs.initialize<0>(grid, dofs.initialize<1>(grid, dofs.initialize<2>(grid)));
+    return dofs;
+  };
+  const topo::Grid<2> from = surface(elements, identity);
+  const topo::Grid<2> to = surface(elements, order);
+  const fe::DofData fromDofs = numbered(from);
+  const fe::DofData toDofs = numbered(to);
+
+  const DofTransfer transfer = makeDofTransfer(from, to, fromDofs, toDofs, rankZero,
+                                               [&](u64 e) { return placeInTarget[e]; });
+
+  expectPermutation(transfer);
+  // Vertices are numbered by their ids in both grids, whatever the order of the elements.
+  for (u64 dof = 0; dof < 2 * from.vertices.size(); ++dof) EXPECT_EQ(columnOf(transfer, dof), dof);
+}
+
+TEST(DofTransfer, FollowsShuffledPointsWithOneOrThreeValues) {
+  const u64 n = 57;
+  std::vector<u64> ids(n);
+  std::iota(ids.begin(), ids.end(), u64{0});
+  const std::vector<u64> place = shuffled(n, 4);
+  const topo::Grid<0> from = cloud(ids);
+  const topo::Grid<0> to = cloud(ids);
+  for (const u64 values : {1, 3}) {
+    const DofTransfer transfer =
+        makeDofTransfer(from, to, fe::vertexDofs(from, values), fe::vertexDofs(to, values),
+                        rankZero, [&](u64 i) { return place[i]; });
+
+    expectPermutation(transfer);
+    for (u64 i = 0; i < n; ++i)
+      for (u64 c = 0; c < values; ++c)
+        EXPECT_EQ(columnOf(transfer, values * place[i] + c), values * i + c);
+  }
+}
+
+TEST(DofTransfer, IsEmptyForEmptyGrids) {
+  const topo::Grid<0> none = cloud({});
+  const fe::DofData dofs = fe::vertexDofs(none, 1);
+
+  const DofTransfer transfer =
+      makeDofTransfer(none, none, dofs, dofs, rankZero, [](u64 i) { return i; });
+
+  expectPermutation(transfer);
+}
+
+TEST(DofTransfer, RefusesGridsThatDontFit) {
+  const Elements elements = strip(2);
+  const topo::Grid<2> grid = surface(elements, {0, 1});
+  topo::Grid<2> unowned = surface(elements, {0, 1});
+  unowned.ownerships.reset();
+  const fe::DofData first = fe::elementDofs(grid, fe::ShapeFunList<2, 3>(1));
+  const fe::DofData second = fe::elementDofs(grid, fe::ShapeFunList<2, 3>(2));
+  const auto same = [](u64 e) { return e; };
+  const auto other = [](u64 e) { return 1 - e; };
+  const auto beyond = [](u64) { return u64{1}; };
+  const auto make = [&](const topo::Grid<2>& from, const fe::DofData& dofs,
+                        const ElementMap& destination, const ElementMap& target) {
+    (void)makeDofTransfer(from, grid, dofs, first, destination, target);
+  };
+  using utility::RuntimeError;
+
+  test::expectThrow<RuntimeError>([&] { make(unowned, second, rankZero, same); },
+                                  "Ownerships has not been created yet");
+  test::expectThrow<RuntimeError>([&] { make(grid, second, rankZero, other); },
+                                  "FE degrees don't match as they have to");
+  test::expectThrow<RuntimeError>([&] { make(grid, first, rankZero, other); },
+                                  "From/To element have different number of DOFs");
+  test::expectThrow<std::out_of_range>([&] { make(grid, first, beyond, same); },
+                                       "invalid vector subscript");
+  EXPECT_NO_THROW(make(grid, first, rankZero, same));
+}
+
+}  // namespace
+}  // namespace velmo::bem

@@ -1,0 +1,210 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+#include "fmm/ExpansionTools.hpp"
+#include "fmm/PointOperators.hpp"
+#include "io/Exception.hpp"
+#include "linalg/Products.hpp"
+#include "support/ExpectThrow.hpp"
+
+namespace velmo::bem::fmm::test {
+namespace {
+
+using Long = long double;
+using LongComplex = std::complex<Long>;
+using utility::RuntimeError;
+using velmo::test::expectThrow;
+
+Long factorial(u64 n) {
+  Long f = 1;
+  for (u64 i = 2; i <= n; ++i) f *= static_cast<Long>(i);
+  return f;
+}
+
+/// R(n, m) = sum over k of (-1)^k (x + iy)^m rho^(2k) z^(n-m-2k) / (2^(m+2k) k! (m+k)! (n-m-2k)!).
+LongComplex explicitRegular(u64 n, u64 m, const std::array<Long, 3>& x) {
+  const Long rho2 = (x[0] * x[0] + x[1] * x[1]) / 4;
+  Long sum = 0;
+  for (u64 k = 0; m + 2 * k <= n; ++k) {
+    Long term =
+        (k % 2 == 0 ? 1 : -1) / (factorial(k) * factorial(m + k) * factorial(n - m - 2 * k));
+    for (u64 i = 0; i < k; ++i) term *= rho2;
+    for (u64 i = 0; i < n - m - 2 * k; ++i) term *= x[2];
+    sum += term;
+  }
+  LongComplex power = 1;
+  for (u64 i = 0; i < m; ++i) power *= LongComplex(x[0], x[1]) / Long{2};
+  return power * sum;
+}
+
+/// S(n, m) = (n - m)! (n + m)! R(n, m) / r^(2n+1).
+LongComplex explicitSingular(u64 n, u64 m, const std::array<Long, 3>& x) {
+  const Long r = std::sqrt(x[0] * x[0] + x[1] * x[1] + x[2] * x[2]);
+  return explicitRegular(n, m, x) * factorial(n - m) * factorial(n + m) /
+         std::pow(r, static_cast<Long>(2 * n + 1));
+}
+
+using Explicit = LongComplex (*)(u64, u64, const std::array<Long, 3>&);
+
+Coefficients explicitValues(Explicit harmonic, u64 degree, const Vector& x) {
+  Coefficients out;
+  for (u64 n = 0; n <= degree; ++n)
+    for (u64 m = 0; m <= n; ++m) out.emplace_back(harmonic(n, m, {x[0], x[1], x[2]}));
+  return out;
+}
+
+/// Central difference with an error of h^4, which leaves some 14 digits in long double.
+Coefficients differences(Explicit harmonic, u64 degree, const Vector& x, std::size_t axis) {
+  constexpr Long h = 1e-4L;
+  Coefficients out;
+  for (u64 n = 0; n <= degree; ++n)
+    for (u64 m = 0; m <= n; ++m) {
+      const auto at = [&](Long step) {
+        std::array<Long, 3> y{x[0], x[1], x[2]};
+        y[axis] += step * h;
+        return harmonic(n, m, y);
+      };
+      out.emplace_back((Long{8} * (at(1) - at(-1)) - (at(2) - at(-2))) / (12 * h));
+    }
+  return out;
+}
+
+const Vector kPlaces[] = {{0.3, -0.7, 0.45}, {-1.1, 0.2, -0.6}, {0.8, 0.0, 0.0},  {0.0, 0.0, -0.9},
+                          {0.0, 0.0, 1.3},   {1e-9, 2e-9, 0.5}, {0.4, 0.4, 1e-12}};
+
+TEST(SolidHarmonics, EqualTheirExplicitSums) {
+  constexpr u64 kDegree = 20;
+  std::vector<double> points;
+  for (const Vector& x : kPlaces) points.insert(points.end(), x.begin(), x.end());
+  const u64 count = std::size(kPlaces);
+  const u64 block = numCoefficients(kDegree);
+  Coefficients regular(count * block);
+  Coefficients singular(count * block);
+
+  regularHarmonics(kDegree, count, points, regular);
+  singularHarmonics(kDegree, count, points, singular);
+
+  for (u64 q = 0; q < count; ++q) {
+    // The recursions lose some rounding errors per degree.
+    EXPECT_LT(largestError(Kind::Multipole, columnOf(regular, q, block),
+                           explicitValues(explicitRegular, kDegree, kPlaces[q])),
+              8 * kDegree * kEps);
+    EXPECT_LT(largestError(Kind::Local, columnOf(singular, q, block),
+                           explicitValues(explicitSingular, kDegree, kPlaces[q])),
+              8 * kDegree * kEps);
+  }
+}
+
+/// Largest error of a degree of gradient block `axis`, relative to the harmonics of that degree.
+double gradientError(Kind kind, const Vector& x, std::size_t axis) {
+  constexpr u64 kDegree = 9;
+  const u64 block = numCoefficients(kDegree);
+  const bool isRegular = kind == Kind::Multipole;
+  const Explicit harmonic = isRegular ? explicitRegular : explicitSingular;
+  Coefficients gradient(3 * block);
+  (isRegular ? regularGradient : singularGradient)(kDegree, x, gradient);
+  Coefficients error = differences(harmonic, kDegree, x, axis);
+  for (u64 i = 0; i < block; ++i) error[i] -= gradient[axis * block + i];
+  const Coefficients values = explicitValues(harmonic, kDegree, x);
+  double largest = 0.0;
+  for (u64 n = 0; n <= kDegree; ++n)
+    largest = std::max(largest, degreeNorm(kind, error, n) / degreeNorm(kind, values, n));
+  return largest;
+}
+
+TEST(SolidHarmonics, GradientsEqualDifferencesOfTheExplicitSums) {
+  for (const Vector& x : {kPlaces[0], kPlaces[1], kPlaces[2], kPlaces[3]}) {
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+      // Degree 9 has h^4 (n+1) ... (n+5) / (30 r^5) in S, below 2e-10 here.
+      EXPECT_LT(gradientError(Kind::Multipole, x, axis), 1e-11);
+      EXPECT_LT(gradientError(Kind::Local, x, axis), 1e-9);
+    }
+  }
+}
+
+TEST(SolidHarmonics, SumUpToTheKernelAndItsGradient) {
+  constexpr u64 kDegree = 40;
+  const Vector centre{0.2, -0.1, 0.4};
+  const Vector near{0.45, 0.1, 0.3};
+  const Vector far{-2.0, 1.5, 1.0};
+  // Multipole: source near, target far; local: the other way.
+  for (const Kind kind : {Kind::Multipole, Kind::Local}) {
+    const bool isLocal = kind == Kind::Local;
+    const Vector source = isLocal ? far : near;
+    const Vector target = isLocal ? near : far;
+    const Coefficients c = expand(kind, {{source}, {1.5}}, centre, kDegree);
+    Coefficients argument = c;
+    if (!isLocal)
+      for (Complex& a : argument) a = std::conj(a);
+    const PointOperator values = isLocal ? regularPotential(kDegree, target, centre)
+                                         : singularPotential(kDegree, target, centre);
+    const PointOperator gradients = isLocal ? regularGradientOperator(kDegree, target, centre)
+                                            : singularGradientOperator(kDegree, target, centre);
+    const auto product = [&](const PointOperator& op, u64 row) {
+      double sum = 0.0;
+      for (u64 i = 0; i < op.cols; ++i) sum += (op.view()(row, i) * argument[i]).real();
+      return sum;
+    };
+
+    const Vector d = difference(target, source);
+    const double r = length(d);
+    // Truncation is (0.34 / 2.8)^41; the rest is rounding.
+    EXPECT_NEAR(potential(kind, c, difference(target, centre)), 1.5 / r, 16 * kEps);
+    EXPECT_NEAR(product(values, 0), 1.5 / r, 16 * kEps);
+    for (u64 axis = 0; axis < 3; ++axis)
+      EXPECT_NEAR(product(gradients, axis), -1.5 * d[axis] / (r * r * r), 16 * kEps);
+    EXPECT_EQ(gradients.rows, 3u);
+    if (isLocal) {
+      EXPECT_EQ(gradients.view()(0, 0), Complex(0.0));
+    }
+  }
+}
+
+TEST(SolidHarmonics, OperatorsKeepPointsAndComponentsApart) {
+  constexpr u64 kDegree = 4;
+  std::vector<double> points;
+  for (const Vector& x : {kPlaces[0], kPlaces[1]}) points.insert(points.end(), x.begin(), x.end());
+  const Vector centre{0.1, 0.2, -0.3};
+  for (const auto op :
+       {regularPotential, singularPotential, regularGradientOperator, singularGradientOperator}) {
+    const PointOperator both = op(kDegree, points, centre);
+    for (u64 q = 0; q < 2; ++q) {
+      const PointOperator one = op(kDegree, kPlaces[q], centre);
+      ASSERT_EQ(both.rows, 2 * one.rows);
+      for (u64 i = 0; i < one.cols; ++i)
+        for (u64 c = 0; c < one.rows; ++c) EXPECT_EQ(both.view()(2 * c + q, i), one.view()(c, i));
+    }
+    expectThrow<RuntimeError>([&] { static_cast<void>(op(1, points, centre)); },
+                              "Expansion degree must be >= 2");
+  }
+}
+
+TEST(SolidHarmonics, GradientsRefuseLowDegrees) {
+  Coefficients out(3 * numCoefficients(3), 1.0);
+  const std::string text = "Expansion degree must be >= 2";
+  for (const u64 p : {1, 2})
+    expectThrow<RuntimeError>([&] { regularGradient(p, kPlaces[0], out); }, text);
+  expectThrow<RuntimeError>([&] { singularGradient(0, kPlaces[0], out); }, text);
+  EXPECT_NO_THROW(regularGradient(3, kPlaces[0], out));
+  EXPECT_NO_THROW(singularGradient(1, kPlaces[0], out));
+  regularGradient(0, kPlaces[0], out);
+  for (u64 i = 0; i < 3; ++i) EXPECT_EQ(out[i], Complex(0.0));
+}
+
+TEST(CoefficientIndex, TellsTheDegreeOfAStorage) {
+  for (u64 p = 0; p <= 80; ++p) {
+    EXPECT_EQ(degreeOfTriangular(numCoefficients(p)), p);
+    EXPECT_EQ(degreeOfSquare((p + 1) * (p + 1)), p);
+  }
+  for (const u64 size : {0, 2, 4, 5, 11, 44})
+    expectThrow<RuntimeError>([&] { static_cast<void>(degreeOfTriangular(size)); },
+                              "Cannot convert storage size into degree");
+  for (const u64 size : {0, 2, 11, 17})
+    expectThrow<RuntimeError>([&] { static_cast<void>(degreeOfSquare(size)); },
+                              "Cannot convert storage size into degree");
+}
+
+}  // namespace
+}  // namespace velmo::bem::fmm::test
