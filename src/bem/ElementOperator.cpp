@@ -3,7 +3,6 @@
 #include "fmm/CoefficientIndex.hpp"
 #include "fmm/SolidHarmonics.hpp"
 #include "grid/GeometricBasis.hpp"
-#include "io/Exception.hpp"
 #include "quad/SurfaceRuleSet.hpp"
 
 namespace velmo::bem {
@@ -15,7 +14,7 @@ using Harmonics = void (*)(u64, u64, std::span<const double>, std::span<Complex>
 ElementOperator build(std::span<const double, 3> center, u64 degree, u64 leafQuadratureOrder,
                       const grid::SurfaceElements& elements, const fe::ShapeFunList<2, 3>& shapes,
                       tree::ObjectRange range, Harmonics harmonics) {
-  if (degree < 2) throw utility::RuntimeError("Expansion degree must be >= 2");
+  fmm::requireDegree(degree);
   const quad::SurfaceRuleSet rules(quad::requireOrder(leafQuadratureOrder));
   ElementOperator op{degree, fmm::numCoefficients(degree), 0, {}};
   for (u64 e = range.first; e < range.first + range.count; ++e) {

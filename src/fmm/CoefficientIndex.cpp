@@ -19,6 +19,11 @@ u64 wholeRoot(double square, double smallest) {
 
 }  // namespace
 
+u64 requireDegree(u64 degree) {
+  if (degree < 2) throw utility::RuntimeError("Expansion degree must be >= 2");
+  return degree;
+}
+
 u64 degreeOfTriangular(u64 size) {
   return (wholeRoot(8.0 * static_cast<double>(size) + 1.0, 3.0) - 3) / 2;
 }

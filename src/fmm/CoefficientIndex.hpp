@@ -12,6 +12,10 @@ namespace velmo::bem::fmm {
   return (degree + 1) * (degree + 2) / 2;
 }
 
+/// The degree itself, when operators can be built for it.
+/// @throws utility::RuntimeError "Expansion degree must be >= 2"
+u64 requireDegree(u64 degree);
+
 /// The degree of a triangular storage of `size` coefficients.
 /// @throws utility::RuntimeError "Cannot convert storage size into degree"
 [[nodiscard]] u64 degreeOfTriangular(u64 size);

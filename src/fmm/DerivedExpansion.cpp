@@ -26,27 +26,19 @@ const double* DerivedExpansion::data() const noexcept { return values_.data(); }
 void DerivedExpansion::setLocal(std::span<const Complex> forPotential,
                                 std::span<const Complex> forGradient) {
   degree_ = baseDegree_;
-  const SignedOrders u(forPotential, static_cast<std::int64_t>(baseDegree_));
-  const SignedOrders c(forGradient, static_cast<std::int64_t>(baseDegree_));
-  double* out = values_.data();
-  const auto p = static_cast<std::int64_t>(degree_);
-  for (std::int64_t m = 0; m <= p; ++m) {
-    const double e = m == 0 ? 1.0 : 2.0;
-    for (std::int64_t n = m; n <= p; ++n) {
-      const Complex up = c(n + 1, m + 1);
-      const Complex down = c(n + 1, m - 1);
-      put(out, u(n, m), e);
-      put(out, up - down, 0.5 * e);
-      put(out, kMinusI * (up + down), 0.5 * e);
-      put(out, c(n + 1, m), e);
-    }
-  }
+  set(forPotential, forGradient, 1);
 }
 
-// Re(S conj(M)) has the same form; the derivatives of S raise its degree.
+// Re(S conj(M)) has the same form; the derivatives of S raise its degree, that along z with a
+// minus.
 void DerivedExpansion::setMultipole(std::span<const Complex> forPotential,
                                     std::span<const Complex> forGradient) {
   degree_ = baseDegree_ + 1;
+  set(forPotential, forGradient, -1);
+}
+
+void DerivedExpansion::set(std::span<const Complex> forPotential,
+                           std::span<const Complex> forGradient, int step) {
   const SignedOrders u(forPotential, static_cast<std::int64_t>(baseDegree_));
   const SignedOrders c(forGradient, static_cast<std::int64_t>(baseDegree_));
   double* out = values_.data();
@@ -54,12 +46,12 @@ void DerivedExpansion::setMultipole(std::span<const Complex> forPotential,
   for (std::int64_t m = 0; m <= p; ++m) {
     const double e = m == 0 ? 1.0 : 2.0;
     for (std::int64_t n = m; n <= p; ++n) {
-      const Complex up = c(n - 1, m + 1);
-      const Complex down = c(n - 1, m - 1);
+      const Complex up = c(n + step, m + 1);
+      const Complex down = c(n + step, m - 1);
       put(out, u(n, m), e);
       put(out, up - down, 0.5 * e);
       put(out, kMinusI * (up + down), 0.5 * e);
-      put(out, -c(n - 1, m), e);
+      put(out, c(n + step, m), e * step);
     }
   }
 }

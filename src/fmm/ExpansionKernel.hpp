@@ -71,6 +71,10 @@ class DerivedExpansion {
   [[nodiscard]] const double* data() const noexcept;
 
  private:
+  /// Derivatives from the coefficients of degree n + step.
+  void set(std::span<const std::complex<double>> forPotential,
+           std::span<const std::complex<double>> forGradient, int step);
+
   u64 baseDegree_;
   u64 degree_ = 0;
   std::vector<double> values_;

@@ -4,7 +4,6 @@
 
 #include "fmm/CoefficientIndex.hpp"
 #include "fmm/SolidHarmonics.hpp"
-#include "io/Exception.hpp"
 
 namespace velmo::bem::fmm {
 namespace {
@@ -16,7 +15,7 @@ using Complex = std::complex<double>;
 template <class Harmonics>
 PointOperator build(u64 degree, u64 numComponents, bool conjugate, std::span<const double> points,
                     std::span<const double, 3> centre, const Harmonics& harmonics) {
-  if (degree < 2) throw utility::RuntimeError("Expansion degree must be >= 2");
+  requireDegree(degree);
   const u64 numPoints = points.size() / 3;
   const u64 block = numCoefficients(degree);
   PointOperator op{std::vector<Complex>(numComponents * numPoints * block),

@@ -1,17 +1,9 @@
 #include "fmm/SourceOperators.hpp"
 
+#include "fmm/CoefficientIndex.hpp"
 #include "io/Exception.hpp"
 
 namespace velmo::bem::fmm {
-namespace {
-
-u64 checkedDegree(u64 degree) {
-  if (degree < 2) throw utility::RuntimeError("Expansion degree must be >= 2");
-  return degree;
-}
-
-}  // namespace
-
 SourceOperators::SourceOperators(const velmo::fmm::FmmTree& tree,
                                  const grid::SurfaceElements& elements,
                                  const fe::ShapeFunList<2, 3>& shapes, u64 leafQuadratureOrder,
@@ -20,7 +12,7 @@ SourceOperators::SourceOperators(const velmo::fmm::FmmTree& tree,
       rules_(quad::requireOrder(leafQuadratureOrder)),
       points_(elements, rules_),
       order_(shapes.order),
-      table_(checkedDegree(degree)) {
+      table_(requireDegree(degree)) {
   shapes_.add(elements.shapes, shapes, rules_);
   addLeaves(tree, dofOffsets(elements, shapes));
   addReceivers(tree);

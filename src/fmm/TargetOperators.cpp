@@ -1,20 +1,12 @@
 #include "fmm/TargetOperators.hpp"
 
+#include "fmm/CoefficientIndex.hpp"
 #include "io/Exception.hpp"
 #include "math/Constants.hpp"
 
 namespace velmo::bem::fmm {
-namespace {
-
-u64 checkedDegree(u64 degree) {
-  if (degree < 2) throw utility::RuntimeError("Expansion degree must be >= 2");
-  return degree;
-}
-
-}  // namespace
-
 TargetOperators::TargetOperators(const velmo::fmm::FmmTree& tree, u64 degree)
-    : table_(checkedDegree(degree)), higherTable_(degree + 1) {
+    : table_(requireDegree(degree)), higherTable_(degree + 1) {
   const std::span<const double> coordinates = tree.targetCoordinates();
   for (u64 t = 0; t < tree.numTargets(); ++t) {
     x_.push_back(coordinates[3 * t]);
@@ -61,7 +53,8 @@ void TargetOperators::applyToLeaf(const velmo::fmm::FmmTree& tree, tree::BoxInde
 
   const auto& local = boxes.boxes[leaf].local;
   expansion.setLocal(local.column(potentialColumn).values(), local.column(gradientColumn).values());
-  kernel.localToPoints(table_, expansion, centres + 3 * u64{leaf}, math::kOneOverFourPi, points, out);
+  kernel.localToPoints(table_, expansion, centres + 3 * u64{leaf}, math::kOneOverFourPi, points,
+                       out);
   for (const tree::BoxIndex box : boxes.boxes[leaf].positions(tree::ListKind::W)) {
     const auto& multipole = boxes.boxes[box].multipole;
     expansion.setMultipole(multipole.column(potentialColumn).values(),

@@ -2,30 +2,33 @@
 
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <sstream>
+#include <string_view>
 
 namespace velmo::layers {
 namespace {
 
 namespace fs = std::filesystem;
 
-std::string textOf(const fs::path& file) {
+std::string textWithoutComments(const fs::path& file) {
   std::ifstream stream(file);
-  return {std::istreambuf_iterator<char>(stream), {}};
+  std::string text;
+  for (std::string line; std::getline(stream, line);) {
+    text += line.substr(0, line.find('#'));
+    text += '\n';
+  }
+  return text;
 }
 
-/// The words of each call of a CMake file, the name of the command first.
+/// The words of each call of a CMake file, the name of the command first. No call may stand in the
+/// arguments of another one.
 std::vector<std::vector<std::string>> callsOf(const fs::path& file) {
-  static const std::regex kComment("#[^\n]*");
-  static const std::regex kCall(R"((\w+)\s*\(([^()]*)\))");
-  const std::string text = std::regex_replace(textOf(file), kComment, "");
+  std::istringstream text(textWithoutComments(file));
   std::vector<std::vector<std::string>> calls;
-  for (std::sregex_iterator it(text.begin(), text.end(), kCall), end; it != end; ++it) {
-    std::vector<std::string> words{(*it)[1]};
-    std::istringstream arguments((*it)[2]);
-    words.insert(words.end(), std::istream_iterator<std::string>(arguments), {});
-    calls.push_back(std::move(words));
+  for (std::string head, list; std::getline(text, head, '(') && std::getline(text, list, ')');) {
+    std::istringstream arguments(head.append(" ").append(list));
+    calls.emplace_back(std::istream_iterator<std::string>(arguments),
+                       std::istream_iterator<std::string>());
   }
   return calls;
 }
@@ -42,10 +45,10 @@ void readCall(const std::vector<std::string>& words, const std::string& folder, 
     if (word == "SOURCES" || word == "PUBLIC" || word == "PRIVATE") {
       list = word;
     } else if (list == "SOURCES") {
-      const std::string stem = fs::path(word).stem();
+      const std::string stem = folder + "/" + fs::path(word).stem().string();
       for (const char* suffix : {"", "Baseline", "Avx2", "Avx512", "Body"})
         for (const char* extension : {".cpp", ".hpp", ".inl"})
-          tree.targetOf.emplace(folder + "/" + stem + suffix + extension, words[1]);
+          tree.targetOf.emplace(std::string(stem).append(suffix).append(extension), words[1]);
     } else if (word.starts_with("velmo::")) {
       (list == "PUBLIC" ? target.publicLinks : target.privateLinks).insert(word.substr(7));
     }
@@ -53,13 +56,16 @@ void readCall(const std::vector<std::string>& words, const std::string& folder, 
 }
 
 void readIncludes(const fs::path& file, const fs::path& root, SourceTree& tree) {
-  static const std::regex kInclude(R"(^\s*#\s*include\s*["<]([^">]+)[">])");
+  constexpr std::string_view kDirective = "#include";
   std::ifstream stream(file);
   std::string line;
-  for (int number = 1; std::getline(stream, line); ++number)
-    if (std::smatch match; std::regex_search(line, match, kInclude))
-      tree.includes.push_back(
-          {fs::relative(file, root), number, match[1], file.extension() != ".cpp"});
+  for (int number = 1; std::getline(stream, line); ++number) {
+    if (!line.starts_with(kDirective)) continue;
+    const auto first = line.find_first_of("\"<") + 1;
+    const auto end = line.find_first_of("\">", first);
+    tree.includes.push_back({fs::relative(file, root), number, line.substr(first, end - first),
+                             file.extension() != ".cpp"});
+  }
 }
 
 bool isCode(const fs::path& file) {
