@@ -2,7 +2,6 @@
 
 #include <cmath>
 
-
 namespace velmo::quad {
 RecursiveQuadrature::RecursiveQuadrature(u64 order, double minRelDist, u64 maxLevel)
     : rules_(requireOrder(order)), minRelDist_(minRelDist), maxLevel_(maxLevel) {}
