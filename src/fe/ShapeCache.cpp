@@ -48,7 +48,7 @@ void ShapeCache::add(std::span<const ReferenceType> elements, const ShapeFunList
   std::array<quad::QuadratureInterface<2>, kShapes.size()> shapeRules;
   std::vector<u64> sizes;
   for (u64 i = 0; i < kShapes.size(); ++i) {
-    if (inUse[i]) shapeRules[i] = rules.rule(kShapes[i], list.order);
+    if (inUse[i]) shapeRules[i] = rules.rule(kShapes[i], std::max(list.order, rules.order));
     blocks->numPoints.push_back(shapeRules[i].numPoints);
     sizes.push_back(shapeRules[i].numPoints * list.numDofs(kShapes[i]));
   }

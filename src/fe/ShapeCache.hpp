@@ -26,7 +26,8 @@ class ShapeCache {
   /// Fills the block of key (list.order, L2) unless it exists.
   ///
   /// @param elements shape of each element; the place in the span is the element's index
-  /// @param rules    the rule of an element is the one for the list's order
+  /// @param rules    the rule of an element is that of the set's order; where the list's order lies
+  ///                 above all of the set's, the fall-back tells so on standard error
   /// @throws utility::RuntimeError "2-dim can only have 3 or 4 nodes" for another shape
   void add(std::span<const topo::ReferenceType> elements, const ShapeFunList<2, 3>& list,
            const quad::SurfaceRuleSet& rules);
