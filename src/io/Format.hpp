@@ -15,7 +15,7 @@ using std::format;
 using std::format_to;
 using std::formatted_size;
 #else
-// GCC 12 has no <format>; {fmt} implements the same specification.
+// GCC 12 has no <format>; {fmt} formats in the same way.
 using fmt::format;
 using fmt::format_to;
 using fmt::formatted_size;
