@@ -165,7 +165,8 @@ TEST(NearField, AgreesWithItsDefinitionForAllElementTypesAndOrders) {
   }
 }
 
-/// Families of such orders hold several collapsed rules; points and shape values must come from one.
+/// Families of such orders hold several collapsed rules; points and shape values must come from
+/// one.
 TEST(NearField, AgreesWithItsDefinitionBeyondTheTabulatedRules) {
   for (const u64 type : {203, 304}) {
     for (const u64 order : {20, 22, 25}) {
