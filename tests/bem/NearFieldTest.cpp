@@ -183,6 +183,72 @@ TEST(NearField, AgreesWithItsDefinitionBeyondTheTabulatedRules) {
   }
 }
 
+/// Potential and gradient by a rule of order 19 on cells four levels deeper and graded twice as
+/// finely, added in long double.
+std::array<double, 4> refinedIntegral(const World& world, const double* target) {
+  quad::RecursiveQuadrature rule(19, 2.0, 9);
+  const std::vector<u64> vertices(world.element.data.connectivity.begin(),
+                                  world.element.data.connectivity.begin() +
+                                      static_cast<std::ptrdiff_t>(world.topology.vertexCounts[0]));
+  const grid::ElementGeometry map = world.geometry.element(vertices, 0);
+  rule.initialize({target[0], target[1], target[2]}, map);
+  const u64 n = rule.numPoints();
+  const u64 numShapes = world.coefficients.size();
+  std::vector<double> positions(3 * n);
+  std::vector<double> phi(n * numShapes);
+  map.positions({rule.points().data(), 2 * n}, positions.data());
+  world.shapes.evaluate(map.shape(), {rule.points().data(), 2 * n}, {phi.data(), n, numShapes});
+  std::array<long double, 4> sum{};
+  for (u64 q = 0; q < n; ++q) {
+    long double charge = 0.0L;
+    for (u64 i = 0; i < numShapes; ++i) charge += world.coefficients[i] * phi[i * n + q];
+    charge *= rule.weights()[q] / (4.0L * std::numbers::pi_v<long double>);
+    std::array<long double, 3> d{};
+    for (u64 c = 0; c < 3; ++c) d[c] = static_cast<long double>(target[c]) - positions[3 * q + c];
+    const long double r = std::sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
+    sum[0] += charge / r;
+    for (u64 c = 0; c < 3; ++c) sum[1 + c] -= charge * d[c] / (r * r * r);
+  }
+  return {static_cast<double>(sum[0]), static_cast<double>(sum[1]), static_cast<double>(sum[2]),
+          static_cast<double>(sum[3])};
+}
+
+/// Flat and curved, densities of order 0 to 3, from far away down to the surface. The tolerances
+/// are those of a rule of order 5 whose cells are as far away as they are large; on the surface and
+/// right above it the deepest cells, 1/32 of the element wide, leave their share of the potential.
+TEST(NearField, AgreesWithARefinedIntegralAtAllDistances) {
+  struct Case {
+    double height;  // above the image of a point beside the barycentre, in element sizes
+    double potential;
+    double gradient;
+  };
+  for (const u64 type : {203, 206, 304, 309, 316}) {
+    for (u64 densityOrder = 0; densityOrder <= 3; ++densityOrder) {
+      for (const Case& c : {Case{6.0, 1e-7, 1e-6}, Case{1.2, 2e-4, 2e-3}, Case{0.5, 1e-4, 1e-3},
+                            Case{0.1, 1e-4, 1e-3}, Case{0.0, 1e-2, 0.0}}) {
+        const World world(type, 0.4, densityOrder, {.order = 5, .minRelDist = 1.0});
+        const auto centre = world.elements.centre(0);
+        const double h = world.elements.sizes[0];
+        const std::vector<double> x{centre[0] + 0.013 * h, centre[1] - 0.007 * h,
+                                    centre[2] + c.height * h};
+
+        const std::vector<double> values = world.fast(x);
+
+        const auto exact = refinedIntegral(world, x.data());
+        const double field = std::hypot(exact[1], exact[2], exact[3]);
+        const double missed =
+            std::hypot(values[1] - exact[1], values[2] - exact[2], values[3] - exact[3]);
+        EXPECT_NEAR(values[0], exact[0], c.potential * std::abs(exact[0]))
+            << "type " << type << " density " << densityOrder << " height " << c.height;
+        if (c.gradient > 0.0) {
+          EXPECT_LT(missed, c.gradient * field)
+              << "type " << type << " density " << densityOrder << " height " << c.height;
+        }
+      }
+    }
+  }
+}
+
 /// Potential of a unit density per unit of area on a flat triangle, from the edges' integrals:
 /// int dA / r = sum over edges of h_e (asinh terms) - |z| (solid angle).
 long double flatTrianglePotential(const std::array<std::array<long double, 3>, 3>& v,
