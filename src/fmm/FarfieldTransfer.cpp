@@ -7,6 +7,7 @@
 #include "fmm/CoefficientIndex.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
+#include "linalg/Products.hpp"
 #include "thread/ParallelFor.hpp"
 
 namespace velmo::bem::fmm {
@@ -161,12 +162,19 @@ std::vector<double> Transfer::conversionScales(double unit) const {
   return scales;
 }
 
+void Transfer::checkShapes(ConstView from, ConstView to) const {
+  linalg::checkSameSize(from.rows, numCoefficients(degree_));
+  linalg::checkSameSize(from.size, to.size);
+}
+
 void Transfer::m2m(u64 level, u64 /*degree*/, std::span<const ConstView, 8> children,
                    View parent) const {
   const std::vector<double> factors = shiftFactors(level, 1.0);
   const auto steps = withFactors(childSteps_, factors);
   Batcher batcher(expansionKernel().multipoleToMultipole, degree_);
   for (std::size_t k = 0; k < 8; ++k) {
+    if (children[k].empty()) continue;
+    checkShapes(children[k], parent);
     for (u64 c = 0; c < children[k].cols; ++c)
       batcher.add(steps[k], children[k].column(c).data, parent.column(c).data);
     batcher.flush();
@@ -179,6 +187,8 @@ void Transfer::l2l(u64 level, u64 /*degree*/, ConstView parent,
   const auto steps = withFactors(parentSteps_, factors);
   Batcher batcher(expansionKernel().localToLocal, degree_);
   for (std::size_t k = 0; k < 8; ++k) {
+    if (children[k].empty()) continue;
+    checkShapes(parent, children[k]);
     for (u64 c = 0; c < children[k].cols; ++c)
       batcher.add(steps[k], parent.column(c).data, children[k].column(c).data);
     batcher.flush();
@@ -195,6 +205,7 @@ void Transfer::m2l(ConstView source, const std::array<double, 3>& shift, View re
         io::format("The rotation associated to shift c = [{:f}, {:f}, {:f}], phi = {:f}, theta = "
                    "{:f} is not registered",
                    x, y, z, phi, theta));
+  checkShapes(source, result);
   const double distance = std::sqrt(z * z + a);
   const double unit = unitOf(distance);
   const std::vector<double> factors = conversionFactors(distance / unit);

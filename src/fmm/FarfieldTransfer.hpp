@@ -55,6 +55,9 @@ class FarfieldTransfer<LaplaceFundSol<3>> {
   FarfieldTransfer& operator=(FarfieldTransfer&&) = default;
   ~FarfieldTransfer() = default;
 
+  /// The single translations refuse views of another degree or number of columns with
+  /// utility::RuntimeError "Vectors have different sizes: size(X) = <n> != <m> size(Y) ".
+  ///
   /// Adds the multipoles of the children to the parent's, a box of `level`; children that are not
   /// there are empty views.
   void m2m(u64 level, u64 degree, std::span<const ConstView, 8> children, View parent) const;
@@ -80,6 +83,10 @@ class FarfieldTransfer<LaplaceFundSol<3>> {
   [[nodiscard]] u64 degree() const noexcept { return degree_; }
 
  private:
+  /// @throws utility::RuntimeError "Vectors have different sizes: ..." for expansions of another
+  ///   degree or number of columns
+  void checkShapes(ConstView from, ConstView to) const;
+
   struct Direction {
     TranslationStep step;
     u64 squaredLength = 0;

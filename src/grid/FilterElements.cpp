@@ -7,6 +7,7 @@
 
 #include "grid/ElementTypes.hpp"
 #include "grid/NodeLookup.hpp"
+#include "topo/IdMap.hpp"
 
 namespace velmo::grid {
 namespace {
@@ -15,7 +16,7 @@ namespace {
 /// `source` has for them. `missing` makes the refusal of an id that is not in `source`.
 template <class Message>
 void takeUsedNodes(const GridData& source, GridData& grid, Message&& missing) {
-  grid.nodeIds = sortedUnique(grid.connectivity);
+  grid.nodeIds = topo::sortedUnique(grid.connectivity);
   grid.numNodes = grid.nodeIds.size();
   grid.coordinates.clear();
   grid.coordinates.reserve(grid.numNodes * grid.worldDim);
@@ -39,7 +40,7 @@ std::vector<u64> keptElements(const GridData& grid, std::span<const u64> ids, u6
   kept.reserve(ids.size());
   for (const u64 id : ids)
     if (id >= offset && id - offset < grid.numElements) kept.push_back(id - offset);
-  return sortedUnique(kept);
+  return topo::sortedUnique(kept);
 }
 
 }  // namespace

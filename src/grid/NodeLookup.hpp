@@ -1,7 +1,6 @@
 #pragma once
 
 #include <span>
-#include <vector>
 
 #include "io/Types.hpp"
 
@@ -10,8 +9,5 @@ namespace velmo::grid {
 /// Position of `id` in the sorted list `nodeIds`; of several equal ids the first. `kNone` if it is
 /// not there. Takes constant time where ids are positions, as in the grid of a solution file.
 [[nodiscard]] u64 nodePosition(std::span<const u64> nodeIds, u64 id);
-
-/// The ids of the list in ascending order, each once.
-[[nodiscard]] std::vector<u64> sortedUnique(std::span<const u64> ids);
 
 }  // namespace velmo::grid

@@ -79,12 +79,12 @@ void checkedMatVec(MatrixView<const T> A, MatrixView<const T, -1, 1> x, MatrixVi
        y.data);
 }
 
+}  // namespace
+
 void checkSameSize(u64 sizeX, u64 sizeY) {
   require(sizeX == sizeY, "Vectors have different sizes: size(X) = ", sizeX, " != ", sizeY,
           " size(Y) ");
 }
-
-}  // namespace
 
 void matMatMult(MatrixView<const double> A, MatrixView<const double> B, MatrixView<double> C,
                 double alpha, double beta, Op opA, Op opB) {

@@ -9,6 +9,10 @@
 /// overlap inputs. All of them throw utility::RuntimeError, also for a size beyond 2^31 - 1.
 namespace velmo::linalg {
 
+/// Checks that two vectors fit together.
+/// @throws utility::RuntimeError "Vectors have different sizes: size(X) = <n> != <m> size(Y) "
+void checkSameSize(u64 sizeX, u64 sizeY);
+
 /// Form in which a matrix enters a product.
 enum class Op : char { None = 'N', Transposed = 'T' };
 

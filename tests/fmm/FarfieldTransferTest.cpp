@@ -178,7 +178,17 @@ TEST(FarfieldTransfer, ConvertsCloudsOffTheAxisOfTheShift) {
 
 TEST(FarfieldTransfer, RefusesShiftsAndDegreesOutsideItsTables) {
   const Transfer transfer(kKernel, 4, 1.0);
-  Coefficients c(15);
+  Coefficients c(30);
+  expectThrow<RuntimeError>(
+      [&] {
+        transfer.m2l({c.data(), 10, 1}, {0.0, 0.0, 2.0}, {c.data(), 15, 1});
+      },
+      "Vectors have different sizes: size(X) = 10 != 15 size(Y) ");
+  expectThrow<RuntimeError>(
+      [&] {
+        transfer.m2l({c.data(), 15, 2}, {0.0, 0.0, 2.0}, {c.data(), 15, 1});
+      },
+      "Vectors have different sizes: size(X) = 30 != 15 size(Y) ");
   expectThrow<RuntimeError>(
       [&] {
         transfer.m2l({c.data(), 15, 1}, {4.0, 1.0, -0.5}, {c.data(), 15, 1});
