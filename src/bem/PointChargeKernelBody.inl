@@ -1,12 +1,11 @@
 // The loops of PointChargeKernel, included once per instruction set into an unnamed namespace in
-// which `root(Lanes)`, `inverseRoot(Lanes)`, `bitsOf(LaneMask)` and `kGroups` stand already.
+// which the set's operations on lanes and `kGroups` stand already.
 // Nothing here may call an inline function of the standard library: its code would be built for the
 // wider set and shared with all callers.
 
 using math::kNumLanes;
-using math::LaneMask;
-using math::Lanes;
-using math::loadLanes;
+using math::storeLanes;
+using math::whereSet;
 
 struct Sums {
   Lanes potential;
@@ -53,7 +52,7 @@ template <bool kMasked>
   const Lanes dy = ty - charges.y[q];
   const Lanes dz = tz - charges.z[q];
   Lanes s = inverseRoot(dx * dx + dy * dy + dz * dz);
-  if constexpr (kMasked) s = wanted ? s : Lanes{};
+  if constexpr (kMasked) s = whereSet(wanted, s);
   const Lanes w = (charges.forGradient[q] * s) * (s * s);
   sums.potential += charges.forPotential[q] * s;
   sums.x += w * dx;
@@ -79,7 +78,7 @@ template <u64 Groups, bool kMasked>
     ty[g] = loadLanes(targets.y + t);
     tz[g] = loadLanes(targets.z + t);
     bits[g] = kMasked ? mask[t / kNumLanes] : 0xffU;
-    wanted[g] = math::laneMask(bits[g]);
+    wanted[g] = laneMask(bits[g]);
   }
   for (u64 q = 0; q < charges.count; ++q)
     for (u64 g = 0; g < Groups; ++g)
@@ -90,10 +89,10 @@ template <u64 Groups, bool kMasked>
       addPairwise(charges, targets, t, bits[g]);
       continue;
     }
-    math::storeLanes(targets.potential + t, loadLanes(targets.potential + t) + sums[g].potential);
-    math::storeLanes(targets.gradientX + t, loadLanes(targets.gradientX + t) - sums[g].x);
-    math::storeLanes(targets.gradientY + t, loadLanes(targets.gradientY + t) - sums[g].y);
-    math::storeLanes(targets.gradientZ + t, loadLanes(targets.gradientZ + t) - sums[g].z);
+    storeLanes(targets.potential + t, loadLanes(targets.potential + t) + sums[g].potential);
+    storeLanes(targets.gradientX + t, loadLanes(targets.gradientX + t) - sums[g].x);
+    storeLanes(targets.gradientY + t, loadLanes(targets.gradientY + t) - sums[g].y);
+    storeLanes(targets.gradientZ + t, loadLanes(targets.gradientZ + t) - sums[g].z);
   }
 }
 
@@ -125,15 +124,6 @@ bool markFar(const TargetLanes& targets, const SizedPoint& centre, double minRel
   return all != 0xffU;
 }
 
-/// Four cells with neighbouring places and four others: row `from` of the centres' basis.
-[[gnu::always_inline]] inline Lanes loadSiblings(const double* from, std::uint32_t first,
-                                                 std::uint32_t second) {
-  Lanes v;
-  __builtin_memcpy(&v, from + first, 4 * sizeof(double));
-  __builtin_memcpy(reinterpret_cast<double*>(&v) + 4, from + second, 4 * sizeof(double));
-  return v;
-}
-
 /// |x - y(centre)| of eight cells, the children of two.
 [[gnu::always_inline]] inline Lanes distanceToSiblings(const CellCentres& centres,
                                                        const double* nodes,
@@ -143,7 +133,8 @@ bool markFar(const TargetLanes& targets, const SizedPoint& centre, double minRel
   Lanes y{};
   Lanes z{};
   for (u64 k = 0; k < centres.numNodes; ++k) {
-    const Lanes n = loadSiblings(centres.basis + k * centres.stride, first, second);
+    const double* const row = centres.basis + k * centres.stride;
+    const Lanes n = loadHalves(row + first, row + second);
     x += n * nodes[3 * k];
     y += n * nodes[3 * k + 1];
     z += n * nodes[3 * k + 2];
@@ -240,14 +231,19 @@ PotentialAndGradient sumOfCellsPairwise(const CellCharges& c, const SizedPoint& 
     const double* const cell = c.table + c.cells[i] * c.numRows * c.numLanes;
     for (u64 lane = 0; lane < c.numPoints; lane += kNumLanes) {
       const CellPoints p = cellPoints(c, cell + lane, target);
+      double dx[kNumLanes], dy[kNumLanes], dz[kNumLanes], qp[kNumLanes], qg[kNumLanes];
+      storeLanes(dx, p.dx);
+      storeLanes(dy, p.dy);
+      storeLanes(dz, p.dz);
+      storeLanes(qp, p.forPotential);
+      storeLanes(qg, p.forGradient);
       for (u64 l = 0; l < kNumLanes && lane + l < c.numPoints; ++l) {
-        const double s =
-            1.0 / __builtin_sqrt(p.dx[l] * p.dx[l] + p.dy[l] * p.dy[l] + p.dz[l] * p.dz[l]);
-        const double w = p.forGradient[l] * s * (s * s);
-        sum.potential += p.forPotential[l] * s;
-        sum.gradient[0] -= w * p.dx[l];
-        sum.gradient[1] -= w * p.dy[l];
-        sum.gradient[2] -= w * p.dz[l];
+        const double s = 1.0 / __builtin_sqrt(dx[l] * dx[l] + dy[l] * dy[l] + dz[l] * dz[l]);
+        const double w = qg[l] * s * (s * s);
+        sum.potential += qp[l] * s;
+        sum.gradient[0] -= w * dx[l];
+        sum.gradient[1] -= w * dy[l];
+        sum.gradient[2] -= w * dz[l];
       }
     }
   }
@@ -258,12 +254,12 @@ PotentialAndGradient sumOfCells(const CellCharges& c, const SizedPoint& target) 
   Sums sums{};
   for (u64 lane = 0; lane < c.numPoints; lane += kNumLanes) {
     const u64 left = c.numPoints - lane;
-    const LaneMask used = math::laneMask(left >= kNumLanes ? 0xffU : (1U << left) - 1U);
+    const LaneMask used = laneMask(left >= kNumLanes ? 0xffU : (1U << left) - 1U);
     for (u64 i = 0; i < c.numCells; ++i) {
       const CellPoints p =
           cellPoints(c, c.table + c.cells[i] * c.numRows * c.numLanes + lane, target);
       Lanes s = inverseRoot(p.dx * p.dx + p.dy * p.dy + p.dz * p.dz);
-      s = used ? s : Lanes{};
+      s = whereSet(used, s);
       const Lanes w = (p.forGradient * s) * (s * s);
       sums.potential += p.forPotential * s;
       sums.x += w * p.dx;

@@ -4,7 +4,12 @@
 namespace velmo::bem::fmm {
 namespace {
 
-using math::lanesAvx512::root;
+using namespace math::lanesAvx512;
+
+/// Groups of lanes that are walked together: as many as the registers hold.
+constexpr u64 kGroups = 2;
+/// Rows of a rotation that are computed together.
+constexpr u64 kRows = 4;
 
 #include "fmm/ExpansionKernelBody.inl"
 

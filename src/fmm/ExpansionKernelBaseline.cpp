@@ -4,7 +4,12 @@
 namespace velmo::bem::fmm {
 namespace {
 
-using math::lanesBaseline::root;
+using namespace math::lanesBaseline;
+
+/// Groups of lanes that are walked together: as many as the registers hold.
+constexpr u64 kGroups = 1;
+/// Rows of a rotation that are computed together.
+constexpr u64 kRows = 1;
 
 #include "fmm/ExpansionKernelBody.inl"
 

@@ -1,11 +1,10 @@
-// The loops of ExpansionKernel, included once per instruction set into an unnamed namespace.
+// The loops of ExpansionKernel, included once per instruction set into an unnamed namespace in which
+// the set's operations on lanes and `kGroups` stand already.
 // Nothing here may call an inline function with external linkage, such as those of the standard
 // library: its code would be built for the wider set and shared with all callers. Complex arrays
 // are read as pairs of doubles.
 
 using math::kNumLanes;
-using math::Lanes;
-using math::loadLanes;
 using math::storeLanes;
 
 [[gnu::always_inline]] inline double* parts(std::complex<double>* c) {
@@ -29,110 +28,139 @@ struct ComplexLanes {
   storeLanes(to + kNumLanes, value.im);
 }
 
-/// The points [first, first + 8) relative to a centre; lanes behind the last repeat it, so that
-/// they hold harmless numbers.
+/// Points relative to a centre, in groups of eight lanes that are walked together: one group waits
+/// for the end of its chain of products while the other computes.
+template <u64 kGroups>
 struct RelativePoints {
-  Lanes x;
-  Lanes y;
-  Lanes z;
+  Lanes x[kGroups];
+  Lanes y[kGroups];
+  Lanes z[kGroups];
 };
 
+/// Lanes behind the last point repeat it, so that they hold harmless numbers.
 [[gnu::always_inline]] inline Lanes loadUpTo(const double* from, u64 count) {
   if (count >= kNumLanes) return loadLanes(from);
-  Lanes v{};
+  double v[kNumLanes];
   for (u64 l = 0; l < kNumLanes; ++l) v[l] = from[l < count ? l : count - 1];
-  return v;
+  return loadLanes(v);
 }
 
-[[gnu::always_inline]] inline RelativePoints relativePoints(const ExpansionPoints& points,
-                                                            u64 first, const double* centre) {
-  const u64 left = points.count - first;
-  return {loadUpTo(points.x + first, left) - centre[0],
-          loadUpTo(points.y + first, left) - centre[1],
-          loadUpTo(points.z + first, left) - centre[2]};
+/// The points from `first` on; each group has at least one.
+template <u64 kGroups>
+[[gnu::always_inline]] inline RelativePoints<kGroups> relativePoints(const ExpansionPoints& points,
+                                                                     u64 first,
+                                                                     const double* centre) {
+  RelativePoints<kGroups> d;
+  for (u64 g = 0; g < kGroups; ++g, first += kNumLanes) {
+    const u64 left = points.count - first;
+    d.x[g] = loadUpTo(points.x + first, left) - centre[0];
+    d.y[g] = loadUpTo(points.y + first, left) - centre[1];
+    d.z[g] = loadUpTo(points.z + first, left) - centre[2];
+  }
+  return d;
 }
 
 [[gnu::always_inline]] inline Lanes loadCharges(const double* charges, u64 left) {
   if (left >= kNumLanes) return loadLanes(charges);
-  Lanes v{};
+  double v[kNumLanes] = {};
   for (u64 l = 0; l < left; ++l) v[l] = charges[l];
-  return v;
+  return loadLanes(v);
 }
 
-/// Walks R(n, m) times a factor, m outer and n inner, and hands each to `use(place, n, m, value)`;
-/// place counts the coefficients in this order.
-template <class Use>
-[[gnu::always_inline]] inline void walkRegular(const RecursionTable& table, u64 degree,
-                                               const RelativePoints& d, double factor,
-                                               const Use& use) {
-  const Lanes r2 = d.x * d.x + d.y * d.y + d.z * d.z;
-  const double* factors = table.regular();
-  const u64 tableDegree = table.degree();
-  ComplexLanes diagonal{Lanes{} + factor, Lanes{}};
-  u64 place = 0;
-  for (u64 m = 0; m <= degree; ++m) {
-    if (m > 0) {
-      const double half = 0.5 / static_cast<double>(m);
-      diagonal = {(d.x * diagonal.re - d.y * diagonal.im) * half,
-                  (d.x * diagonal.im + d.y * diagonal.re) * half};
+/// Walks the harmonics R(n, m) or S(n, m) times a factor, m outer and n inner. Each is the product
+/// of w(m), a multiple of (x + iy)^m, and a real polynomial q(n, m) in z and r^2 (S: z / r^2 and
+/// 1 / r^2) with q(m, m) = 1, so that the recursion in n is real:
+///   q(n, m) = z f q(n - 1, m) - r^2 g q(n - 2, m), f and g from the table.
+template <bool kRegular, u64 kGroups>
+class HarmonicsWalk {
+ public:
+  [[gnu::always_inline]] HarmonicsWalk(const RecursionTable& table,
+                                       const RelativePoints<kGroups>& d, double factor)
+      : d_(d), factors_(kRegular ? table.regular() : table.singular()), degree_(table.degree()) {
+    for (u64 g = 0; g < kGroups; ++g) {
+      squared_[g] = d.x[g] * d.x[g] + d.y[g] * d.y[g] + d.z[g] * d.z[g];
+      w_[g] = {Lanes{} + factor, Lanes{}};
+      if constexpr (!kRegular) {
+        squared_[g] = 1.0 / squared_[g];
+        d_.x[g] *= squared_[g];
+        d_.y[g] *= squared_[g];
+        d_.z[g] *= squared_[g];
+        w_[g].re *= root(squared_[g]);
+      }
     }
-    ComplexLanes before = diagonal;
-    use(place++, m, m, before);
-    if (m == degree) break;
-    ComplexLanes last{d.z * before.re, d.z * before.im};
-    use(place++, m + 1, m, last);
-    const double* f = factors + 4;
+  }
+
+  /// From w(m - 1) to w(m).
+  [[gnu::always_inline]] void raiseOrder(u64 m) {
+    const double factor = kRegular ? 0.5 / static_cast<double>(m) : static_cast<double>(2 * m - 1);
+    for (u64 g = 0; g < kGroups; ++g)
+      w_[g] = {(d_.x[g] * w_[g].re - d_.y[g] * w_[g].im) * factor,
+               (d_.x[g] * w_[g].im + d_.y[g] * w_[g].re) * factor};
+  }
+
+  /// Hands q(n, m) of every group to `use(place, q)` for n = m to `degree`; place counts the
+  /// coefficients in the order of the walk. Orders must come one after the other from 0 on.
+  template <class Use>
+  [[gnu::always_inline]] void walkDegrees(u64 m, u64 degree, const Use& use) {
+    Lanes before[kGroups];
+    for (u64 g = 0; g < kGroups; ++g) before[g] = Lanes{} + 1.0;
+    use(place_++, before);
+    if (m == degree) return;
+    const double first = kRegular ? 1.0 : static_cast<double>(2 * m + 1);
+    Lanes last[kGroups];
+    for (u64 g = 0; g < kGroups; ++g) last[g] = d_.z[g] * first;
+    use(place_++, last);
+    const double* f = factors_ + 4;
     for (u64 n = m + 2; n <= degree; ++n, f += 2) {
-      const Lanes a = d.z * f[0];
-      const Lanes b = r2 * f[1];
-      const ComplexLanes next{a * last.re - b * before.re, a * last.im - b * before.im};
-      before = last;
-      last = next;
-      use(place++, n, m, last);
+      for (u64 g = 0; g < kGroups; ++g) {
+        const Lanes next = (d_.z[g] * f[0]) * last[g] - (squared_[g] * f[1]) * before[g];
+        before[g] = last[g];
+        last[g] = next;
+      }
+      use(place_++, last);
     }
-    factors += 2 * (tableDegree - m + 1);
+    factors_ += 2 * (degree_ - m + 1);
+  }
+
+  [[nodiscard, gnu::always_inline]] const ComplexLanes& w(u64 group) const { return w_[group]; }
+
+ private:
+  RelativePoints<kGroups> d_;
+  Lanes squared_[kGroups];
+  ComplexLanes w_[kGroups];
+  const double* factors_;
+  u64 degree_;
+  u64 place_ = 0;
+};
+
+/// Adds charge times harmonic of the points from `first` on to one group of lanes per coefficient.
+template <bool kRegular, u64 kGroups>
+[[gnu::always_inline]] inline void addPoints(const RecursionTable& table,
+                                             const ExpansionPoints& points, const double* charges,
+                                             const double* centre, u64 first, double* sums) {
+  const u64 degree = table.degree();
+  HarmonicsWalk<kRegular, kGroups> walk(table, relativePoints<kGroups>(points, first, centre), 1.0);
+  Lanes q[kGroups];
+  for (u64 g = 0; g < kGroups; ++g) {
+    const u64 at = first + g * kNumLanes;
+    q[g] = loadCharges(charges + at, points.count - at);
+  }
+  for (u64 m = 0; m <= degree; ++m) {
+    if (m > 0) walk.raiseOrder(m);
+    ComplexLanes w[kGroups];
+    for (u64 g = 0; g < kGroups; ++g) w[g] = {q[g] * walk.w(g).re, q[g] * walk.w(g).im};
+    walk.walkDegrees(m, degree, [&](u64 place, const Lanes (&value)[kGroups]) {
+      double* const sum = sums + 2 * kNumLanes * place;
+      ComplexLanes total = loadPair(sum);
+      for (u64 g = 0; g < kGroups; ++g) {
+        total.re += w[g].re * value[g];
+        total.im += w[g].im * value[g];
+      }
+      storePair(sum, total);
+    });
   }
 }
 
-/// Walks S(n, m) in the same way.
-template <class Use>
-[[gnu::always_inline]] inline void walkSingular(const RecursionTable& table, u64 degree,
-                                                const RelativePoints& d, double factor,
-                                                const Use& use) {
-  const Lanes inverse = 1.0 / (d.x * d.x + d.y * d.y + d.z * d.z);
-  const Lanes x = d.x * inverse;
-  const Lanes y = d.y * inverse;
-  const Lanes z = d.z * inverse;
-  const double* factors = table.singular();
-  const u64 tableDegree = table.degree();
-  ComplexLanes diagonal{root(inverse) * factor, Lanes{}};
-  u64 place = 0;
-  for (u64 m = 0; m <= degree; ++m) {
-    if (m > 0) {
-      const auto odd = static_cast<double>(2 * m - 1);
-      diagonal = {(x * diagonal.re - y * diagonal.im) * odd,
-                  (x * diagonal.im + y * diagonal.re) * odd};
-    }
-    ComplexLanes before = diagonal;
-    use(place++, m, m, before);
-    if (m == degree) break;
-    const Lanes first = z * static_cast<double>(2 * m + 1);
-    ComplexLanes last{first * before.re, first * before.im};
-    use(place++, m + 1, m, last);
-    const double* f = factors + 4;
-    for (u64 n = m + 2; n <= degree; ++n, f += 2) {
-      const Lanes a = z * f[0];
-      const Lanes b = inverse * f[1];
-      const ComplexLanes next{a * last.re - b * before.re, a * last.im - b * before.im};
-      before = last;
-      last = next;
-      use(place++, n, m, last);
-    }
-    factors += 2 * (tableDegree - m + 1);
-  }
-}
-
-/// Sums of charge times harmonic, one group of lanes per coefficient until the points are through.
 template <bool kRegular>
 [[gnu::always_inline]] inline void pointsToExpansion(const RecursionTable& table,
                                                      const ExpansionPoints& points,
@@ -141,19 +169,11 @@ template <bool kRegular>
                                                      double* sums) {
   const u64 degree = table.degree();
   for (u64 i = 0; i < (degree + 1) * (degree + 2); ++i) storeLanes(sums + i * kNumLanes, Lanes{});
-  for (u64 first = 0; first < points.count; first += kNumLanes) {
-    const RelativePoints d = relativePoints(points, first, centre);
-    const Lanes q = loadCharges(charges + first, points.count - first);
-    const auto use = [&](u64 place, u64, u64, const ComplexLanes& value) {
-      double* const sum = sums + 2 * kNumLanes * place;
-      const ComplexLanes before = loadPair(sum);
-      storePair(sum, {before.re + q * value.re, before.im + q * value.im});
-    };
-    if constexpr (kRegular)
-      walkRegular(table, degree, d, 1.0, use);
-    else
-      walkSingular(table, degree, d, 1.0, use);
-  }
+  u64 first = 0;
+  for (; first + (kGroups - 1) * kNumLanes < points.count; first += kGroups * kNumLanes)
+    addPoints<kRegular, kGroups>(table, points, charges, centre, first, sums);
+  for (; first < points.count; first += kNumLanes)
+    addPoints<kRegular, 1>(table, points, charges, centre, first, sums);
   double* const out = parts(expansion);
   for (u64 m = 0, place = 0; m <= degree; ++m) {
     for (u64 n = m; n <= degree; ++n, ++place) {
@@ -184,7 +204,47 @@ void pointsToLocal(const RecursionTable& table, const ExpansionPoints& points,
     storeLanes(to, loadLanes(to) + value);
     return;
   }
-  for (u64 l = 0; l < count; ++l) to[l] += value[l];
+  double v[kNumLanes];
+  storeLanes(v, value);
+  for (u64 l = 0; l < count; ++l) to[l] += v[l];
+}
+
+/// Adds potential and gradient at the points from `first` on: the sum over m of the real part of
+/// w(m) times the conjugate of sum over n of q(n, m) c(n, m), four such sums at once.
+template <bool kRegular, u64 kGroups>
+[[gnu::always_inline]] inline void addAtPoints(const RecursionTable& table,
+                                               const DerivedExpansion& expansion,
+                                               const double* centre, double scale,
+                                               const ExpansionPoints& points, u64 first,
+                                               const ExpansionSums& sums) {
+  const double* const coefficients = expansion.data();
+  const u64 degree = expansion.degree();
+  HarmonicsWalk<kRegular, kGroups> walk(table, relativePoints<kGroups>(points, first, centre),
+                                        scale);
+  Lanes total[4][kGroups] = {};
+  for (u64 m = 0; m <= degree; ++m) {
+    if (m > 0) walk.raiseOrder(m);
+    ComplexLanes order[4][kGroups] = {};
+    walk.walkDegrees(m, degree, [&](u64 place, const Lanes (&value)[kGroups]) {
+      const double* const c = coefficients + 8 * place;
+      for (u64 i = 0; i < 4; ++i) {
+        for (u64 g = 0; g < kGroups; ++g) {
+          order[i][g].re += value[g] * c[2 * i];
+          order[i][g].im += value[g] * c[2 * i + 1];
+        }
+      }
+    });
+    for (u64 i = 0; i < 4; ++i)
+      for (u64 g = 0; g < kGroups; ++g)
+        total[i][g] += walk.w(g).re * order[i][g].re + walk.w(g).im * order[i][g].im;
+  }
+  for (u64 g = 0; g < kGroups; ++g, first += kNumLanes) {
+    const u64 left = points.count - first;
+    addUpTo(sums.potential + first, total[0][g], left);
+    addUpTo(sums.gradientX + first, total[1][g], left);
+    addUpTo(sums.gradientY + first, total[2][g], left);
+    addUpTo(sums.gradientZ + first, total[3][g], left);
+  }
 }
 
 template <bool kRegular>
@@ -193,31 +253,11 @@ template <bool kRegular>
                                                      const double* centre, double scale,
                                                      const ExpansionPoints& points,
                                                      const ExpansionSums& sums) {
-  const double* const coefficients = expansion.data();
-  const u64 degree = expansion.degree();
-  for (u64 first = 0; first < points.count; first += kNumLanes) {
-    const RelativePoints d = relativePoints(points, first, centre);
-    Lanes u{};
-    Lanes gx{};
-    Lanes gy{};
-    Lanes gz{};
-    const auto use = [&](u64 place, u64, u64, const ComplexLanes& value) {
-      const double* const c = coefficients + 8 * place;
-      u += value.re * c[0] + value.im * c[1];
-      gx += value.re * c[2] + value.im * c[3];
-      gy += value.re * c[4] + value.im * c[5];
-      gz += value.re * c[6] + value.im * c[7];
-    };
-    if constexpr (kRegular)
-      walkRegular(table, degree, d, scale, use);
-    else
-      walkSingular(table, degree, d, scale, use);
-    const u64 left = points.count - first;
-    addUpTo(sums.potential + first, u, left);
-    addUpTo(sums.gradientX + first, gx, left);
-    addUpTo(sums.gradientY + first, gy, left);
-    addUpTo(sums.gradientZ + first, gz, left);
-  }
+  u64 first = 0;
+  for (; first + (kGroups - 1) * kNumLanes < points.count; first += kGroups * kNumLanes)
+    addAtPoints<kRegular, kGroups>(table, expansion, centre, scale, points, first, sums);
+  for (; first < points.count; first += kNumLanes)
+    addAtPoints<kRegular, 1>(table, expansion, centre, scale, points, first, sums);
 }
 
 void localToPoints(const RecursionTable& table, const DerivedExpansion& expansion,
@@ -232,71 +272,93 @@ void multipoleToPoints(const RecursionTable& table, const DerivedExpansion& expa
   expansionToPoints<false>(table, expansion, centre, scale, points, sums);
 }
 
-[[gnu::always_inline]] inline Lanes gather(const double* const* from, u64 i) {
-  static_assert(kNumLanes == 8);
-  return Lanes{from[0][i], from[1][i], from[2][i], from[3][i],
-               from[4][i], from[5][i], from[6][i], from[7][i]};
-}
-
-/// Gathers the batch into lanes, turned by -phi about z: x(n, m) = c(n, m) e^(-i m phi).
-[[gnu::always_inline]] inline void gatherTurned(u64 degree, const ExpansionBatch& batch,
-                                                const double* phases, double* to) {
+/// Number i of every expansion of the batch into group i of lanes, eight by eight.
+[[gnu::always_inline]] inline void gather(u64 numDoubles, const ExpansionBatch& batch, double* to) {
   const double* from[kNumLanes];
   for (u64 l = 0; l < kNumLanes; ++l) from[l] = parts(batch.from[l < batch.count ? l : 0]);
-  for (u64 n = 0, index = 0; n <= degree; ++n) {
-    for (u64 m = 0; m <= n; ++m, ++index) {
-      const ComplexLanes c{gather(from, 2 * index), gather(from, 2 * index + 1)};
+  u64 i = 0;
+  for (; i + kNumLanes <= numDoubles; i += kNumLanes) {
+    Lanes v[kNumLanes];
+    for (u64 l = 0; l < kNumLanes; ++l) v[l] = loadLanes(from[l] + i);
+    math::transpose(v);
+    for (u64 l = 0; l < kNumLanes; ++l) storeLanes(to + (i + l) * kNumLanes, v[l]);
+  }
+  for (; i < numDoubles; ++i)
+    for (u64 l = 0; l < kNumLanes; ++l) to[i * kNumLanes + l] = from[l][i];
+}
+
+/// Adds group i of lanes to number i of every expansion of the batch.
+[[gnu::always_inline]] inline void scatterAdd(u64 numDoubles, const double* from,
+                                              const ExpansionBatch& batch) {
+  u64 i = 0;
+  for (; i + kNumLanes <= numDoubles; i += kNumLanes) {
+    Lanes v[kNumLanes];
+    for (u64 l = 0; l < kNumLanes; ++l) v[l] = loadLanes(from + (i + l) * kNumLanes);
+    math::transpose(v);
+    for (u64 l = 0; l < batch.count; ++l) {
+      double* const to = parts(batch.to[l]) + i;
+      storeLanes(to, loadLanes(to) + v[l]);
+    }
+  }
+  for (; i < numDoubles; ++i)
+    for (u64 l = 0; l < batch.count; ++l) parts(batch.to[l])[i] += from[i * kNumLanes + l];
+}
+
+/// Turns by -phi about z: x(n, m) = c(n, m) e^(-i m phi).
+[[gnu::always_inline]] inline void turn(u64 degree, const double* phases, double* x) {
+  for (u64 n = 0; n <= degree; ++n) {
+    for (u64 m = 0; m <= n; ++m, x += 2 * kNumLanes) {
+      const ComplexLanes c = loadPair(x);
       const double cosine = phases[2 * m];
       const double sine = phases[2 * m + 1];
-      storePair(to + 2 * kNumLanes * index,
-                {c.re * cosine + c.im * sine, c.im * cosine - c.re * sine});
+      storePair(x, {c.re * cosine + c.im * sine, c.im * cosine - c.re * sine});
     }
   }
 }
 
-/// y(n, k) = sum over m of the folded matrices' rows k times x(n, m).
-[[gnu::always_inline]] inline ComplexLanes rotated(const double* real, const double* imaginary,
-                                                   u64 numColumns, const double* x) {
-  Lanes re{};
-  Lanes im{};
+/// Calls `body(Rows<R>{}, first)` for consecutive rows [first, first + R) of `numRows`, R a power of
+/// two as large as fits. Rows that are computed together share what they load.
+template <u64 R>
+struct Rows {};
+template <u64 R, class Body>
+[[gnu::always_inline]] inline void forBlocks(Rows<R>, u64 first, u64 numRows, const Body& body) {
+  for (; first + R <= numRows; first += R) body(Rows<R>{}, first);
+  if constexpr (R > 1) forBlocks(Rows<R / 2>{}, first, numRows, body);
+}
+
+/// y(n, k) = sum over m of row k of the folded matrices times x(n, m), for R rows.
+template <u64 R>
+[[gnu::always_inline]] inline void rotateRows(const double* real, const double* imaginary,
+                                              u64 numColumns, const double* x,
+                                              ComplexLanes (&y)[R]) {
   for (u64 m = 0; m < numColumns; ++m, x += 2 * kNumLanes) {
-    re += loadLanes(x) * real[m];
-    im += loadLanes(x + kNumLanes) * imaginary[m];
-  }
-  return {re, im};
-}
-
-[[gnu::always_inline]] inline void rotate(u64 degree, const double* real, const double* imaginary,
-                                          const double* x, double* y) {
-  for (u64 n = 0; n <= degree; ++n) {
-    for (u64 k = 0; k <= n; ++k, real += n + 1, imaginary += n + 1)
-      storePair(y + 2 * kNumLanes * k, rotated(real, imaginary, n + 1, x));
-    x += 2 * kNumLanes * (n + 1);
-    y += 2 * kNumLanes * (n + 1);
-  }
-}
-
-/// Rotates back, turns by phi and adds to the batch.
-[[gnu::always_inline]] inline void addRotatedBack(u64 degree, const TranslationStep& step,
-                                                  const double* x, const ExpansionBatch& batch) {
-  const double* real = step.backwardReal;
-  const double* imaginary = step.backwardImaginary;
-  const double* const phases = parts(step.phases);
-  for (u64 n = 0, index = 0; n <= degree; ++n) {
-    for (u64 k = 0; k <= n; ++k, ++index, real += n + 1, imaginary += n + 1) {
-      const ComplexLanes y = rotated(real, imaginary, n + 1, x);
-      const double cosine = phases[2 * k];
-      const double sine = phases[2 * k + 1];
-      const Lanes re = y.re * cosine - y.im * sine;
-      const Lanes im = y.im * cosine + y.re * sine;
-      for (u64 l = 0; l < batch.count; ++l) {
-        double* const out = parts(batch.to[l]) + 2 * index;
-        out[0] += re[l];
-        out[1] += im[l];
-      }
+    const ComplexLanes value = loadPair(x);
+    for (u64 r = 0; r < R; ++r) {
+      y[r].re += value.re * real[r * numColumns + m];
+      y[r].im += value.im * imaginary[r * numColumns + m];
     }
-    x += 2 * kNumLanes * (n + 1);
   }
+}
+
+/// Hands y(n, k) to `use(n, k, y)`.
+template <class Use>
+[[gnu::always_inline]] inline void rotate(u64 degree, const double* real, const double* imaginary,
+                                          const double* x, const Use& use) {
+  for (u64 n = 0; n <= degree; ++n) {
+    const u64 size = n + 1;
+    forBlocks(Rows<kRows>{}, 0, size, [&]<u64 R>(Rows<R>, u64 k) {
+      ComplexLanes y[R] = {};
+      rotateRows(real + k * size, imaginary + k * size, size, x, y);
+      for (u64 r = 0; r < R; ++r) use(n, k + r, y[r]);
+    });
+    real += size * size;
+    imaginary += size * size;
+    x += 2 * kNumLanes * size;
+  }
+}
+
+[[gnu::always_inline]] inline u64 offsetOf(u64 n, u64 m) {
+  return 2 * kNumLanes * (n * (n + 1) / 2 + m);
 }
 
 /// Multiplies the coefficients of degree n by factors[n].
@@ -305,68 +367,78 @@ void multipoleToPoints(const RecursionTable& table, const DerivedExpansion& expa
     for (u64 i = 0; i < 2 * (n + 1); ++i, x += kNumLanes) storeLanes(x, loadLanes(x) * factors[n]);
 }
 
-/// Rotate, translate along z to `along(n, m, rotated)`, rotate back and add.
+/// Rotate to the direction, translate along z by `along(m, rotated, translated)`, rotate back and
+/// add.
 template <class Translate>
 [[gnu::always_inline]] inline void translate(u64 degree, const TranslationStep& step,
                                              const ExpansionBatch& batch, double* scratch,
                                              const Translate& along) {
   double* const first = scratch;
   double* const second = scratch + kNumLanes * (degree + 1) * (degree + 2);
-  gatherTurned(degree, batch, parts(step.phases), first);
-  rotate(degree, step.forwardReal, step.forwardImaginary, first, second);
+  const double* const phases = parts(step.phases);
+  const u64 numDoubles = (degree + 1) * (degree + 2);
+  gather(numDoubles, batch, first);
+  turn(degree, phases, first);
+  rotate(degree, step.forwardReal, step.forwardImaginary, first,
+         [second](u64 n, u64 k, const ComplexLanes& y) { storePair(second + offsetOf(n, k), y); });
   if (step.scales != nullptr) scaleDegrees(degree, step.scales, second);
-  for (u64 n = 0; n <= degree; ++n)
-    for (u64 m = 0; m <= n; ++m)
-      storePair(first + 2 * kNumLanes * (n * (n + 1) / 2 + m), along(n, m, second));
+  for (u64 m = 0; m <= degree; ++m) along(m, second, first);
   if (step.scales != nullptr) scaleDegrees(degree, step.scales + 1, first);
-  addRotatedBack(degree, step, first, batch);
-}
-
-[[gnu::always_inline]] inline const double* coefficient(const double* x, u64 n, u64 m) {
-  return x + 2 * kNumLanes * (n * (n + 1) / 2 + m);
+  rotate(degree, step.backwardReal, step.backwardImaginary, first,
+         [second, phases](u64 n, u64 k, const ComplexLanes& y) {
+           const double cosine = phases[2 * k];
+           const double sine = phases[2 * k + 1];
+           storePair(second + offsetOf(n, k),
+                     {y.re * cosine - y.im * sine, y.im * cosine + y.re * sine});
+         });
+  scatterAdd(numDoubles, second, batch);
 }
 
 void multipoleToMultipole(u64 degree, const TranslationStep& step, const ExpansionBatch& batch,
                           double* scratch) {
-  translate(degree, step, batch, scratch, [&](u64 n, u64 m, const double* x) {
-    ComplexLanes t{};
-    for (u64 j = 0; j <= n - m; ++j) {
-      const ComplexLanes c = loadPair(coefficient(x, n - j, m));
-      t.re += c.re * step.factors[j];
-      t.im += c.im * step.factors[j];
+  translate(degree, step, batch, scratch, [&](u64 m, const double* x, double* to) {
+    for (u64 n = m; n <= degree; ++n) {
+      ComplexLanes t{};
+      for (u64 j = 0; j <= n - m; ++j) {
+        const ComplexLanes c = loadPair(x + offsetOf(n - j, m));
+        t.re += c.re * step.factors[j];
+        t.im += c.im * step.factors[j];
+      }
+      storePair(to + offsetOf(n, m), t);
     }
-    return t;
   });
 }
 
 void multipoleToLocal(u64 degree, const TranslationStep& step, const ExpansionBatch& batch,
                       double* scratch) {
-  translate(degree, step, batch, scratch, [&](u64 n, u64 m, const double* x) {
-    ComplexLanes even{};
-    ComplexLanes odd{};
-    for (u64 j = m; j <= degree; j += 2) {
-      const ComplexLanes c = loadPair(coefficient(x, j, m));
-      even.re += c.re * step.factors[n + j];
-      even.im += c.im * step.factors[n + j];
-    }
-    for (u64 j = m + 1; j <= degree; j += 2) {
-      const ComplexLanes c = loadPair(coefficient(x, j, m));
-      odd.re += c.re * step.factors[n + j];
-      odd.im += c.im * step.factors[n + j];
-    }
-    return ComplexLanes{even.re - odd.re, even.im - odd.im};
+  translate(degree, step, batch, scratch, [&](u64 m, const double* x, double* to) {
+    forBlocks(Rows<kRows>{}, m, degree + 1, [&]<u64 R>(Rows<R>, u64 n) {
+      ComplexLanes t[R] = {};
+      for (u64 j = m; j <= degree; ++j) {
+        ComplexLanes c = loadPair(x + offsetOf(j, m));
+        if ((j - m) % 2 != 0) c = {0.0 - c.re, 0.0 - c.im};
+        const double* const factors = step.factors + n + j;
+        for (u64 r = 0; r < R; ++r) {
+          t[r].re += c.re * factors[r];
+          t[r].im += c.im * factors[r];
+        }
+      }
+      for (u64 r = 0; r < R; ++r) storePair(to + offsetOf(n + r, m), t[r]);
+    });
   });
 }
 
 void localToLocal(u64 degree, const TranslationStep& step, const ExpansionBatch& batch,
                   double* scratch) {
-  translate(degree, step, batch, scratch, [&](u64 n, u64 m, const double* x) {
-    ComplexLanes t{};
-    for (u64 j = 0; j <= degree - n; ++j) {
-      const ComplexLanes c = loadPair(coefficient(x, n + j, m));
-      t.re += c.re * step.factors[j];
-      t.im += c.im * step.factors[j];
+  translate(degree, step, batch, scratch, [&](u64 m, const double* x, double* to) {
+    for (u64 n = m; n <= degree; ++n) {
+      ComplexLanes t{};
+      for (u64 j = 0; j <= degree - n; ++j) {
+        const ComplexLanes c = loadPair(x + offsetOf(n + j, m));
+        t.re += c.re * step.factors[j];
+        t.im += c.im * step.factors[j];
+      }
+      storePair(to + offsetOf(n, m), t);
     }
-    return t;
   });
 }

@@ -2,38 +2,147 @@
 
 #include "math/LaneCount.hpp"
 
-/// Eight doubles that are computed with at once. The compiler maps them to the registers of the
-/// instruction set that a source file is built for: one of 512 bits, two of 256 or four of 128.
+/// Eight doubles that are computed with at once, in registers of the instruction set that a source
+/// file is built for: one of 512 bits, a pair of 256, or two pairs of 128. Compilers split a vector
+/// that is wider than the registers through memory, ten times slower; pairs stay in registers.
 namespace velmo::math {
 
-using Lanes [[gnu::vector_size(64)]] = double;
-using LaneMask [[gnu::vector_size(64)]] = long long;
+using Double2 [[gnu::vector_size(16)]] = double;
+using Double4 [[gnu::vector_size(32)]] = double;
+using Double8 [[gnu::vector_size(64)]] = double;
+/// What comparisons return: integers with all bits set or none.
+using Mask2 = decltype(Double2{} < Double2{});
+using Mask4 = decltype(Double4{} < Double4{});
+using Mask8 = decltype(Double8{} < Double8{});
 
-namespace detail_ {
-using UnalignedLanes [[gnu::vector_size(64), gnu::aligned(8), gnu::may_alias]] = double;
+/// Two halves, each a register or a pair again, with the operators of a vector. Halves of numbers
+/// make lanes; halves of integers, all bits set or none, make the masks that comparisons return.
+template <class Half>
+struct LanePair {
+  Half low{};
+  Half high{};
+
+  LanePair() = default;
+  [[gnu::always_inline]] LanePair(Half a, Half b) : low(a), high(b) {}
+  /// One value in all lanes.
+  [[gnu::always_inline]] LanePair(double value) : low(Half{} + value), high(Half{} + value) {}
+
+  [[gnu::always_inline]] friend LanePair operator+(LanePair a, LanePair b) {
+    return {a.low + b.low, a.high + b.high};
+  }
+  [[gnu::always_inline]] friend LanePair operator-(LanePair a, LanePair b) {
+    return {a.low - b.low, a.high - b.high};
+  }
+  [[gnu::always_inline]] friend LanePair operator*(LanePair a, LanePair b) {
+    return {a.low * b.low, a.high * b.high};
+  }
+  [[gnu::always_inline]] friend LanePair operator/(LanePair a, LanePair b) {
+    return {a.low / b.low, a.high / b.high};
+  }
+  [[gnu::always_inline]] LanePair& operator+=(LanePair b) { return *this = *this + b; }
+  [[gnu::always_inline]] LanePair& operator*=(LanePair b) { return *this = *this * b; }
+
+  [[gnu::always_inline]] friend auto operator<(LanePair a, LanePair b) {
+    return LanePair<decltype(a.low < b.low)>(a.low < b.low, a.high < b.high);
+  }
+  [[gnu::always_inline]] friend auto operator>(LanePair a, LanePair b) { return b < a; }
+  [[gnu::always_inline]] friend auto operator==(LanePair a, LanePair b) {
+    return LanePair<decltype(a.low == b.low)>(a.low == b.low, a.high == b.high);
+  }
+};
+
+/// The sum of all lanes, added pairwise in a fixed order, the same for every width of registers.
+[[nodiscard, gnu::always_inline]] inline double sumOfLanes(Double2 v) { return v[0] + v[1]; }
+[[nodiscard, gnu::always_inline]] inline double sumOfLanes(Double4 v) {
+  return (v[0] + v[2]) + (v[1] + v[3]);
 }
-
-[[nodiscard, gnu::always_inline]] inline Lanes loadLanes(const double* from) noexcept {
-  return *reinterpret_cast<const detail_::UnalignedLanes*>(from);
-}
-
-[[gnu::always_inline]] inline void storeLanes(double* to, Lanes value) noexcept {
-  *reinterpret_cast<detail_::UnalignedLanes*>(to) = value;
-}
-
-[[nodiscard, gnu::always_inline]] inline Lanes broadcast(double value) noexcept {
-  return Lanes{} + value;
-}
-
-/// All bits of a lane set where bit l of `bits` is.
-[[nodiscard, gnu::always_inline]] inline LaneMask laneMask(unsigned bits) noexcept {
-  constexpr LaneMask kBitOfLane{1, 2, 4, 8, 16, 32, 64, 128};
-  return (kBitOfLane & static_cast<long long>(bits)) != 0;
-}
-
-/// The sum of all lanes, added pairwise in a fixed order.
-[[nodiscard, gnu::always_inline]] inline double sumOfLanes(Lanes v) noexcept {
+[[nodiscard, gnu::always_inline]] inline double sumOfLanes(Double8 v) {
   return ((v[0] + v[4]) + (v[2] + v[6])) + ((v[1] + v[5]) + (v[3] + v[7]));
+}
+template <class Half>
+[[nodiscard, gnu::always_inline]] inline double sumOfLanes(LanePair<Half> v) {
+  return sumOfLanes(v.low + v.high);
+}
+
+/// A register from memory of any alignment.
+template <class Register>
+[[nodiscard, gnu::always_inline]] inline Register loadRegister(const void* from) {
+  Register v;
+  __builtin_memcpy(&v, from, sizeof v);
+  return v;
+}
+
+template <class Register>
+[[gnu::always_inline]] inline void storeLanes(double* to, Register v) {
+  __builtin_memcpy(to, &v, sizeof v);
+}
+
+template <class Half>
+[[gnu::always_inline]] inline void storeLanes(double* to, LanePair<Half> v) {
+  storeLanes(to, v.low);
+  storeLanes(to + sizeof(Half) / sizeof(double), v.high);
+}
+
+/// The value where the mask is set, +0 elsewhere.
+template <class Register, class Mask>
+[[nodiscard, gnu::always_inline]] inline Register whereSet(Mask mask, Register v) {
+  return reinterpret_cast<Register>(reinterpret_cast<Mask>(v) & mask);
+}
+
+template <class Half, class Mask>
+[[nodiscard, gnu::always_inline]] inline LanePair<Half> whereSet(LanePair<Mask> mask,
+                                                                 LanePair<Half> v) {
+  return {whereSet(mask.low, v.low), whereSet(mask.high, v.high)};
+}
+
+/// Element j of row i becomes element i of row j.
+[[gnu::always_inline]] inline void transpose(Double2 (&v)[2]) {
+  const Double2 first = __builtin_shufflevector(v[0], v[1], 0, 2);
+  v[1] = __builtin_shufflevector(v[0], v[1], 1, 3);
+  v[0] = first;
+}
+
+[[gnu::always_inline]] inline void transpose(Double4 (&v)[4]) {
+  const Double4 a = __builtin_shufflevector(v[0], v[1], 0, 4, 2, 6);
+  const Double4 b = __builtin_shufflevector(v[0], v[1], 1, 5, 3, 7);
+  const Double4 c = __builtin_shufflevector(v[2], v[3], 0, 4, 2, 6);
+  const Double4 d = __builtin_shufflevector(v[2], v[3], 1, 5, 3, 7);
+  v[0] = __builtin_shufflevector(a, c, 0, 1, 4, 5);
+  v[1] = __builtin_shufflevector(b, d, 0, 1, 4, 5);
+  v[2] = __builtin_shufflevector(a, c, 2, 3, 6, 7);
+  v[3] = __builtin_shufflevector(b, d, 2, 3, 6, 7);
+}
+
+// Rows 1, 2 and 4 apart exchange blocks of as many elements.
+[[gnu::always_inline]] inline void transpose(Double8 (&v)[8]) {
+  Double8 a[8];
+  for (u64 i = 0; i < 8; i += 2) {
+    a[i] = __builtin_shufflevector(v[i], v[i + 1], 0, 8, 2, 10, 4, 12, 6, 14);
+    a[i + 1] = __builtin_shufflevector(v[i], v[i + 1], 1, 9, 3, 11, 5, 13, 7, 15);
+  }
+  Double8 b[8];
+  for (u64 i = 0; i < 8; i += i % 4 == 1 ? 3 : 1) {
+    b[i] = __builtin_shufflevector(a[i], a[i + 2], 0, 1, 8, 9, 4, 5, 12, 13);
+    b[i + 2] = __builtin_shufflevector(a[i], a[i + 2], 2, 3, 10, 11, 6, 7, 14, 15);
+  }
+  for (u64 i = 0; i < 4; ++i) {
+    v[i] = __builtin_shufflevector(b[i], b[i + 4], 0, 1, 2, 3, 8, 9, 10, 11);
+    v[i + 4] = __builtin_shufflevector(b[i], b[i + 4], 4, 5, 6, 7, 12, 13, 14, 15);
+  }
+}
+
+template <class Half, u64 N>
+[[gnu::always_inline]] inline void transpose(LanePair<Half> (&v)[N]) {
+  constexpr u64 kHalf = N / 2;
+  Half block[2][2][kHalf];
+  for (u64 i = 0; i < N; ++i) {
+    block[i / kHalf][0][i % kHalf] = v[i].low;
+    block[i / kHalf][1][i % kHalf] = v[i].high;
+  }
+  for (auto& row : block)
+    for (auto& part : row) transpose(part);
+  for (u64 i = 0; i < N; ++i)
+    v[i] = {block[0][i / kHalf][i % kHalf], block[1][i / kHalf][i % kHalf]};
 }
 
 }  // namespace velmo::math

@@ -7,6 +7,19 @@
 /// Operations on lanes for AVX-512. Included only by sources that are built for this set.
 namespace velmo::math::lanesAvx512 {
 
+using Lanes = Double8;
+using LaneMask = Mask8;
+
+[[gnu::always_inline]] inline Lanes loadLanes(const double* from) {
+  return loadRegister<Double8>(from);
+}
+
+/// Four lanes from each place.
+[[gnu::always_inline]] inline Lanes loadHalves(const double* low, const double* high) {
+  return __builtin_shufflevector(loadRegister<Double4>(low), loadRegister<Double4>(high), 0, 1, 2,
+                                 3, 4, 5, 6, 7);
+}
+
 /// The processor's estimate y has 14 bits; with e = 1 - x y^2 the series
 /// x^(-1/2) = y (1 + e/2 + 3 e^2/8 + 5 e^3/16 + O(e^4)) brings it to the last place in one step,
 /// for two thirds of the time of a square root and a division.
@@ -24,6 +37,11 @@ namespace velmo::math::lanesAvx512 {
 /// Bit l of the result is set where lane l of `mask` is.
 [[gnu::always_inline]] inline unsigned bitsOf(LaneMask mask) {
   return _mm512_movepi64_mask(reinterpret_cast<__m512i>(mask));
+}
+
+/// All bits of a lane set where bit l of `bits` is.
+[[gnu::always_inline]] inline LaneMask laneMask(unsigned bits) {
+  return (LaneMask{1, 2, 4, 8, 16, 32, 64, 128} & static_cast<long>(bits)) != 0;
 }
 
 }  // namespace velmo::math::lanesAvx512

@@ -8,25 +8,49 @@
 /// set.
 namespace velmo::math::lanesBaseline {
 
+using Quarter = LanePair<Double2>;
+using Lanes = LanePair<Quarter>;
+using LaneMask = LanePair<LanePair<Mask2>>;
+
+[[gnu::always_inline]] inline Quarter loadFour(const double* from) {
+  return {loadRegister<Double2>(from), loadRegister<Double2>(from + 2)};
+}
+
+[[gnu::always_inline]] inline Lanes loadLanes(const double* from) {
+  return {loadFour(from), loadFour(from + 4)};
+}
+
+/// Four lanes from each place.
+[[gnu::always_inline]] inline Lanes loadHalves(const double* low, const double* high) {
+  return {loadFour(low), loadFour(high)};
+}
+
+[[gnu::always_inline]] inline Quarter root(Quarter squared) {
+  return {_mm_sqrt_pd(squared.low), _mm_sqrt_pd(squared.high)};
+}
+
 [[gnu::always_inline]] inline Lanes root(Lanes squared) {
-  const __m128d a = _mm_sqrt_pd(__builtin_shufflevector(squared, squared, 0, 1));
-  const __m128d b = _mm_sqrt_pd(__builtin_shufflevector(squared, squared, 2, 3));
-  const __m128d c = _mm_sqrt_pd(__builtin_shufflevector(squared, squared, 4, 5));
-  const __m128d d = _mm_sqrt_pd(__builtin_shufflevector(squared, squared, 6, 7));
-  return Lanes{a[0], a[1], b[0], b[1], c[0], c[1], d[0], d[1]};
+  return {root(squared.low), root(squared.high)};
 }
 
 [[gnu::always_inline]] inline Lanes inverseRoot(Lanes squared) { return 1.0 / root(squared); }
 
+[[gnu::always_inline]] inline unsigned bitsOf(Mask2 mask) {
+  return static_cast<unsigned>(_mm_movemask_pd(reinterpret_cast<__m128d>(mask)));
+}
+
 /// Bit l of the result is set where lane l of `mask` is.
 [[gnu::always_inline]] inline unsigned bitsOf(LaneMask mask) {
-  const auto lanes = reinterpret_cast<Lanes>(mask);
-  const __m128d a = __builtin_shufflevector(lanes, lanes, 0, 1);
-  const __m128d b = __builtin_shufflevector(lanes, lanes, 2, 3);
-  const __m128d c = __builtin_shufflevector(lanes, lanes, 4, 5);
-  const __m128d d = __builtin_shufflevector(lanes, lanes, 6, 7);
-  return static_cast<unsigned>(_mm_movemask_pd(a) | _mm_movemask_pd(b) << 2 |
-                               _mm_movemask_pd(c) << 4 | _mm_movemask_pd(d) << 6);
+  return bitsOf(mask.low.low) | bitsOf(mask.low.high) << 2 | bitsOf(mask.high.low) << 4 |
+         bitsOf(mask.high.high) << 6;
+}
+
+/// All bits of a lane set where bit l of `bits` is.
+[[gnu::always_inline]] inline LaneMask laneMask(unsigned bits) {
+  const auto two = [bits](unsigned l) {
+    return Mask2{-static_cast<long>(bits >> l & 1U), -static_cast<long>(bits >> (l + 1) & 1U)};
+  };
+  return {{two(0), two(2)}, {two(4), two(6)}};
 }
 
 }  // namespace velmo::math::lanesBaseline
