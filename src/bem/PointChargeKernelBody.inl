@@ -14,9 +14,12 @@ struct Sums {
   Lanes z;
 };
 
-/// Whether every lane is a finite number: x - x is zero exactly then.
-[[gnu::always_inline]] inline bool allFinite(Lanes v) {
-  return bitsOf((v - v) == Lanes{}) == 0xffU;
+/// Whether every lane of the sums is a finite number: x - x is zero exactly then. Distances that
+/// an inverse root may get wrong, zero among them, show in the gradient.
+[[gnu::always_inline]] inline bool allFinite(const Sums& sums) {
+  const Lanes zero = (sums.potential - sums.potential) + (sums.x - sums.x) + (sums.y - sums.y) +
+                     (sums.z - sums.z);
+  return bitsOf(zero == Lanes{}) == 0xffU;
 }
 
 /// Division and square root, exact for every distance, zero included.
@@ -85,7 +88,7 @@ template <u64 Groups, bool kMasked>
       addCharge<kMasked>(charges, q, tx[g], ty[g], tz[g], wanted[g], sums[g]);
   for (u64 g = 0; g < Groups; ++g) {
     const u64 t = first + g * kNumLanes;
-    if (!allFinite(sums[g].potential)) {
+    if (!allFinite(sums[g])) {
       addPairwise(charges, targets, t, bits[g]);
       continue;
     }
@@ -267,7 +270,7 @@ PotentialAndGradient sumOfCells(const CellCharges& c, const SizedPoint& target) 
       sums.z += w * p.dz;
     }
   }
-  if (!allFinite(sums.potential)) return sumOfCellsPairwise(c, target);
+  if (!allFinite(sums)) return sumOfCellsPairwise(c, target);
   return {math::sumOfLanes(sums.potential),
           {-math::sumOfLanes(sums.x), -math::sumOfLanes(sums.y), -math::sumOfLanes(sums.z)}};
 }

@@ -1,22 +1,22 @@
+#include <algorithm>
+
+#include "fmm/CoefficientIndex.hpp"
 #include "fmm/ExpansionKernel.hpp"
-#include "fmm/SignedOrders.hpp"
 
 namespace velmo::bem::fmm {
 namespace {
 
 using Complex = std::complex<double>;
 
-constexpr Complex kMinusI{0.0, -1.0};
-
-void put(double*& out, Complex c, double factor) {
-  *out++ = factor * c.real();
-  *out++ = factor * c.imag();
-}
+/// Row n + 1 holds n + 1 coefficients of degree n, one number before and two behind.
+constexpr u64 rowOffset(u64 row) { return row * (row + 5) / 2; }
 
 }  // namespace
 
 DerivedExpansion::DerivedExpansion(u64 degree)
-    : baseDegree_(degree), values_(8 * (degree + 2) * (degree + 3) / 2) {}
+    : baseDegree_(degree),
+      values_(8 * numCoefficients(degree + 1)),
+      padded_(rowOffset(degree + 3)) {}
 
 u64 DerivedExpansion::degree() const noexcept { return degree_; }
 const double* DerivedExpansion::data() const noexcept { return values_.data(); }
@@ -37,21 +37,34 @@ void DerivedExpansion::setMultipole(std::span<const Complex> forPotential,
   set(forPotential, forGradient, -1);
 }
 
+// Coefficients of the gradient go through `padded_`, so that the loop needs no case for missing
+// orders and degrees: row n + 1 holds c(n, -1) = -conj(c(n, 1)), c(n, 0) to c(n, n) and two zeros;
+// the rows before and behind stay zero.
 void DerivedExpansion::set(std::span<const Complex> forPotential,
                            std::span<const Complex> forGradient, int step) {
-  const SignedOrders u(forPotential, static_cast<std::int64_t>(baseDegree_));
-  const SignedOrders c(forGradient, static_cast<std::int64_t>(baseDegree_));
+  for (u64 n = 0; n <= baseDegree_; ++n) {
+    Complex* const row = padded_.data() + rowOffset(n + 1) + 1;
+    std::copy_n(forGradient.data() + coefficientIndex(n, 0), n + 1, row);
+    row[-1] = -std::conj(row[1]);
+  }
   double* out = values_.data();
-  const auto p = static_cast<std::int64_t>(degree_);
-  for (std::int64_t m = 0; m <= p; ++m) {
+  for (u64 m = 0; m <= degree_; ++m) {
     const double e = m == 0 ? 1.0 : 2.0;
-    for (std::int64_t n = m; n <= p; ++n) {
-      const Complex up = c(n + step, m + 1);
-      const Complex down = c(n + step, m - 1);
-      put(out, u(n, m), e);
-      put(out, up - down, 0.5 * e);
-      put(out, kMinusI * (up + down), 0.5 * e);
-      put(out, c(n + step, m), e * step);
+    for (u64 n = m; n <= degree_; ++n, out += 8) {
+      const Complex u = n <= baseDegree_ ? forPotential[coefficientIndex(n, m)] : Complex{};
+      // Row n + 1 + step holds the degree n + step.
+      const Complex* const c = padded_.data() + rowOffset(step > 0 ? n + 2 : n) + 1 + m;
+      const Complex difference = c[1] - c[-1];
+      const Complex sum = c[1] + c[-1];
+      out[0] = e * u.real();
+      out[1] = e * u.imag();
+      out[2] = 0.5 * e * difference.real();
+      out[3] = 0.5 * e * difference.imag();
+      // -i times the sum.
+      out[4] = 0.5 * e * sum.imag();
+      out[5] = -0.5 * e * sum.real();
+      out[6] = e * step * c[0].real();
+      out[7] = e * step * c[0].imag();
     }
   }
 }

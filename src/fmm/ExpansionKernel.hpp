@@ -78,6 +78,7 @@ class DerivedExpansion {
   u64 baseDegree_;
   u64 degree_ = 0;
   std::vector<double> values_;
+  std::vector<std::complex<double>> padded_;  ///< coefficients of the gradient among zeros
 };
 
 /// Rotations and factors of one translation along a direction. Matrices are folded: block n at

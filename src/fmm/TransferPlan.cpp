@@ -1,6 +1,7 @@
 #include "fmm/TransferPlan.hpp"
 
-#include <algorithm>
+#include <numeric>
+#include <span>
 
 #include "bits/MortonGrid.hpp"
 
@@ -20,16 +21,24 @@ std::uint32_t directionBetween(bits::Morton target, bits::Morton source) {
   return TransferPlan::directionNumber(step(t.x, s.x), step(t.y, s.y), step(t.z, s.z));
 }
 
+/// Sorts by direction; within a direction the targets stay in ascending order.
+void sortByDirection(std::span<TransferPlan::Pair> pairs, std::vector<TransferPlan::Pair>& buffer) {
+  buffer.assign(pairs.begin(), pairs.end());
+  std::array<u64, TransferPlan::kNumDirections + 1> next{};
+  for (const TransferPlan::Pair& pair : buffer) ++next[pair.direction + 1];
+  std::partial_sum(next.begin(), next.end(), next.begin());
+  for (const TransferPlan::Pair& pair : buffer) pairs[next[pair.direction]++] = pair;
+}
+
 }  // namespace
 
 TransferPlan::TransferPlan(const tree::SrcTrgTree<velmo::fmm::Box<3>>& tree) {
   const auto& ids = tree.links().ids;
-  const auto closeTask = [this](u64 level) {
+  std::vector<Pair> buffer;
+  const auto closeTask = [&](u64 level) {
     const u64 first = tasks.empty() ? 0 : tasks.back().endPair;
     if (pairs.size() == first) return;
-    // Within a direction the targets stay in ascending order.
-    std::stable_sort(pairs.begin() + static_cast<std::ptrdiff_t>(first), pairs.end(),
-                     [](const Pair& a, const Pair& b) { return a.direction < b.direction; });
+    sortByDirection(std::span(pairs).subspan(first), buffer);
     tasks.push_back({first, pairs.size(), level});
   };
   for (u64 level = 0; level < tree.numLevels; ++level) {

@@ -23,7 +23,27 @@ using LaneMask = LanePair<Mask4>;
   return {_mm256_sqrt_pd(squared.low), _mm256_sqrt_pd(squared.high)};
 }
 
-[[gnu::always_inline]] inline Lanes inverseRoot(Lanes squared) { return 1.0 / root(squared); }
+using Bits4 [[gnu::vector_size(32)]] = unsigned long;
+
+/// x^(-1/2) without the processor's slow square root and division. Halving the exponent by integer
+/// arithmetic gives y within 3.5 percent; with e = 1 - x y^2 the series
+/// x^(-1/2) = y (1 + e/2 + 3 e^2/8 + 5 e^3/16 + 35 e^4/128 + O(e^5)) brings it to 1.1e-4 with two
+/// terms and to the last place with four.
+/// @pre squared is a normal number. Others give numbers whose cube is not finite.
+[[gnu::always_inline]] inline Double4 inverseRoot(Double4 squared) {
+  constexpr unsigned long kHalfExponents = 0x5fe6eb50c7b537a9;
+  const Double4 guess =
+      reinterpret_cast<Double4>(kHalfExponents - (reinterpret_cast<Bits4>(squared) >> 1U));
+  const Double4 d = 1.0 - (squared * guess) * guess;
+  const Double4 y = guess + guess * (d * (0.375 * d + 0.5));
+  const Double4 e = 1.0 - (squared * y) * y;
+  const Double4 series = ((0.2734375 * e + 0.3125) * e + 0.375) * e + 0.5;
+  return y + (series * e) * y;
+}
+
+[[gnu::always_inline]] inline Lanes inverseRoot(Lanes squared) {
+  return {inverseRoot(squared.low), inverseRoot(squared.high)};
+}
 
 [[gnu::always_inline]] inline unsigned bitsOf(Mask4 mask) {
   return static_cast<unsigned>(_mm256_movemask_pd(reinterpret_cast<__m256d>(mask)));

@@ -26,19 +26,24 @@ std::vector<const PointChargeKernel*> runnableKernels() {
   return kernels;
 }
 
-/// Random charges and targets in the unit cube, with sums that start at 1.
+/// Random charges and targets in a cube, with sums that start at a number.
 struct Scene {
-  Scene(u64 numCharges, u64 numTargets)
+  Scene(u64 numCharges, u64 numTargets, double scale = 1.0, double startAt = 1.0)
       : count(math::paddedToLanes(numTargets)),
+        start(startAt),
         charges(5, std::vector<double>(numCharges)),
         targets(3, std::vector<double>(count)),
-        sums(4, std::vector<double>(count, 1.0)) {
+        sums(4, std::vector<double>(count, startAt)) {
     std::mt19937_64 random(numCharges * 1000 + numTargets);
     std::uniform_real_distribution<double> uniform(-1.0, 1.0);
     for (auto& row : charges)
       for (double& v : row) v = uniform(random);
     for (auto& row : targets)
       for (double& v : row) v = uniform(random);
+    for (u64 c = 0; c < 3; ++c) {
+      for (double& v : charges[c]) v *= scale;
+      for (double& v : targets[c]) v *= scale;
+    }
   }
 
   [[nodiscard]] PointCharges pointCharges() const {
@@ -52,7 +57,8 @@ struct Scene {
 
   /// The sums at target t and, behind them, the sums of the magnitudes of all terms.
   [[nodiscard]] std::array<long double, 8> exactSums(u64 t) const {
-    std::array<long double, 8> sum{1.0L, 1.0L, 1.0L, 1.0L, 1.0L, 1.0L, 1.0L, 1.0L};
+    std::array<long double, 8> sum{};
+    sum.fill(start);
     for (u64 q = 0; q < charges[0].size(); ++q) {
       std::array<long double, 3> d{};
       for (u64 c = 0; c < 3; ++c) d[c] = static_cast<long double>(targets[c][t]) - charges[c][q];
@@ -76,6 +82,7 @@ struct Scene {
   }
 
   u64 count;
+  double start;
   std::vector<std::vector<double>> charges;
   std::vector<std::vector<double>> targets;
   std::vector<std::vector<double>> sums;
@@ -91,6 +98,19 @@ TEST(PointChargeKernel, AgreesWithLongDoubleAtAllLengthsAroundTheVectorWidth) {
 
         for (u64 t = 0; t < scene.count; ++t) scene.expectExact(t);
       }
+    }
+  }
+}
+
+// The estimates of an inverse root that some kernels start from have a limited range.
+TEST(PointChargeKernel, KeepsItsAccuracyAtAllScalesOfLength) {
+  for (const PointChargeKernel* const kernel : runnableKernels()) {
+    for (const double scale : {1e-100, 1e-40, 1e-20, 1e20, 1e40, 1e100}) {
+      Scene scene(50, 24, scale, 0.0);
+
+      kernel->add(scene.pointCharges(), scene.targetLanes());
+
+      for (u64 t = 0; t < scene.count; ++t) scene.expectExact(t);
     }
   }
 }
