@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <set>
 #include <vector>
 
 #include "bem/LaplaceFundSol.hpp"
@@ -96,22 +95,6 @@ void expectClose(const std::vector<Complex>& actual, const std::vector<Complex>&
     }
     ASSERT_LE(error, 500 * kEps * size) << "column " << first / kRows;
   }
-}
-
-TEST(LevelTransfer, PlanGivesEveryTargetToOneTask) {
-  World world(kTrees[1]);
-  const TransferPlan plan(world.tree());
-  std::set<tree::BoxIndex> done;
-  u64 next = 0;
-  for (const TransferPlan::Task& task : plan.tasks) {
-    EXPECT_EQ(task.firstPair, next);
-    next = task.endPair;
-    std::set<tree::BoxIndex> mine;
-    for (u64 i = task.firstPair; i < task.endPair; ++i) mine.insert(plan.pairs[i].target);
-    for (const tree::BoxIndex target : mine) EXPECT_TRUE(done.insert(target).second);
-  }
-  EXPECT_EQ(next, plan.pairs.size());
-  EXPECT_GT(plan.tasks.size(), 3u);
 }
 
 TEST(LevelTransfer, ConvertsAsPairByPairWithAnyNumberOfThreads) {
