@@ -17,10 +17,10 @@ install(FILES "${velmo_man_page}.gz" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
 
 install(FILES share/completions/orvanta.post
         DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
-install(FILES README.md CHANGELOG.md LICENSE DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md LICENSE DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 # The README's links lead here.
 install(DIRECTORY docs DESTINATION "${CMAKE_INSTALL_DOCDIR}"
-        FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.png")
+        FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.png" PATTERN "*.csv")
 
 set(VELMO_MAINTAINER "orvanta.post maintainers <maintainers@orvanta.example>" CACHE STRING
     "Who stands behind a package built here: name <address>")
