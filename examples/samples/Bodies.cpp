@@ -43,6 +43,37 @@ PolygonMesh square() {
           .faces = {{{0, 1, 2, 3}, 4}}};
 }
 
+/// Half the edge of the square in the middle of a disc.
+constexpr double kCore = 0.5;
+
+/// The square [-1, 1]^2 in five blocks: the core and four trapezoids around it.
+PolygonMesh blockedSquare() {
+  PolygonMesh mesh;
+  mesh.vertices = {{-kCore, -kCore, 0}, {kCore, -kCore, 0}, {kCore, kCore, 0}, {-kCore, kCore, 0},
+                   {-1, -1, 0},         {1, -1, 0},         {1, 1, 0},         {-1, 1, 0}};
+  mesh.faces = {{{0, 1, 2, 3}, 4},
+                {{4, 5, 1, 0}, 4},
+                {{5, 6, 2, 1}, 4},
+                {{6, 7, 3, 2}, 4},
+                {{7, 4, 0, 3}, 4}};
+  return mesh;
+}
+
+/// The place on the unit disc of a point of the blocked square: the core stays, and the blocks'
+/// outer edges become arcs of equal angles.
+Vec3 onDisc(const Vec3& x) {
+  const double level = std::max(std::abs(x[0]), std::abs(x[1]));
+  if (level <= kCore) return x;
+  const Vec3 onSquare = (1.0 / level) * x;
+  const bool alongX = std::abs(x[0]) < std::abs(x[1]);
+  const double angle = 0.25 * std::numbers::pi * (alongX ? onSquare[0] : onSquare[1]);
+  const double side = alongX ? onSquare[1] : onSquare[0];
+  const Vec3 onRim = alongX ? Vec3{std::sin(angle), side * std::cos(angle), 0.0}
+                            : Vec3{side * std::cos(angle), std::sin(angle), 0.0};
+  const double t = (level - kCore) / (1.0 - kCore);
+  return (1.0 - t) * (kCore * onSquare) + t * onRim;
+}
+
 PolygonMesh cut(const PolygonMesh& quads, const MeshOptions& options) {
   PolygonMesh fine = refined(quads, options.refine);
   switch (options.elements) {
@@ -95,6 +126,22 @@ SurfaceMesh sphere(const MeshOptions& options, double radius, const Vec3& centre
   return mesh;
 }
 
+SurfaceMesh ellipsoid(const MeshOptions& options, const Vec3& semiAxes, const Vec3& centre) {
+  requirePositive(semiAxes, "The half-axes of an ellipsoid must be positive");
+  SurfaceMesh mesh = sphere(options);
+  moveNodes(mesh, [&](const Vec3& x) {
+    return centre + Vec3{semiAxes[0] * x[0], semiAxes[1] * x[1], semiAxes[2] * x[2]};
+  });
+  return mesh;
+}
+
+SurfaceMesh spherePair(const MeshOptions& options, const std::array<double, 2>& radii, double gap,
+                       const Vec3& centre) {
+  requirePositive({gap, gap, gap}, "The gap between two spheres must be positive");
+  return merged(sphere(options, radii[0], centre + Vec3{0.0, 0.0, 0.5 * gap + radii[0]}),
+                sphere(options, radii[1], centre - Vec3{0.0, 0.0, 0.5 * gap + radii[1]}));
+}
+
 SurfaceMesh box(const MeshOptions& options, const Vec3& size, const Vec3& centre) {
   requirePositive(size, "The edges of a box must be positive");
   SurfaceMesh mesh = meshOf(cut(cube(), options), options);
@@ -109,6 +156,19 @@ SurfaceMesh plate(const MeshOptions& options, double edge, const Vec3& centre) {
   SurfaceMesh mesh = meshOf(cut(square(), options), options);
   moveNodes(mesh, [&](const Vec3& x) { return centre + 0.5 * edge * x; });
   return mesh;
+}
+
+SurfaceMesh disc(const MeshOptions& options, double radius, const Vec3& centre) {
+  requirePositive({radius, radius, radius}, "The radius of a disc must be positive");
+  SurfaceMesh mesh = meshOf(cut(blockedSquare(), options), options);
+  moveNodes(mesh, [&](const Vec3& x) { return centre + radius * onDisc(x); });
+  return mesh;
+}
+
+SurfaceMesh discPair(const MeshOptions& options, double radius, double gap, const Vec3& centre) {
+  requirePositive({gap, gap, gap}, "The gap between two discs must be positive");
+  const Vec3 up{0.0, 0.0, 0.5 * gap};
+  return merged(disc(options, radius, centre + up), disc(options, radius, centre - up));
 }
 
 }  // namespace velmo::samples

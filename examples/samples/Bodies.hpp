@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+
 #include "io/Types.hpp"
 #include "samples/SurfaceMesh.hpp"
 #include "samples/Vec3.hpp"
@@ -22,6 +24,14 @@ struct MeshOptions {
 [[nodiscard]] SurfaceMesh sphere(const MeshOptions& options, double radius = 1.0,
                                  const Vec3& centre = {});
 
+/// The sphere stretched to half-axes along x, y and z.
+[[nodiscard]] SurfaceMesh ellipsoid(const MeshOptions& options, const Vec3& semiAxes,
+                                    const Vec3& centre = {});
+
+/// Two spheres on the z axis, the first above the second, with a gap around `centre`.
+[[nodiscard]] SurfaceMesh spherePair(const MeshOptions& options, const std::array<double, 2>& radii,
+                                     double gap, const Vec3& centre = {});
+
 /// Box with the given edge lengths and outward normals: 6 n^2 quadrilaterals, 12 n^2 triangles or
 /// 9 n^2 of both kinds.
 [[nodiscard]] SurfaceMesh box(const MeshOptions& options, const Vec3& size = {1.0, 1.0, 1.0},
@@ -31,5 +41,15 @@ struct MeshOptions {
 /// many triangles.
 [[nodiscard]] SurfaceMesh plate(const MeshOptions& options, double edge = 1.0,
                                 const Vec3& centre = {});
+
+/// Flat round sheet across the z axis with its normal along +z: a square in the middle and four
+/// blocks between it and the rim, 5 n^2 quadrilaterals or twice as many triangles. Only the edges
+/// on the rim are curved in space.
+[[nodiscard]] SurfaceMesh disc(const MeshOptions& options, double radius = 1.0,
+                               const Vec3& centre = {});
+
+/// Two discs that face each other with a gap around `centre`, the upper one first.
+[[nodiscard]] SurfaceMesh discPair(const MeshOptions& options, double radius, double gap,
+                                   const Vec3& centre = {});
 
 }  // namespace velmo::samples

@@ -4,6 +4,7 @@
 
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
+#include "samples/ClosedForm.hpp"
 #include "samples/SampleRequest.hpp"
 
 namespace velmo::samples {
@@ -16,21 +17,16 @@ SurfaceMesh meshOf(const SampleRequest& request) {
       return box(request.mesh, request.size, request.centre);
     case Body::Plate:
       return plate(request.mesh, request.size[0], request.centre);
+    case Body::Ellipsoid:
+      return ellipsoid(request.mesh, request.semiAxes, request.centre);
+    case Body::SpherePair:
+      return spherePair(request.mesh, radiiOf(request), request.gap, request.centre);
+    case Body::DiscPair:
+      return discPair(request.mesh, request.radius, request.gap, request.centre);
     case Body::Sphere:
       break;
   }
   return sphere(request.mesh, request.radius, request.centre);
-}
-
-Density densityOf(const SampleRequest& request, const SurfaceMesh& mesh) {
-  const double sigma = request.sigma;
-  const double z0 = request.centre[2];
-  const u64 order = request.settings.femOrder;
-  Density density =
-      request.densityKind == DensityKind::Uniform
-          ? uniform(mesh, order, sigma)
-          : projected(mesh, order, [=](const double* x) { return sigma * (x[2] - z0); });
-  return request.charge ? scaledTo(std::move(density), *request.charge) : density;
 }
 
 /// The axes along which two opposite corners differ.
@@ -72,6 +68,8 @@ Points pointsOf(const SampleRequest& request, const SurfaceMesh& mesh) {
       return boxOf(request.count, request.from, request.to, request.seed);
     case PointSet::Surface:
       return onSurface(request.count, mesh, request.seed);
+    case PointSet::Near:
+      return offSurface(request.count, mesh, request.rMin, request.rMax, request.seed);
     case PointSet::Shell:
       break;
   }
@@ -84,11 +82,37 @@ std::filesystem::path withExtension(const std::filesystem::path& out, const char
 
 }  // namespace
 
+std::array<double, 2> radiiOf(const SampleRequest& request) {
+  return {request.radius, request.lowerRadius.value_or(request.radius)};
+}
+
+SurfaceMesh makeMesh(const SampleRequest& request) {
+  SurfaceMesh mesh = meshOf(request);
+  return request.renumber ? renumbered(mesh, request.seed) : mesh;
+}
+
+Density makeDensity(const SampleRequest& request, const SurfaceMesh& mesh) {
+  const double sigma = request.sigma;
+  const double z0 = request.centre[2];
+  const u64 order = request.settings.femOrder;
+  if (request.densityKind == DensityKind::Exact) {
+    // What a flat mesh lacks in charge belongs to its error: nothing is scaled.
+    const auto exact = closedForm(request);
+    return projected(mesh, order, [&exact](const double* x) {
+      return static_cast<double>(exact->density({x[0], x[1], x[2]}));
+    });
+  }
+  Density density =
+      request.densityKind == DensityKind::Uniform
+          ? uniform(mesh, order, sigma)
+          : projected(mesh, order, [=](const double* x) { return sigma * (x[2] - z0); });
+  return request.charge ? scaledTo(std::move(density), *request.charge) : density;
+}
+
 Sample makeSample(const SampleRequest& request) {
   Sample sample;
-  sample.mesh = meshOf(request);
-  if (request.renumber) sample.mesh = renumbered(sample.mesh, request.seed);
-  sample.density = densityOf(request, sample.mesh);
+  sample.mesh = makeMesh(request);
+  sample.density = makeDensity(request, sample.mesh);
   sample.points = pointsOf(request, sample.mesh);
   return sample;
 }

@@ -96,11 +96,16 @@ auto flag(Access access) {
 using R = SampleRequest;
 
 void addBodyOptions(std::vector<Option>& options) {
-  options.push_back(
-      {"body", "sphere|box|plate", "shape of the surface (sphere)",
-       choice(
-           [](R & r) -> auto& { return r.body; },
-           Words<Body>{{"sphere", Body::Sphere}, {"box", Body::Box}, {"plate", Body::Plate}})});
+  options.push_back({"body", "sphere|box|plate|ellipsoid|sphere-pair|disc-pair",
+                     "shape of the surface (sphere)",
+                     choice(
+                         [](R & r) -> auto& { return r.body; },
+                         Words<Body>{{"sphere", Body::Sphere},
+                                     {"box", Body::Box},
+                                     {"plate", Body::Plate},
+                                     {"ellipsoid", Body::Ellipsoid},
+                                     {"sphere-pair", Body::SpherePair},
+                                     {"disc-pair", Body::DiscPair}})});
   options.push_back({"elements", "triangles|quads|mixed", "kinds of elements (triangles)",
                      choice(
                          [](R & r) -> auto& { return r.mesh.elements; },
@@ -115,8 +120,14 @@ void addBodyOptions(std::vector<Option>& options) {
                          [](R & r) -> auto& { return r.mesh.geometryOrder; }, 1, 3)});
   options.push_back({"quad8", "", "eight-node quadrilaterals at geometry order 2",
                      flag([](R & r) -> auto& { return r.mesh.eightNodeQuads; })});
-  options.push_back({"radius", "X", "radius of the sphere (1)",
+  options.push_back({"radius", "X", "radius of the sphere, the upper sphere, the discs (1)",
                      positive([](R & r) -> auto& { return r.radius; })});
+  options.push_back({"lower-radius", "X", "radius of the lower sphere of a pair (as the upper)",
+                     positive([](R & r) -> auto& { return r.lowerRadius.emplace(); })});
+  options.push_back({"gap", "X", "between the surfaces of a pair (0.5)",
+                     positive([](R & r) -> auto& { return r.gap; })});
+  options.push_back({"semi-axes", "X,Y,Z", "half-axes of the ellipsoid (1,0.8,0.6)",
+                     vector([](R & r) -> auto& { return r.semiAxes; })});
   options.push_back({"size", "X,Y,Z", "edges of the box; X is the edge of the plate (1,1,1)",
                      vector([](R & r) -> auto& { return r.size; })});
   options.push_back({"centre", "X,Y,Z", "centre of the body (0,0,0)",
@@ -129,16 +140,24 @@ void addDensityOptions(std::vector<Option>& options) {
   options.push_back({"density-order", "0|1|2|3", "order of the density (0)",
                      inRange(
                          [](R & r) -> auto& { return r.settings.femOrder; }, 0, 3)});
-  options.push_back({"density", "uniform|linear",
-                     "sigma everywhere, or sigma times z - z of the centre (uniform)",
-                     choice(
-                         [](R & r) -> auto& { return r.densityKind; },
-                         Words<DensityKind>{{"uniform", DensityKind::Uniform},
-                                            {"linear", DensityKind::Linear}})});
+  options.push_back(
+      {"density", "uniform|linear|exact",
+       "sigma everywhere, sigma times z - z of the centre, or the closed form: conducting\n"
+       "                                   ellipsoid of a charge (1), conducting spheres at "
+       "+-voltage,\n"
+       "                                   discs with +-sigma, even sphere (uniform)",
+       choice(
+           [](R & r) -> auto& { return r.densityKind; },
+           Words<DensityKind>{{"uniform", DensityKind::Uniform},
+                              {"linear", DensityKind::Linear},
+                              {"exact", DensityKind::Exact}})});
+  options.push_back({"voltage", "X", "potential of the upper sphere of a pair (1)",
+                     number([](R & r) -> auto& { return r.voltage; })});
   options.push_back({"sigma", "X", "charge per unit of area (1)",
                      number([](R & r) -> auto& { return r.sigma; })});
   options.push_back(
-      {"charge", "X", "scale the density to this total charge (as sigma gives it)",
+      {"charge", "X",
+       "scale the density to this total charge; of an exact ellipsoid, 1 (as sigma gives it)",
        [](R& r, std::string_view text) { return parseNumber(text, r.charge.emplace()); }});
 }
 
@@ -164,23 +183,26 @@ void addFileOptions(std::vector<Option>& options) {
 }
 
 void addPointOptions(std::vector<Option>& options) {
-  options.push_back(
-      {"points", "shell|fibonacci|line|plane|box|surface",
-       "random or lattice in a shell, line, square grid, random in a box, on elements (shell)",
-       choice(
-           [](R & r) -> auto& { return r.points; },
-           Words<PointSet>{{"shell", PointSet::Shell},
-                           {"fibonacci", PointSet::Fibonacci},
-                           {"line", PointSet::Line},
-                           {"plane", PointSet::Plane},
-                           {"box", PointSet::Box},
-                           {"surface", PointSet::Surface}})});
+  options.push_back({"points", "shell|fibonacci|line|plane|box|surface|near",
+                     "random or lattice in a shell, line, square grid, random in a box, on "
+                     "elements, near them (shell)",
+                     choice(
+                         [](R & r) -> auto& { return r.points; },
+                         Words<PointSet>{{"shell", PointSet::Shell},
+                                         {"fibonacci", PointSet::Fibonacci},
+                                         {"line", PointSet::Line},
+                                         {"plane", PointSet::Plane},
+                                         {"box", PointSet::Box},
+                                         {"surface", PointSet::Surface},
+                                         {"near", PointSet::Near}})});
   options.push_back({"count", "N", "points; a plane takes the largest square below (1000)",
                      inRange(
                          [](R & r) -> auto& { return r.count; }, 1, 1000000000)});
-  options.push_back({"rmin", "X", "inner radius of the shell around the centre (1.5)",
-                     number([](R & r) -> auto& { return r.rMin; })});
-  options.push_back({"rmax", "X", "outer radius of the shell (3)",
+  options.push_back(
+      {"rmin", "X",
+       "inner radius of the shell around the centre, or least element sizes of near (1.5)",
+       number([](R & r) -> auto& { return r.rMin; })});
+  options.push_back({"rmax", "X", "outer radius of the shell, or most element sizes of near (3)",
                      number([](R & r) -> auto& { return r.rMax; })});
   options.push_back({"from", "X,Y,Z",
                      "start of the line, corner of the box or of the plane (-2,-2,1.5)",

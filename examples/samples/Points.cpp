@@ -114,6 +114,10 @@ Points randomInBox(u64 count, const Vec3& low, const Vec3& high, u64 seed) {
 }
 
 Points onSurface(u64 count, const SurfaceMesh& mesh, u64 seed) {
+  return offSurface(count, mesh, 0.0, 0.0, seed);
+}
+
+Points offSurface(u64 count, const SurfaceMesh& mesh, double dMin, double dMax, u64 seed) {
   Random random(seed);
   const grid::Geometry::Grid geometry = grid::surfaceGeometry(gridData(mesh));
   Points points(3 * count);
@@ -121,7 +125,15 @@ Points onSurface(u64 count, const SurfaceMesh& mesh, u64 seed) {
     const u64 e = random.below(mesh.numElements());
     const grid::ElementGeometry element = geometry.element(mesh.vertices(e), e);
     const auto xi = genericPoint(element.shape(), random);
-    element.positions({xi.data(), xi.size()}, points.data() + 3 * i);
+    double* const x = points.data() + 3 * i;
+    element.positions({xi.data(), xi.size()}, x);
+    if (dMin == 0.0 && dMax == 0.0) continue;
+    Vec3 a{};
+    Vec3 b{};
+    element.tangents({xi.data(), xi.size()}, a.data(), b.data());
+    const Vec3 normal = cross(a, b);
+    const double distance = random.uniform(dMin, dMax) * std::sqrt(2.0 * element.area());
+    for (u64 axis = 0; axis < 3; ++axis) x[axis] += distance / norm(normal) * normal.at(axis);
   }
   return points;
 }

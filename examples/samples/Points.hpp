@@ -34,6 +34,11 @@ using Points = std::vector<double>;
 /// rules of all orders have their most popular point.
 [[nodiscard]] Points onSurface(u64 count, const SurfaceMesh& mesh, u64 seed);
 
+/// As `onSurface`, but moved along the normals by dMin to dMax sizes of the element, sqrt(2 area);
+/// negative distances lie behind the surface.
+[[nodiscard]] Points offSurface(u64 count, const SurfaceMesh& mesh, double dMin, double dMax,
+                                u64 seed);
+
 /// Writes an `.xyz` file: a comment line, the count, one point per line with 17 significant digits,
 /// which read back to the same bits.
 /// @throws utility::RuntimeError "Cannot write file '<path>'"

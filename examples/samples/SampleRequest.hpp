@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <filesystem>
 #include <optional>
 #include <span>
@@ -17,15 +18,18 @@
 
 namespace velmo::samples {
 
-enum class Body { Sphere, Box, Plate };
-enum class DensityKind { Uniform, Linear };
-enum class PointSet { Shell, Fibonacci, Line, Plane, Box, Surface };
+enum class Body { Sphere, Box, Plate, Ellipsoid, SpherePair, DiscPair };
+enum class DensityKind { Uniform, Linear, Exact };
+enum class PointSet { Shell, Fibonacci, Line, Plane, Box, Surface, Near };
 
 /// Everything that a sample is made of; the defaults are those of the tool.
 struct SampleRequest {
   Body body = Body::Sphere;
   MeshOptions mesh{.refine = 8};
   double radius = 1.0;
+  std::optional<double> lowerRadius;
+  double gap = 0.5;
+  Vec3 semiAxes{1.0, 0.8, 0.6};
   Vec3 size{1.0, 1.0, 1.0};
   Vec3 centre{};
   bool renumber = false;
@@ -33,6 +37,7 @@ struct SampleRequest {
   DensityKind densityKind = DensityKind::Uniform;
   double sigma = 1.0;
   std::optional<double> charge;
+  double voltage = 1.0;
 
   PieceOptions pieces;
   StorageOptions storage;
@@ -49,6 +54,9 @@ struct SampleRequest {
   std::filesystem::path out;  ///< the files' common name without extension
 };
 
+/// The radii of a pair of spheres, upper one first.
+[[nodiscard]] std::array<double, 2> radiiOf(const SampleRequest& request);
+
 /// Reads `--name=value` or `--name value` for each option.
 /// @param arguments without the name of the program
 /// @throws utility::RuntimeError telling the option and what it expects
@@ -63,6 +71,11 @@ struct Sample {
   Density density;
   Points points;
 };
+
+/// The surface alone.
+[[nodiscard]] SurfaceMesh makeMesh(const SampleRequest& request);
+
+[[nodiscard]] Density makeDensity(const SampleRequest& request, const SurfaceMesh& mesh);
 
 [[nodiscard]] Sample makeSample(const SampleRequest& request);
 

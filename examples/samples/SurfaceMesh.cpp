@@ -27,6 +27,16 @@ grid::GridData gridData(const SurfaceMesh& mesh) {
   return grid;
 }
 
+SurfaceMesh merged(SurfaceMesh a, const SurfaceMesh& b) {
+  const u64 numNodes = a.numNodes();
+  const u64 numIndices = a.connectivity.size();
+  a.coordinates.insert(a.coordinates.end(), b.coordinates.begin(), b.coordinates.end());
+  a.elementTypes.insert(a.elementTypes.end(), b.elementTypes.begin(), b.elementTypes.end());
+  for (const u64 node : b.connectivity) a.connectivity.push_back(numNodes + node);
+  for (u64 e = 1; e < b.offsets.size(); ++e) a.offsets.push_back(numIndices + b.offsets[e]);
+  return a;
+}
+
 SurfaceMesh renumbered(const SurfaceMesh& mesh, u64 seed) {
   Random random(seed);
   const std::vector<u64> newNode = random.permutation(mesh.numNodes());

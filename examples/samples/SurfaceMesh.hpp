@@ -35,6 +35,9 @@ struct SurfaceMesh {
 /// The same surface as the solution reader gives it: ids are positions, all tags 0.
 [[nodiscard]] grid::GridData gridData(const SurfaceMesh& mesh);
 
+/// Two surfaces as one: nodes and elements of `b` behind those of `a`.
+[[nodiscard]] SurfaceMesh merged(SurfaceMesh a, const SurfaceMesh& b);
+
 /// The same surface with its nodes and its elements numbered in random order.
 [[nodiscard]] SurfaceMesh renumbered(const SurfaceMesh& mesh, u64 seed);
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <map>
@@ -191,11 +192,61 @@ TEST(Bodies, PlateIsADiscOfTheRightAreaFacingUpwards) {
   }
 }
 
+/// The rim is interpolated with the order of the geometry; all elements face upwards.
+TEST(Bodies, DiscApproachesItsAreaWithItsOrderFacingUpwards) {
+  for (const MeshCase& parameters : meshCases()) {
+    MeshOptions options = parameters.options;
+    std::array<double, 2> lost{};
+    for (u64 i = 0; i < 2; ++i) {
+      options.refine = 4 * (i + 1);
+      const SurfaceMesh mesh = disc(options, 2.0, {1.0, 0.0, 3.0});
+      lost.at(i) = 4.0 * std::numbers::pi - surfaceArea(mesh);
+      const auto geometry = grid::surfaceGeometry(gridData(mesh));
+      for (u64 e = 0; e < mesh.numElements(); ++e) {
+        const auto element = geometry.element(mesh.vertices(e), e);
+        for (const double y : {0.01, 0.5, 0.89}) {
+          const std::array<double, 2> at{0.9, y};
+          Vec3 a{};
+          Vec3 b{};
+          element.tangents({at.data(), at.size()}, a.data(), b.data());
+          EXPECT_GT(cross(a, b)[2], 0.0) << parameters.name << " element " << e;
+        }
+      }
+    }
+    EXPECT_GT(std::log2(std::abs(lost[0] / lost[1])), options.geometryOrder == 1 ? 1.9 : 3.8)
+        << parameters.name;
+    EXPECT_LT(std::abs(lost[1]), options.geometryOrder == 1 ? 0.1 : 1e-3) << parameters.name;
+  }
+}
+
+TEST(Bodies, PairsAndEllipsoidsLieWhereAsked) {
+  const MeshOptions options{Elements::Mixed, 4, 2, false};
+  const SurfaceMesh ball = ellipsoid(options, {3.0, 2.0, 1.0}, {1.0, 1.0, 1.0});
+  const SurfaceMesh spheres = spherePair(options, {2.0, 0.5}, 0.25, {0.0, 1.0, 0.0});
+  const SurfaceMesh discs = discPair(options, 2.0, 0.25);
+
+  for (u64 node = 0; node < ball.numNodes(); ++node) {
+    const Vec3 d = nodeAt(ball, node) - Vec3{1.0, 1.0, 1.0};
+    EXPECT_NEAR(norm(Vec3{d[0] / 3.0, d[1] / 2.0, d[2]}), 1.0, 8 * eps);
+  }
+  for (u64 node = 0; node < spheres.numNodes(); ++node) {
+    const bool upper = node < spheres.numNodes() / 2;
+    const Vec3 centre{0.0, 1.0, upper ? 2.125 : -0.625};
+    EXPECT_NEAR(norm(nodeAt(spheres, node) - centre), upper ? 2.0 : 0.5, 16 * eps);
+  }
+  EXPECT_GT(enclosedVolume(spheres), 0.0);
+  for (u64 node = 0; node < discs.numNodes(); ++node)
+    EXPECT_EQ(nodeAt(discs, node)[2], node < discs.numNodes() / 2 ? 0.125 : -0.125);
+}
+
 TEST(Bodies, RefuseWhatHasNoMesh) {
   EXPECT_THROW((void)sphere({Elements::Triangles, 0, 1, false}), utility::RuntimeError);
   EXPECT_THROW((void)sphere({Elements::Triangles, 2, 4, false}), utility::RuntimeError);
   EXPECT_THROW((void)box({}, {1.0, -1.0, 1.0}), utility::RuntimeError);
   EXPECT_THROW((void)plate({}, std::nan("")), utility::RuntimeError);
+  EXPECT_THROW((void)ellipsoid({}, {1.0, 0.0, 1.0}), utility::RuntimeError);
+  EXPECT_THROW((void)spherePair({}, {1.0, 1.0}, 0.0), utility::RuntimeError);
+  EXPECT_THROW((void)discPair({}, 1.0, -1.0), utility::RuntimeError);
 }
 
 }  // namespace

@@ -88,6 +88,19 @@ TEST(Points, OnTheSurfaceLieOnIt) {
     EXPECT_NEAR(radiusOf(points, i, {0.0, 1.0, 0.0}), 2.0, 1e-3) << "cubic elements, h = 0.7";
 }
 
+/// The size of an element is sqrt(2 area): here sqrt(2) / 2 for all.
+TEST(Points, OffTheSurfaceKeepTheirDistancesInElementSizes) {
+  const SurfaceMesh mesh = plate({Elements::Quadrilaterals, 4, 2, false}, 2.0);
+
+  for (const double side : {1.0, -1.0}) {
+    const Points points = offSurface(200, mesh, side * 0.5, side * 0.75, 7);
+    for (u64 i = 2; i < points.size(); i += 3) {
+      EXPECT_GE(side * points[i], 0.5 * std::sqrt(0.5) * (1.0 - 8 * eps));
+      EXPECT_LE(side * points[i], 0.75 * std::sqrt(0.5) * (1.0 + 8 * eps));
+    }
+  }
+}
+
 TEST(Points, ReadBackFromTheirFileToTheSameBits) {
   const auto path = scratch("points.xyz");
   Points points = randomInShell(200, {}, 1e-9, 1e9, 3);
@@ -160,7 +173,8 @@ TEST(SampleRequest, RefusesBadWordsInClearWords) {
       {{"--refine=-1"}, "Bad value '-1' of '--refine', expected N"},
       {{"--count=3x"}, "Bad value '3x' of '--count', expected N"},
       {{"--geometry-order=4"}, "Bad value '4' of '--geometry-order', expected 1|2|3"},
-      {{"--body=cone"}, "Bad value 'cone' of '--body', expected sphere|box|plate"},
+      {{"--body=cone"},
+       "Bad value 'cone' of '--body', expected sphere|box|plate|ellipsoid|sphere-pair|disc-pair"},
       {{"--centre=1,2"}, "Bad value '1,2' of '--centre', expected X,Y,Z"},
       {{"--centre=1,2,3,4"}, "Bad value '1,2,3,4' of '--centre', expected X,Y,Z"},
       {{"--radius=nan"}, "Bad value 'nan' of '--radius', expected X"},
