@@ -109,20 +109,6 @@ TEST(ResultTable, IsTheSameForAnyNumberOfThreads) {
   EXPECT_EQ(texts[0].size(), head.size() + values.size() * 25);
 }
 
-TEST(ResultTable, HasOnlyAHeadWithoutPoints) {
-  const TemporaryFolder folder;
-  const std::string stale = folder.write("none.csv", "an older and longer table\n" + head);
-
-  EXPECT_EQ(Table({}).written(folder.path() / "none"), head);
-}
-
-TEST(ResultTable, PassesOverAFileThatCannotBeOpened) {
-  const TemporaryFolder folder;
-
-  EXPECT_EQ(Table({1, 2, 3, 4, 5, 6, 7}).written(folder.path() / "no such folder" / "a"), "");
-  EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
-}
-
 TEST(ResultTable, ChecksItsListsAgainstThePoints) {
   const TemporaryFolder folder;
   const auto points = velmo::grid::makePointCloud(std::vector<double>{1, 2, 3, 4, 5, 6}, 2);

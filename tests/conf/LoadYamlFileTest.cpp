@@ -1,37 +1,25 @@
 #include "conf/LoadYamlFile.hpp"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 #include <yaml-cpp/yaml.h>
 
 #include <filesystem>
-#include <fstream>
 #include <stdexcept>
 #include <string>
 
 #include "io/Format.hpp"
+#include "support/TemporaryFolder.hpp"
 
 namespace velmo::conf {
 namespace {
 
-/// A folder of its own for each test.
 class LoadYamlFile : public ::testing::Test {
  protected:
-  void SetUp() override {
-    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-    folder_ = std::filesystem::temp_directory_path() /
-              ("velmo_conf_" + std::to_string(getpid()) + test->name());
-    std::filesystem::create_directories(folder_ / "sub");
-  }
-
-  void TearDown() override { std::filesystem::remove_all(folder_); }
-
   std::filesystem::path write(const std::string& name, const std::string& text) const {
-    std::ofstream(folder_ / name, std::ios::binary) << text;
-    return folder_ / name;
+    return files_.write(name, text);
   }
 
-  std::string failure(const std::filesystem::path& path) const {
+  static std::string failure(const std::filesystem::path& path) {
     try {
       const YAML::Node unexpected = loadYamlFile(path);
       return "no failure";
@@ -40,7 +28,8 @@ class LoadYamlFile : public ::testing::Test {
     }
   }
 
-  std::filesystem::path folder_;
+  test::TemporaryFolder files_;
+  std::filesystem::path folder_ = files_.path();
 };
 
 TEST_F(LoadYamlFile, AppendsIncludesAndKeepsTheFirstDefinition) {

@@ -28,9 +28,10 @@ class TemporaryFolder {
 
   [[nodiscard]] const std::filesystem::path& path() const { return path_; }
 
-  /// Writes a file and gives its path.
+  /// Writes a file, with the folders of its name, and gives its path.
   std::string write(const std::string& name, std::string_view text) const {
     const std::filesystem::path file = path_ / name;
+    std::filesystem::create_directories(file.parent_path());
     std::ofstream(file) << text;
     return file.string();
   }

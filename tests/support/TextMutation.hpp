@@ -18,7 +18,7 @@ inline u64 numMutations(u64 everyday) {
 /// `text` with one to three characters or passages cut, altered, doubled or put in. Equal seeds
 /// give equal texts.
 inline std::string mutatedText(std::string text, u64 seed) {
-  constexpr std::string_view kAlphabet = "0123456789  \n\n\r\t#+-.eExXinfa,\0\xff";
+  constexpr std::string_view kAlphabet = "0123456789  \n\n\r\t#+-.eExXinfa,:[]{}&*'~\0\xff";
   constexpr std::string_view kPhrases[] = {"99999999999999999999",
                                            "-1",
                                            "2147483647",

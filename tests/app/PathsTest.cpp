@@ -1,0 +1,165 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "app/SampleRuns.hpp"
+
+namespace orvanta {
+namespace {
+
+/// A folder with a sample whose files lie under the names "s.*".
+class Paths : public ::testing::Test {
+ protected:
+  Paths() : request_(smallRequest(folder_.path() / "s")) {
+    request_.mesh.refine = 2;
+    request_.count = 3;
+    request_.settings.numThreads = 1;
+    (void)write(request_);
+    EXPECT_EQ(run(request_.out).status, 0);
+    table_ = readFile(path("s.csv"));
+    fs::remove(path("s.csv"));
+  }
+
+  [[nodiscard]] fs::path path(const std::string& name) const { return folder_.path() / name; }
+
+  [[nodiscard]] ProgramResult runIn(const std::vector<std::string>& arguments) const {
+    return velmo::test::runProgram(ORVANTA_POST_PROGRAM, arguments, folder_.path());
+  }
+
+  /// Expects that a run ends well and writes the table to `name`, which is removed.
+  void expectTableAt(const std::string& name, const std::vector<std::string>& arguments) const {
+    const ProgramResult result = runIn(arguments);
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(readFile(path(name)), table_) << name;
+    fs::remove(path(name));
+  }
+
+  /// Expects that a run fails with `words` at the end of the error stream and writes no table.
+  void expectRefusal(const std::string& words, const std::vector<std::string>& arguments) const {
+    const ProgramResult result = runIn(arguments);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_TRUE(result.err.ends_with(words)) << result.err;
+    for (const auto& entry : fs::directory_iterator(folder_.path()))
+      EXPECT_NE(entry.path().extension(), ".csv");
+  }
+
+  TemporaryFolder folder_;
+  SampleRequest request_;
+  std::string table_;
+};
+
+/// 41 folders of 100 letters: longer than the system takes as a path.
+std::string endlessPath() {
+  std::string path;
+  for (int i = 0; i < 41; ++i) path += std::string(100, 'd') + "/";
+  return path + "f";
+}
+
+TEST_F(Paths, MayHoldAllButBlanks) {
+  for (const std::string& name :
+       {std::string(251, 'n'), std::string("q\"uo'te"), std::string("back\\slash\\"),
+        std::string("um\xC3\xA4lt-\xE6\xBC\xA2"), std::string("latin-\xE4\xFF"),
+        std::string("-dash"), std::string("@at"), std::string("hash#"), std::string("key=value"),
+        std::string("$(x)*?"), std::string("..."), std::string("./s/../s//n")}) {
+    SCOPED_TRACE(name);
+    fs::create_directory(path("s"));
+    fs::copy_file(path("s.vtkhdf"), path(name));
+    expectTableAt("s.csv", {"--input=" + name, "--points=s.xyz", "--settings=s.yaml"});
+    fs::copy_file(path("s.yaml"), path(name), fs::copy_options::overwrite_existing);
+    expectTableAt("s.csv", {"--input=s.vtkhdf", "--points=s.xyz", "--settings=" + name});
+    fs::copy_file(path("s.xyz"), path(name), fs::copy_options::overwrite_existing);
+    const std::string stem = fs::path(name).replace_extension().string();
+    expectTableAt(stem + ".csv", {"--input=s.vtkhdf", "--points=" + name, "--settings=s.yaml"});
+    folder_.write(name, "input s.vtkhdf\np s.xyz\nsettings s.yaml\noutput " + name);
+    expectTableAt(name + ".csv", {"@" + name});
+    fs::remove(path(name));
+  }
+}
+
+TEST_F(Paths, EndAtTheirFirstBlankButForQuotedSettings) {
+  fs::copy_file(path("s.yaml"), path("a \"b\" \\c.yaml"));
+  fs::copy_file(path("s.yaml"), path("b\tc.yaml"));
+  const std::string quoted = R"(--settings="a \"b\" \\c.yaml")";
+  expectTableAt("o.csv", {"--input=s.vtkhdf x", "--points=s.xyz\nx", "--output=o x", quoted});
+  expectTableAt("s.csv", {"-i", " s.vtkhdf", "-p", "\ts.xyz", "-s", "\"b\tc.yaml\""});
+  expectRefusal("(E) YAML file 'a' not found\n",
+                {"--input=s.vtkhdf", "--points=s.xyz", "--settings=a \"b\" \\c.yaml"});
+  expectRefusal("Cannot open file ''\n", {"--input= ", "--points=s.xyz", "--settings=s.yaml"});
+}
+
+TEST_F(Paths, ReachIncludedFilesWithAllNames) {
+  for (const std::string name :
+       {"a b.yaml", "it's \"c\".yaml", "um\xC3\xA4lt.yaml", "new\nline.yaml", "#a: [b]"}) {
+    std::string escaped;
+    for (const char c : name) {
+      if (c == '"') escaped += '\\';
+      escaped += c == '\n' ? "\\n" : std::string(1, c);
+    }
+    fs::copy_file(path("s.yaml"), path(name));
+    folder_.write("main.yaml", "includes: [\"" + escaped + "\"]\n");
+    expectTableAt("s.csv", {"--input=s.vtkhdf", "--points=s.xyz", "--settings=main.yaml"});
+  }
+  for (const std::string& name : {endlessPath(), std::string(256, 'n')}) {
+    folder_.write("main.yaml", "includes: [" + name + "]\n");
+    expectRefusal("(E) YAML include file '" + name + "' not found\n",
+                  {"--input=s.vtkhdf", "--points=s.xyz", "--settings=main.yaml"});
+  }
+}
+
+TEST_F(Paths, AreRefusedInWordsWhenTooLong) {
+  for (const std::string& name : {endlessPath(), std::string(256, 'n')}) {
+    expectRefusal("Cannot open file '" + name + "'\n",
+                  {"--input=" + name, "--points=s.xyz", "--settings=s.yaml"});
+    expectRefusal("(E) YAML file '" + name + "' not found\n",
+                  {"--input=s.vtkhdf", "--points=s.xyz", "--settings=" + name});
+    expectRefusal("Expecting a file at: " + name + "\n", {"@" + name});
+    EXPECT_EQ(runIn({"--input=s.vtkhdf", "--points=" + name}).status, 1);
+  }
+}
+
+TEST_F(Paths, EndTheRunWellWhereTheTableCannotBeWritten) {
+  fs::create_symlink("/dev/full", path("full.csv"));
+  fs::create_symlink("loop.csv", path("loop.csv"));
+  fs::create_directory(path("folder.csv"));
+  for (const std::string& name :
+       {std::string("no-such-folder/r"), std::string("full"), std::string("loop"),
+        std::string("folder"), endlessPath(), std::string(252, 'n')}) {
+    const ProgramResult result = run(request_.out, {"--output=" + name});
+
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_NE(result.out.find("# NORMAL TERMINATION \n"), std::string::npos);
+    EXPECT_NE(result.out.find("#       -- \"" + name + ".csv\"\n"), std::string::npos);
+    EXPECT_FALSE(fs::exists(path("s.csv")));
+  }
+}
+
+TEST_F(Paths, ToAPipeWhoseReaderGoesEndTheRunWithoutTheClosingReport) {
+  // More rows than the pipe holds.
+  std::string points = "2000\n";
+  for (int i = 0; i < 2000; ++i) points += "3 0 0\n";
+  folder_.write("s.xyz", points);
+  ASSERT_EQ(mkfifo(path("s.csv").c_str(), 0600), 0);
+  std::string head(tableHead.size(), ' ');
+  std::thread reader([&] {
+    std::ifstream(path("s.csv")).read(head.data(), static_cast<std::streamsize>(head.size()));
+  });
+
+  const ProgramResult result = run(request_.out);
+  reader.join();
+
+  EXPECT_EQ(result.signal, SIGPIPE);
+  EXPECT_EQ(head, tableHead);
+  EXPECT_NE(result.out.find("# FMM apply:"), std::string::npos);
+  EXPECT_EQ(result.out.find("# NORMAL TERMINATION"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace orvanta

@@ -1,0 +1,60 @@
+#include <hdf5.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "app/ProcessPost.hpp"
+#include "grid/PointCloud.hpp"
+#include "support/OddProblem.hpp"
+#include "thread/ThreadPool.hpp"
+
+namespace {
+
+/// Takes two bytes per choice; 0 behind the last byte.
+class Bytes {
+ public:
+  Bytes(const std::uint8_t* data, std::size_t size) : next_(data), end_(data + size) {}
+
+  velmo::u64 below(velmo::u64 n) { return (byte_() << 8U | byte_()) % n; }
+
+ private:
+  velmo::u64 byte_() { return next_ == end_ ? 0 : *next_++; }
+
+  const std::uint8_t* next_;
+  const std::uint8_t* end_;
+};
+
+}  // namespace
+
+/// A problem of odd numbers is evaluated from its file to its table, or ends in a worded exception.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static const bool isQuiet = H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr) >= 0;
+  static const std::string base =
+      (std::filesystem::temp_directory_path() / ("pipeline-" + std::to_string(getpid()))).string();
+  if (!isQuiet) std::abort();
+  velmo::thread::setNumThreads(1);
+
+  Bytes bytes(data, size);
+  velmo::test::OddProblem problem =
+      velmo::test::oddProblem([&bytes](velmo::u64 n) { return bytes.below(n); });
+  problem.solution.write(base + ".vtkhdf");
+  problem.settings.postProc.outBasename = base;
+  const velmo::u64 numPoints = problem.points.size() / 3;
+  try {
+    (void)orvanta::processPost(base + ".vtkhdf",
+                               velmo::grid::makePointCloud(problem.points, numPoints),
+                               problem.settings, 0);
+    std::ifstream table(base + ".csv");
+    const std::string text{std::istreambuf_iterator<char>(table), {}};
+    if (static_cast<velmo::u64>(std::ranges::count(text, '\n')) != 1 + numPoints) std::abort();
+  } catch (const std::exception& failure) {
+    if (*failure.what() == '\0') std::abort();
+  }
+  return 0;
+}
