@@ -17,8 +17,8 @@ struct Sums {
 /// Whether every lane of the sums is a finite number: x - x is zero exactly then. Distances that
 /// an inverse root may get wrong, zero among them, show in the gradient.
 [[gnu::always_inline]] inline bool allFinite(const Sums& sums) {
-  const Lanes zero = (sums.potential - sums.potential) + (sums.x - sums.x) + (sums.y - sums.y) +
-                     (sums.z - sums.z);
+  const Lanes zero =
+      (sums.potential - sums.potential) + (sums.x - sums.x) + (sums.y - sums.y) + (sums.z - sums.z);
   return bitsOf(zero == Lanes{}) == 0xffU;
 }
 

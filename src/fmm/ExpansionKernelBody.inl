@@ -1,8 +1,7 @@
-// The loops of ExpansionKernel, included once per instruction set into an unnamed namespace in which
-// the set's operations on lanes and `kGroups` stand already.
-// Nothing here may call an inline function with external linkage, such as those of the standard
-// library: its code would be built for the wider set and shared with all callers. Complex arrays
-// are read as pairs of doubles.
+// The loops of ExpansionKernel, included once per instruction set into an unnamed namespace in
+// which the set's operations on lanes and `kGroups` stand already. Nothing here may call an inline
+// function with external linkage, such as those of the standard library: its code would be built
+// for the wider set and shared with all callers. Complex arrays are read as pairs of doubles.
 
 using math::kNumLanes;
 using math::storeLanes;
@@ -149,7 +148,7 @@ template <bool kRegular, u64 kGroups>
     if (m > 0) walk.raiseOrder(m);
     ComplexLanes w[kGroups];
     for (u64 g = 0; g < kGroups; ++g) w[g] = {q[g] * walk.w(g).re, q[g] * walk.w(g).im};
-    walk.walkDegrees(m, degree, [&](u64 place, const Lanes (&value)[kGroups]) {
+    walk.walkDegrees(m, degree, [&](u64 place, const Lanes(&value)[kGroups]) {
       double* const sum = sums + 2 * kNumLanes * place;
       ComplexLanes total = loadPair(sum);
       for (u64 g = 0; g < kGroups; ++g) {
@@ -225,7 +224,7 @@ template <bool kRegular, u64 kGroups>
   for (u64 m = 0; m <= degree; ++m) {
     if (m > 0) walk.raiseOrder(m);
     ComplexLanes order[4][kGroups] = {};
-    walk.walkDegrees(m, degree, [&](u64 place, const Lanes (&value)[kGroups]) {
+    walk.walkDegrees(m, degree, [&](u64 place, const Lanes(&value)[kGroups]) {
       const double* const c = coefficients + 8 * place;
       for (u64 i = 0; i < 4; ++i) {
         for (u64 g = 0; g < kGroups; ++g) {
@@ -316,8 +315,8 @@ void multipoleToPoints(const RecursionTable& table, const DerivedExpansion& expa
   }
 }
 
-/// Calls `body(Rows<R>{}, first)` for consecutive rows [first, first + R) of `numRows`, R a power of
-/// two as large as fits. Rows that are computed together share what they load.
+/// Calls `body(Rows<R>{}, first)` for consecutive rows [first, first + R) of `numRows`, R a power
+/// of two as large as fits. Rows that are computed together share what they load.
 template <u64 R>
 struct Rows {};
 template <u64 R, class Body>
