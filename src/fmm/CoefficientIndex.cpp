@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <limits>
+#include <string>
 
 #include "io/Exception.hpp"
 
@@ -19,9 +20,16 @@ u64 wholeRoot(double square, double smallest) {
 
 }  // namespace
 
+u64 limitedDegree(u64 degree) {
+  if (degree > kMaxDegree)
+    throw utility::RuntimeError("The FMM expansion degree must be <= " +
+                                std::to_string(kMaxDegree));
+  return degree;
+}
+
 u64 requireDegree(u64 degree) {
   if (degree < 2) throw utility::RuntimeError("Expansion degree must be >= 2");
-  return degree;
+  return limitedDegree(degree);
 }
 
 u64 degreeOfTriangular(u64 size) {

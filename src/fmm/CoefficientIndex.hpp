@@ -12,8 +12,15 @@ namespace velmo::bem::fmm {
   return (degree + 1) * (degree + 2) / 2;
 }
 
+/// The highest degree of an expansion: factorials up to (2 p)! must be finite doubles.
+inline constexpr u64 kMaxDegree = 80;
+
+/// The degree itself, when it isn't above the highest.
+/// @throws utility::RuntimeError "The FMM expansion degree must be <= 80"
+u64 limitedDegree(u64 degree);
+
 /// The degree itself, when operators can be built for it.
-/// @throws utility::RuntimeError "Expansion degree must be >= 2"
+/// @throws utility::RuntimeError "Expansion degree must be >= 2", and as limitedDegree
 u64 requireDegree(u64 degree);
 
 /// The degree of a triangular storage of `size` coefficients.

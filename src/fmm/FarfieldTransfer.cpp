@@ -41,13 +41,6 @@ constexpr Angles reversed(const Angles& angles) {
 }
 constexpr Angles kChildToParent = reversed(kParentToChild);
 
-u64 checkedDegree(u64 degree) {
-  if (degree > Transfer::kMaxDegree)
-    throw utility::RuntimeError("The FMM expansion degree must be <= " +
-                                std::to_string(Transfer::kMaxDegree));
-  return degree;
-}
-
 TranslationStep makeStep(const RotationTable& table, double theta, double phi, Family forward,
                          Family backward) {
   const FoldedRotation& f = table.matrices(forward, theta);
@@ -108,7 +101,7 @@ std::array<TranslationStep, 8> withFactors(std::array<TranslationStep, 8> steps,
 
 Transfer::FarfieldTransfer(const LaplaceFundSol<3>& /*kernel*/, u64 degree, double rootSize)
     : degreeOf([degree](bits::Morton) { return degree; }),
-      degree_(checkedDegree(degree)),
+      degree_(limitedDegree(degree)),
       rootSize_(rootSize),
       childToParent_(degree, kParentToChild),
       conversions_(degree),
@@ -148,8 +141,10 @@ std::vector<double> Transfer::conversionFactors(double distance) const {
 }
 
 /// 1 where the factors of a distance are ordinary numbers, else the power of two below it. Powers
-/// of two change no bits of what is scaled with them.
+/// of two change no bits of what is scaled with them. Objects in one place, or as far apart as
+/// doubles go, have no such unit.
 double Transfer::unitOf(double distance) const {
+  if (distance == 0.0 || std::isinf(distance)) return 1.0;
   return std::isnormal(conversionFactors(distance).back()) ? 1.0 : std::exp2(std::ilogb(distance));
 }
 

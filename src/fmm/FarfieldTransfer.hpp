@@ -42,9 +42,6 @@ class FarfieldTransfer<LaplaceFundSol<3>> {
   using ConstView = linalg::MatrixView<const std::complex<double>>;
   using View = linalg::MatrixView<std::complex<double>>;
 
-  /// Highest degree whose factors (2p)! are finite.
-  static constexpr u64 kMaxDegree = 80;
-
   /// @param rootSize edge of the root cube
   /// @throws utility::RuntimeError "The FMM expansion degree must be <= 80"
   FarfieldTransfer(const LaplaceFundSol<3>& kernel, u64 degree, double rootSize);

@@ -4,6 +4,7 @@
 
 #include "fmm/CoefficientIndex.hpp"
 #include "fmm/CommunicateMoments.hpp"
+#include "fmm/Convergence.hpp"
 #include "io/Exception.hpp"
 
 namespace velmo::bem::fmm {
@@ -41,6 +42,8 @@ void FmmEvaluator::findMaxLeafDofs() {
     maxLeafDofs_.second = std::max(maxLeafDofs_.second, second.of(leaf).count);
   }
 }
+
+double FmmEvaluator::convergenceRatio() const { return slowestConvergence(*tree_, elements_); }
 
 u64 FmmEvaluator::expansionBytes() const noexcept {
   return (multipoleStorage_.size() + localStorage_.size()) * sizeof(std::complex<double>);

@@ -64,6 +64,9 @@ class FmmEvaluator {
   void nearPass(sparse::ParVec& first, sparse::ParVec& second, sparse::ParVec& field,
                 sparse::ParVec& potential);
 
+  /// See `slowestConvergence`: from 1 on the far field diverges somewhere.
+  [[nodiscard]] double convergenceRatio() const;
+
   [[nodiscard]] const NearPass& near() const noexcept { return nearPass_; }
 
   /// Bytes of the expansions.

@@ -200,5 +200,29 @@ TEST(EndToEnd, KeepsRunsInOneFolderApart) {
   EXPECT_EQ(numFiles, 3 * 3 + 3);
 }
 
+// Points crowded beside coarse elements make leaves that are smaller than the elements.
+TEST(EndToEnd, WarnsWhereTheFarFieldDiverges) {
+  const TemporaryFolder folder;
+  SampleRequest request = smallRequest(folder.path() / "s");
+  request.mesh.refine = 2;
+  request.points = PointSet::Line;
+  request.from = {1.02, 0.0, 0.0};
+  request.to = {1.03, 0.0, 0.0};
+  request.count = 500;
+  for (const u64 leafSize : {30, 1000}) {
+    request.settings.tree.leafSize = leafSize;
+    (void)write(request);
+
+    const ProgramResult result = run(request.out);
+
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err.starts_with("(WW) Elements reach past boxes of the octree that take them "
+                                     "for distant (R/d = "),
+              leafSize == 30)
+        << result.err;
+    EXPECT_EQ(result.err.empty(), leafSize != 30);
+  }
+}
+
 }  // namespace
 }  // namespace orvanta

@@ -162,12 +162,15 @@ TEST(SolidHarmonics, SumUpToTheKernelAndItsGradient) {
   }
 }
 
-TEST(SolidHarmonics, RefuseLowDegrees) {
+TEST(SolidHarmonics, RefuseDegreesOutOfRange) {
   Coefficients out(3 * numCoefficients(3), 1.0);
   const std::string text = "Expansion degree must be >= 2";
   for (const u64 p : {1, 2})
     expectThrow<RuntimeError>([&] { regularGradient(p, kPlaces[0], out); }, text);
   expectThrow<RuntimeError>([&] { singularGradient(0, kPlaces[0], out); }, text);
+  for (const u64 p : {u64{81}, u64{20000}, kNone})
+    expectThrow<RuntimeError>([&] { requireDegree(p); },
+                              "The FMM expansion degree must be <= 80");
   for (const auto op :
        {regularPotential, singularPotential, regularGradientOperator, singularGradientOperator})
     expectThrow<RuntimeError>([&] { static_cast<void>(op(1, kPlaces[0], kPlaces[1])); }, text);

@@ -132,7 +132,7 @@ class Maker {
     esp.bem.tree.adaptive = below_(4) != 0;
     esp.bem.tree.leafSize = setting_(1 + below_(8), {0, kHuge, kNone});
     esp.bem.tree.maxLevel = setting_(below_(4), {5, 21, 22, kHuge, kNone});
-    esp.postEval.fmm.degree = setting_(3 + below_(4), {0, 2, 12, 81, kHuge});
+    esp.postEval.fmm.degree = setting_(3 + below_(4), {0, 2, 12, 81, kHuge, kNone});
     esp.postEval.fmm.leafQuadratureOrder = setting_(below_(9), {30, 100, 101, kHuge, kNone});
     esp.postEval.quad.order = setting_(1 + below_(6), {0, 20, 100, 101, kHuge, kNone});
     constexpr double kDistances[] = {1.0, 0.0, 2.0, 100.0};
