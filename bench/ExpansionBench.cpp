@@ -141,7 +141,8 @@ void conversions(benchmark::State& state, InstructionSet set, const ExpansionKer
 }
 
 void registerSet(const std::string& name, InstructionSet set, const ExpansionKernel& kernel) {
-  const auto add = [&](const std::string& pass, auto function, std::vector<std::int64_t> sizes) {
+  const auto add = [&](const std::string& pass, auto function,
+                       const std::vector<std::int64_t>& sizes) {
     auto* const added = benchmark::RegisterBenchmark(
         (pass + "/" + name).c_str(),
         [=, &kernel](benchmark::State& state) { function(state, set, kernel); });

@@ -32,7 +32,7 @@ using Bits4 [[gnu::vector_size(32)]] = unsigned long;
 /// @pre squared is a normal number. Others give numbers whose cube is not finite.
 [[gnu::always_inline]] inline Double4 inverseRoot(Double4 squared) {
   constexpr unsigned long kHalfExponents = 0x5fe6eb50c7b537a9;
-  const Double4 guess =
+  const auto guess =
       reinterpret_cast<Double4>(kHalfExponents - (reinterpret_cast<Bits4>(squared) >> 1U));
   const Double4 d = 1.0 - (squared * guess) * guess;
   const Double4 y = guess + guess * (d * (0.375 * d + 0.5));

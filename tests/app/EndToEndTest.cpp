@@ -209,7 +209,7 @@ TEST(EndToEnd, WarnsWhereTheFarFieldDiverges) {
   request.from = {1.02, 0.0, 0.0};
   request.to = {1.03, 0.0, 0.0};
   request.count = 500;
-  for (const u64 leafSize : {30, 1000}) {
+  for (const u64 leafSize : {u64{30}, u64{1000}}) {
     request.settings.tree.leafSize = leafSize;
     (void)write(request);
 
