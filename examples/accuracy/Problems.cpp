@@ -14,6 +14,7 @@ namespace {
 using samples::Elements;
 using samples::operator+;
 using samples::operator*;
+using samples::merged;
 using samples::MeshOptions;
 using samples::Points;
 using samples::SurfaceMesh;
@@ -26,16 +27,6 @@ Problem charged(SurfaceMesh mesh, u64 order, Points points) {
   Problem problem{std::move(mesh), {}, std::move(points)};
   problem.density = samples::projected(problem.mesh, order, sigma);
   return problem;
-}
-
-SurfaceMesh joined(SurfaceMesh a, const SurfaceMesh& b) {
-  const u64 numNodes = a.numNodes();
-  const u64 numIndices = a.connectivity.size();
-  a.coordinates.insert(a.coordinates.end(), b.coordinates.begin(), b.coordinates.end());
-  a.elementTypes.insert(a.elementTypes.end(), b.elementTypes.begin(), b.elementTypes.end());
-  for (const u64 node : b.connectivity) a.connectivity.push_back(numNodes + node);
-  for (u64 e = 1; e < b.offsets.size(); ++e) a.offsets.push_back(numIndices + b.offsets[e]);
-  return a;
 }
 
 /// Points around each centre, denser towards it.
@@ -59,17 +50,17 @@ SurfaceMesh fiveSpheres() {
                                                     {0.1, {0.2, -1.3, 0.9}},
                                                     {0.05, {1.1, 0.8, 0.9}}};
   for (const auto& [radius, centre] : others)
-    mesh = joined(std::move(mesh), samples::sphere({.refine = 5}, radius, centre));
+    mesh = merged(std::move(mesh), samples::sphere({.refine = 5}, radius, centre));
   return mesh;
 }
 
 SurfaceMesh bigAndSmallSphere() {
-  return joined(samples::sphere({.refine = 9}), samples::sphere({.refine = 8}, 0.1, {1.3, 0, 0}));
+  return merged(samples::sphere({.refine = 9}), samples::sphere({.refine = 8}, 0.1, {1.3, 0, 0}));
 }
 
 SurfaceMesh twoPlates() {
   const MeshOptions quads{.elements = Elements::Quadrilaterals, .refine = 26};
-  return joined(samples::plate(quads, 1.0, {0, 0, -0.1}), samples::plate(quads, 1.0, {0, 0, 0.1}));
+  return merged(samples::plate(quads, 1.0, {0, 0, -0.1}), samples::plate(quads, 1.0, {0, 0, 0.1}));
 }
 
 const std::vector<Vec3> kClusterCentres{{1.6, 0.2, 0.1}, {-0.4, 1.5, 0.7}, {0.1, -0.3, 0.2}};

@@ -12,6 +12,7 @@ constexpr u64 kGroups = 1;
 constexpr u64 kRows = 2;
 
 #include "fmm/ExpansionKernelBody.inl"
+#include "fmm/TranslationKernelBody.inl"
 
 }  // namespace
 

@@ -12,6 +12,7 @@ constexpr u64 kGroups = 2;
 constexpr u64 kRows = 4;
 
 #include "fmm/ExpansionKernelBody.inl"
+#include "fmm/TranslationKernelBody.inl"
 
 }  // namespace
 
