@@ -27,21 +27,17 @@ namespace {
 using samples::SampleRequest;
 using utility::RuntimeError;
 
-constexpr std::string_view kHelp =
-    "validate write|settings [near=LOW,HIGH] [gap=N] OPTIONS\n"
-    "validate head\n"
-    "validate compare TABLE REPORT [label=TEXT] [near=LOW,HIGH] [gap=N] [reference=TABLE]\n"
-    "         [within=POTENTIAL,FIELD] OPTIONS\n"
-    "Writes a body with a known potential and points far from it, near to it, inside and in its "
-    "gap\n"
-    "into NAME.vtkhdf, NAME.xyz and NAME.yaml, or NAME.yaml alone. Compares a result with the "
-    "closed\n"
-    "form and with the table of another run, and prints a line per set of points; head prints the\n"
-    "names of the columns. With within= the status is 1 if an l2 error is above. OPTIONS are "
-    "those\n"
-    "of make_sample; --count is that of each set, gap= that on the axis of a gap (50). near= "
-    "gives\n"
-    "distances in element sizes (0.1,1).\n";
+constexpr std::string_view kHelp = R"(validate write|settings [near=LOW,HIGH] [gap=N] OPTIONS
+validate head
+validate compare TABLE REPORT [label=TEXT] [near=LOW,HIGH] [gap=N] [reference=TABLE]
+         [within=POTENTIAL,FIELD] OPTIONS
+Writes a body with a known potential and points far from it, near to it, inside and in its gap into
+NAME.vtkhdf, NAME.xyz and NAME.yaml, or NAME.yaml alone. Compares a result with the closed form and
+with the table of another run, and prints a line per set of points; head prints the names of the
+columns. With within= the status is 1 if an l2 error is above. OPTIONS are those of make_sample;
+--count is that of each set, gap= that on the axis of a gap (50). near= gives distances in element
+sizes (0.1,1).
+)";
 
 constexpr std::string_view kHead =
     "study,body,elements,geometry,density,refine,num_elements,size,degree,leaf_order,near_order,"
