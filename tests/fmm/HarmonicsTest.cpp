@@ -169,8 +169,7 @@ TEST(SolidHarmonics, RefuseDegreesOutOfRange) {
     expectThrow<RuntimeError>([&] { regularGradient(p, kPlaces[0], out); }, text);
   expectThrow<RuntimeError>([&] { singularGradient(0, kPlaces[0], out); }, text);
   for (const u64 p : {u64{81}, u64{20000}, kNone})
-    expectThrow<RuntimeError>([&] { requireDegree(p); },
-                              "The FMM expansion degree must be <= 80");
+    expectThrow<RuntimeError>([&] { requireDegree(p); }, "The FMM expansion degree must be <= 80");
   for (const auto op :
        {regularPotential, singularPotential, regularGradientOperator, singularGradientOperator})
     expectThrow<RuntimeError>([&] { static_cast<void>(op(1, kPlaces[0], kPlaces[1])); }, text);
