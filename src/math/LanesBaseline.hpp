@@ -8,11 +8,11 @@
 /// set.
 namespace velmo::math::lanesBaseline {
 
-using Quarter = LanePair<Double2>;
-using Lanes = LanePair<Quarter>;
+using HalfOfLanes = LanePair<Double2>;
+using Lanes = LanePair<HalfOfLanes>;
 using LaneMask = LanePair<LanePair<Mask2>>;
 
-[[gnu::always_inline]] inline Quarter loadFour(const double* from) {
+[[gnu::always_inline]] inline HalfOfLanes loadFour(const double* from) {
   return {loadRegister<Double2>(from), loadRegister<Double2>(from + 2)};
 }
 
@@ -25,7 +25,7 @@ using LaneMask = LanePair<LanePair<Mask2>>;
   return {loadFour(low), loadFour(high)};
 }
 
-[[gnu::always_inline]] inline Quarter root(Quarter squared) {
+[[gnu::always_inline]] inline HalfOfLanes root(HalfOfLanes squared) {
   return {_mm_sqrt_pd(squared.low), _mm_sqrt_pd(squared.high)};
 }
 
