@@ -17,7 +17,7 @@
 
 namespace {
 
-using namespace velmo::bem::fmm;
+using namespace velmo::fmm;
 using velmo::u64;
 using velmo::math::InstructionSet;
 using Complexes = std::vector<std::complex<double>>;

@@ -26,7 +26,6 @@ void apply(benchmark::State& state) {
   perObject("conversions", sphere.numConversions());
   perObject("treeBytes", sphere.treeBytes());
   perObject("evaluatorBytes", sphere.evaluatorBytes());
-  perObject("expansionBytes", sphere.evaluator().expansionBytes());
 }
 
 BENCHMARK(apply)

@@ -3,7 +3,7 @@
 #include <memory>
 #include <vector>
 
-#include "fmm/FmmEvaluator.hpp"
+#include "evaluator/FmmEvaluator.hpp"
 #include "grid/GridData.hpp"
 #include "io/Types.hpp"
 #include "sparse/ParVec.hpp"
@@ -25,7 +25,7 @@ class SphereCase {
   /// @param threads  worker count of the process from now on
   SphereCase(u64 refine, u64 leafSize, u64 threads);
 
-  [[nodiscard]] std::unique_ptr<fmm::FmmTree> makeTree() const;
+  [[nodiscard]] std::unique_ptr<tree::FmmTree> makeTree() const;
 
   /// Builds the evaluator anew. The boxes of a tree serve one evaluator at a time.
   void makeEvaluator();
@@ -38,8 +38,8 @@ class SphereCase {
   [[nodiscard]] u64 numElements() const noexcept { return surface_.numElements; }
   [[nodiscard]] u64 numTargets() const noexcept { return points_.numNodes; }
 
-  [[nodiscard]] const fmm::FmmTree& tree() const noexcept { return *tree_; }
-  [[nodiscard]] bem::fmm::FmmEvaluator& evaluator() noexcept { return *evaluator_; }
+  [[nodiscard]] const tree::FmmTree& tree() const noexcept { return *tree_; }
+  [[nodiscard]] evaluator::FmmEvaluator& evaluator() noexcept { return *evaluator_; }
   [[nodiscard]] sparse::ParVec& density() noexcept { return *density_; }
   [[nodiscard]] sparse::ParVec& potential() noexcept { return *potential_; }
   [[nodiscard]] sparse::ParVec& field() noexcept { return *field_; }
@@ -60,8 +60,8 @@ class SphereCase {
   u64 leafSize_;
   grid::GridData surface_;
   grid::GridData points_;
-  std::unique_ptr<fmm::FmmTree> tree_;
-  std::unique_ptr<bem::fmm::FmmEvaluator> evaluator_;
+  std::unique_ptr<tree::FmmTree> tree_;
+  std::unique_ptr<evaluator::FmmEvaluator> evaluator_;
   u64 treeBytes_ = 0;
   u64 evaluatorBytes_ = 0;
   std::vector<double> values_;  ///< density, potential and field, one after the other

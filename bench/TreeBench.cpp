@@ -12,10 +12,10 @@
 
 #include "grid/PointCloud.hpp"
 #include "thread/ThreadPool.hpp"
+#include "tree/BoundingBox.hpp"
 #include "tree/CompleteOctree.hpp"
 #include "tree/FmmTree.hpp"
 #include "tree/LocallyEssentialTree.hpp"
-#include "tree/PointIdentifiers.hpp"
 #include "tree/SrcTrgTree.hpp"
 
 namespace {
@@ -138,7 +138,7 @@ void wholeFmmTree(benchmark::State& state) {
   const auto targets = velmo::grid::makePointCloud(all.first(half), setting.numObjects / 2);
   const auto sources = triangles({all.begin() + static_cast<std::ptrdiff_t>(half), all.end()});
   for (auto _ : state)
-    benchmark::DoNotOptimize(velmo::fmm::FmmTree(targets, sources, setting.opts, 0, 0));
+    benchmark::DoNotOptimize(velmo::tree::FmmTree(targets, sources, setting.opts, 0, 0));
   setting.report(state);
 }
 

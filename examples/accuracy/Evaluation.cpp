@@ -7,7 +7,7 @@
 #include <span>
 
 #include "bits/MortonGrid.hpp"
-#include "fmm/FmmEvaluator.hpp"
+#include "evaluator/FmmEvaluator.hpp"
 #include "grid/PointCloud.hpp"
 #include "sparse/ParVec.hpp"
 #include "tree/FmmTree.hpp"
@@ -22,13 +22,13 @@ sparse::ParVec viewOf(std::span<double> values) {
   return {sparse::IndexLayout(kWorld, values.size()), linalg::MatrixView<double, -1, 1>(values)};
 }
 
-fmm::FmmTree treeOf(const Problem& problem, const tree::Options& options) {
+tree::FmmTree treeOf(const Problem& problem, const tree::Options& options) {
   return {grid::makePointCloud(problem.points, problem.points.size() / 3),
           samples::gridData(problem.mesh), options, 0, kWorld};
 }
 
 /// The coefficients of the elements in the order of the tree.
-std::vector<double> sortedCharges(const samples::Density& density, const fmm::FmmTree& tree) {
+std::vector<double> sortedCharges(const samples::Density& density, const tree::FmmTree& tree) {
   std::vector<double> sorted;
   sorted.reserve(density.charges.size());
   for (const u64 e : tree.sourceOrder())
@@ -51,9 +51,9 @@ Method allNear(const Method& method) {
 }
 
 Values evaluate(const Problem& problem, const Method& method) {
-  fmm::FmmTree tree = treeOf(problem, method.tree);
+  tree::FmmTree tree = treeOf(problem, method.tree);
   const u64 order = problem.density.order;
-  bem::fmm::FmmEvaluator evaluator(tree, {order, order}, method.fmm, method.quad, kWorld);
+  evaluator::FmmEvaluator evaluator(tree, {order, order}, method.fmm, method.quad, kWorld);
   const u64 n = tree.numTargets();
   std::vector<double> charges = sortedCharges(problem.density, tree);
   Values sorted{std::vector<double>(n), std::vector<double>(3 * n)};
@@ -72,7 +72,7 @@ Values evaluate(const Problem& problem, const Method& method) {
 }
 
 TreeFigures treeFigures(const Problem& problem, const tree::Options& options) {
-  const fmm::FmmTree tree = treeOf(problem, options);
+  const tree::FmmTree tree = treeOf(problem, options);
   TreeFigures figures;
   figures.numLevels = tree.tree().numLevels;
   const double size = tree.boundingBox().size();

@@ -8,8 +8,8 @@
 #include "app/ReportLayout.hpp"
 #include "app/ResultTable.hpp"
 #include "bem/DofTransfer.hpp"
+#include "evaluator/FmmEvaluator.hpp"
 #include "fe/DofData.hpp"
-#include "fmm/FmmEvaluator.hpp"
 #include "grid/TopologyOf.hpp"
 #include "h5/SolutionReader.hpp"
 #include "io/Channels.hpp"
@@ -25,7 +25,7 @@ namespace orvanta {
 namespace io = velmo::io;
 using velmo::u64;
 using velmo::bem::makeDofTransfer;
-using velmo::fmm::FmmTree;
+using velmo::tree::FmmTree;
 using velmo::sparse::IndexLayout;
 using velmo::sparse::ParVec;
 
@@ -115,13 +115,13 @@ std::tuple<std::filesystem::path, std::filesystem::path> processPost(
                          settings.fmm.degree)
            << std::endl;
   const auto order = static_cast<u64>(solution.feOrder);
-  velmo::bem::fmm::FmmEvaluator evaluator(fmmTree, {order, order}, settings.fmm, settings.quad,
+  velmo::evaluator::FmmEvaluator evaluator(fmmTree, {order, order}, settings.fmm, settings.quad,
                                           comm);
   warnOfDivergence(evaluator.convergenceRatio());
   io::reportStage("FMM setup", stageTimer);
 
   std::vector<double> coefficients =
-      toTreeOrder(solution, fmmTree, evaluator.secondDofs(), numPoints, comm);
+      toTreeOrder(solution, fmmTree, evaluator.dofs(), numPoints, comm);
   ParVec treeCoefficients = viewOf(coefficients, comm);
   const u64 numTargets = fmmTree.numTargets();
   std::vector<double> resultData(4 * numTargets, 0.0);

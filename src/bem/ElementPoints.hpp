@@ -4,8 +4,11 @@
 #include <span>
 #include <vector>
 
+#include "fe/ShapeCache.hpp"
+#include "fe/ShapeFunList.hpp"
 #include "grid/SurfaceElements.hpp"
 #include "io/Types.hpp"
+#include "linalg/MatrixView.hpp"
 #include "quad/SurfaceRuleSet.hpp"
 
 namespace velmo::bem {
@@ -24,5 +27,35 @@ struct ElementPoints {
   std::vector<double> z;
   u64 maxPointsPerElement = 0;
 };
+
+/// First coefficient of each element when every element's coefficients follow those of the element
+/// before, shape (numElements + 1).
+[[nodiscard]] std::vector<u64> dofOffsets(const grid::SurfaceElements& elements,
+                                          const fe::ShapeFunList<2, 3>& shapes);
+
+/// Shape functions at the points of the elements' rules, row q multiplied by the weight of point q:
+/// what turns an element's coefficients into point charges. Views of shape (numPoints, numShapes),
+/// empty for a shape that no element has.
+struct WeightedShapes {
+  linalg::MatrixView<const double> triangle;
+  linalg::MatrixView<const double> quadrilateral;
+
+  [[nodiscard]] const linalg::MatrixView<const double>& of(topo::ReferenceType shape) const {
+    return shape == topo::ReferenceType::Triangle ? triangle : quadrilateral;
+  }
+};
+
+/// The matrices of a cache for the elements' shapes.
+/// @throws what fe::ShapeCache::matrix throws for an unknown order
+[[nodiscard]] WeightedShapes weightedShapes(const fe::ShapeCache& cache, u64 order,
+                                            const grid::SurfaceElements& elements);
+
+/// Point charges of a density at the rule points of all elements: charge q of an element is
+/// w_q sum over i of c_i phi_i(xi_q).
+/// @param coefficients element after element, as `dofOffsets` tells
+[[nodiscard]] std::vector<double> chargesAtPoints(const grid::SurfaceElements& elements,
+                                                  const ElementPoints& points,
+                                                  WeightedShapes shapes,
+                                                  std::span<const double> coefficients);
 
 }  // namespace velmo::bem

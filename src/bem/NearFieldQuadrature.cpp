@@ -1,6 +1,6 @@
 #include "bem/NearFieldQuadrature.hpp"
 
-#include "bem/ElementCharges.hpp"
+#include "bem/ElementPoints.hpp"
 #include "math/Constants.hpp"
 
 namespace velmo::bem {

@@ -4,7 +4,7 @@
 
 /// Triangular storage of expansions: coefficients (n, m) with 0 <= m <= n <= p. Negative orders
 /// follow from c(n, -m) = (-1)^m conj(c(n, m)).
-namespace velmo::bem::fmm {
+namespace velmo::fmm {
 
 [[nodiscard]] constexpr u64 coefficientIndex(u64 n, u64 m) noexcept { return n * (n + 1) / 2 + m; }
 
@@ -23,12 +23,4 @@ u64 limitedDegree(u64 degree);
 /// @throws utility::RuntimeError "Expansion degree must be >= 2", and as limitedDegree
 u64 requireDegree(u64 degree);
 
-/// The degree of a triangular storage of `size` coefficients.
-/// @throws utility::RuntimeError "Cannot convert storage size into degree"
-[[nodiscard]] u64 degreeOfTriangular(u64 size);
-
-/// The degree of a storage of all orders, (p + 1)^2 coefficients.
-/// @throws utility::RuntimeError "Cannot convert storage size into degree"
-[[nodiscard]] u64 degreeOfSquare(u64 size);
-
-}  // namespace velmo::bem::fmm
+}  // namespace velmo::fmm

@@ -13,7 +13,7 @@
 /// interleaved real and imaginary parts. The harmonics and the meaning of the coefficients are
 /// those of `SolidHarmonics.hpp`. Every loop is built for several instruction sets; one is chosen
 /// per process. The value of a lane depends on that lane's input alone.
-namespace velmo::bem::fmm {
+namespace velmo::fmm {
 
 /// Points with charges, or targets with sums, component by component.
 struct ExpansionPoints {
@@ -150,4 +150,4 @@ extern const ExpansionKernel kExpansionAvx2;
 extern const ExpansionKernel kExpansionAvx512;
 }  // namespace detail_
 
-}  // namespace velmo::bem::fmm
+}  // namespace velmo::fmm

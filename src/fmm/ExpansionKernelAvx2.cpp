@@ -1,7 +1,7 @@
 #include "fmm/ExpansionKernel.hpp"
 #include "math/LanesAvx2.hpp"
 
-namespace velmo::bem::fmm {
+namespace velmo::fmm {
 namespace {
 
 using namespace math::lanesAvx2;
@@ -20,4 +20,4 @@ const ExpansionKernel detail_::kExpansionAvx2{
     &pointsToMultipole,    &pointsToLocal,    &localToPoints, &multipoleToPoints,
     &multipoleToMultipole, &multipoleToLocal, &localToLocal};
 
-}  // namespace velmo::bem::fmm
+}  // namespace velmo::fmm

@@ -1,7 +1,7 @@
 #include "fmm/ExpansionKernel.hpp"
 #include "math/LanesBaseline.hpp"
 
-namespace velmo::bem::fmm {
+namespace velmo::fmm {
 namespace {
 
 using namespace math::lanesBaseline;
@@ -20,4 +20,4 @@ const ExpansionKernel detail_::kExpansionBaseline{
     &pointsToMultipole,    &pointsToLocal,    &localToPoints, &multipoleToPoints,
     &multipoleToMultipole, &multipoleToLocal, &localToLocal};
 
-}  // namespace velmo::bem::fmm
+}  // namespace velmo::fmm

@@ -5,12 +5,16 @@
 #include <utility>
 
 #include "fmm/CoefficientIndex.hpp"
+#include "fmm/TranslationFactors.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
 #include "linalg/Products.hpp"
 #include "thread/ParallelFor.hpp"
 
 namespace velmo::bem::fmm {
+
+using namespace velmo::fmm;
+
 namespace {
 
 using Complex = std::complex<double>;
@@ -122,41 +126,6 @@ Transfer::FarfieldTransfer(const LaplaceFundSol<3>& /*kernel*/, u64 degree, doub
   }
 }
 
-/// (sign r)^j / j! for j = 0 to p; r is the distance from a box of `level` to its children.
-std::vector<double> Transfer::shiftFactors(u64 level, double sign) const {
-  const double r =
-      std::pow(0.5, static_cast<double>(level)) * 1.7320508075688772 * 0.25 * rootSize_;
-  std::vector<double> factors(degree_ + 1, 1.0);
-  for (u64 j = 1; j <= degree_; ++j)
-    factors[j] = factors[j - 1] * (sign * r / static_cast<double>(j));
-  return factors;
-}
-
-/// k! / r^(k+1) for k = 0 to 2p.
-std::vector<double> Transfer::conversionFactors(double distance) const {
-  std::vector<double> factors(2 * degree_ + 1, 1.0 / distance);
-  for (u64 k = 1; k <= 2 * degree_; ++k)
-    factors[k] = factors[k - 1] * (static_cast<double>(k) / distance);
-  return factors;
-}
-
-/// 1 where the factors of a distance are ordinary numbers, else the power of two below it. Powers
-/// of two change no bits of what is scaled with them. Objects in one place, or as far apart as
-/// doubles go, have no such unit.
-double Transfer::unitOf(double distance) const {
-  if (distance == 0.0 || std::isinf(distance)) return 1.0;
-  return std::isnormal(conversionFactors(distance).back()) ? 1.0 : std::exp2(std::ilogb(distance));
-}
-
-/// unit^-n for n = 0 to p + 1.
-std::vector<double> Transfer::conversionScales(double unit) const {
-  std::vector<double> scales;
-  if (unit == 1.0) return scales;
-  for (u64 n = 0; n <= degree_ + 1; ++n)
-    scales.push_back(std::ldexp(1.0, -static_cast<int>(n) * std::ilogb(unit)));
-  return scales;
-}
-
 void Transfer::checkShapes(ConstView from, ConstView to) const {
   linalg::checkSameSize(from.rows, numCoefficients(degree_));
   linalg::checkSameSize(from.size, to.size);
@@ -164,7 +133,7 @@ void Transfer::checkShapes(ConstView from, ConstView to) const {
 
 void Transfer::m2m(u64 level, u64 /*degree*/, std::span<const ConstView, 8> children,
                    View parent) const {
-  const std::vector<double> factors = shiftFactors(level, 1.0);
+  const std::vector<double> factors = shiftFactors(degree_, childDistance(level, rootSize_));
   const auto steps = withFactors(childSteps_, factors);
   Batcher batcher(expansionKernel().multipoleToMultipole, degree_);
   for (std::size_t k = 0; k < 8; ++k) {
@@ -178,7 +147,7 @@ void Transfer::m2m(u64 level, u64 /*degree*/, std::span<const ConstView, 8> chil
 
 void Transfer::l2l(u64 level, u64 /*degree*/, ConstView parent,
                    std::span<const View, 8> children) const {
-  const std::vector<double> factors = shiftFactors(level, -1.0);
+  const std::vector<double> factors = shiftFactors(degree_, -childDistance(level, rootSize_));
   const auto steps = withFactors(parentSteps_, factors);
   Batcher batcher(expansionKernel().localToLocal, degree_);
   for (std::size_t k = 0; k < 8; ++k) {
@@ -202,9 +171,9 @@ void Transfer::m2l(ConstView source, const std::array<double, 3>& shift, View re
                    x, y, z, phi, theta));
   checkShapes(source, result);
   const double distance = std::sqrt(z * z + a);
-  const double unit = unitOf(distance);
-  const std::vector<double> factors = conversionFactors(distance / unit);
-  const std::vector<double> scales = conversionScales(unit);
+  const double unit = conversionUnit(degree_, distance);
+  const std::vector<double> factors = conversionFactors(degree_, distance / unit);
+  const std::vector<double> scales = conversionScales(degree_, unit);
   TranslationStep step =
       makeStep(conversions_, theta, phi, Family::ForwardMultipole, Family::BackwardLocal);
   step.factors = factors.data();
@@ -216,7 +185,7 @@ void Transfer::m2l(ConstView source, const std::array<double, 3>& shift, View re
 }
 
 void Transfer::m2mLevel(Tree& tree, u64 level) const {
-  const std::vector<double> factors = shiftFactors(level, 1.0);
+  const std::vector<double> factors = shiftFactors(degree_, childDistance(level, rootSize_));
   const auto steps = withFactors(childSteps_, factors);
   const auto& links = tree.links();
   Batcher batcher(expansionKernel().multipoleToMultipole, degree_);
@@ -235,7 +204,7 @@ void Transfer::m2mLevel(Tree& tree, u64 level) const {
 }
 
 void Transfer::l2lLevel(Tree& tree, u64 level) const {
-  const std::vector<double> factors = shiftFactors(level, -1.0);
+  const std::vector<double> factors = shiftFactors(degree_, -childDistance(level, rootSize_));
   const auto steps = withFactors(parentSteps_, factors);
   const auto& links = tree.links();
   Batcher batcher(expansionKernel().localToLocal, degree_);
@@ -258,12 +227,13 @@ Transfer::Conversion Transfer::conversionOfBoxes(double boxSize) const {
   const u64 numFactors = 2 * degree_ + 1;
   Conversion conversion;
   // The next box of a list V is two edges away.
-  conversion.unit = unitOf(2.0 * boxSize);
-  conversion.scales = conversionScales(conversion.unit);
+  conversion.unit = conversionUnit(degree_, 2.0 * boxSize);
+  conversion.scales = conversionScales(degree_, conversion.unit);
   conversion.factors.resize(kLengths * numFactors);
   for (u64 length = 1; length < kLengths; ++length)
     std::ranges::copy(
-        conversionFactors(std::sqrt(static_cast<double>(length)) * boxSize / conversion.unit),
+        conversionFactors(degree_,
+                          std::sqrt(static_cast<double>(length)) * boxSize / conversion.unit),
         conversion.factors.begin() + static_cast<std::ptrdiff_t>(length * numFactors));
   return conversion;
 }

@@ -72,7 +72,7 @@ class FarfieldTransfer<LaplaceFundSol<3>> {
   void l2lLevel(Tree& tree, u64 level) const;
 
   /// All pairs of all lists V, in parallel.
-  void m2lConversion(Tree& tree, const TransferPlan& plan) const;
+  void m2lConversion(Tree& tree, const velmo::fmm::TransferPlan& plan) const;
 
   /// Degree of the expansions of a level, named by its first identifier: the same for all.
   std::function<u64(bits::Morton)> degreeOf;
@@ -85,11 +85,10 @@ class FarfieldTransfer<LaplaceFundSol<3>> {
   void checkShapes(ConstView from, ConstView to) const;
 
   struct Direction {
-    TranslationStep step;
+    velmo::fmm::TranslationStep step;
     u64 squaredLength = 0;
   };
 
-  [[nodiscard]] std::vector<double> shiftFactors(u64 level, double sign) const;
   /// Conversions between boxes of one size.
   struct Conversion {
     double unit = 1.0;            ///< of length, a power of two
@@ -97,21 +96,18 @@ class FarfieldTransfer<LaplaceFundSol<3>> {
     std::vector<double> scales;   ///< empty for unit 1
   };
 
-  [[nodiscard]] double unitOf(double distance) const;
-  [[nodiscard]] std::vector<double> conversionFactors(double distance) const;
-  [[nodiscard]] std::vector<double> conversionScales(double unit) const;
   [[nodiscard]] Conversion conversionOfBoxes(double boxSize) const;
-  void convert(Tree& tree, const TransferPlan& plan, const TransferPlan::Task& task,
-               const Conversion& conversion) const;
+  void convert(Tree& tree, const velmo::fmm::TransferPlan& plan,
+               const velmo::fmm::TransferPlan::Task& task, const Conversion& conversion) const;
 
   u64 degree_;
   double rootSize_;
-  RotationTable childToParent_;
-  RotationTable conversions_;
-  RotationTable parentToChild_;
-  std::array<TranslationStep, 8> childSteps_;   ///< without factors
-  std::array<TranslationStep, 8> parentSteps_;  ///< without factors
-  std::vector<Direction> directions_;           ///< by TransferPlan's direction number
+  velmo::fmm::RotationTable childToParent_;
+  velmo::fmm::RotationTable conversions_;
+  velmo::fmm::RotationTable parentToChild_;
+  std::array<velmo::fmm::TranslationStep, 8> childSteps_;   ///< without factors
+  std::array<velmo::fmm::TranslationStep, 8> parentSteps_;  ///< without factors
+  std::vector<Direction> directions_;                       ///< by TransferPlan's direction number
 };
 
 }  // namespace velmo::bem::fmm

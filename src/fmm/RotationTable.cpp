@@ -1,15 +1,58 @@
 #include "fmm/RotationTable.hpp"
 
 #include <cmath>
+#include <string>
 
 #include "fmm/CoefficientIndex.hpp"
-#include "fmm/NormRatioTable.hpp"
 #include "fmm/SmallWignerD.hpp"
 #include "io/CheckedAccess.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
 
-namespace velmo::bem::fmm {
+namespace velmo::fmm {
+
+PhaseTable::PhaseTable(u64 limit, double angle) : limit_(limit) {
+  const auto n = static_cast<std::int64_t>(limit);
+  values_.reserve(2 * limit + 1);
+  for (std::int64_t m = -n; m <= n; ++m)
+    values_.push_back(std::polar(1.0, static_cast<double>(m) * angle));
+}
+
+std::complex<double> PhaseTable::operator()(std::int64_t m) const {
+  const auto n = static_cast<std::int64_t>(limit_);
+  if (m < -n || m > n)
+    throw utility::RuntimeError("Index " + std::to_string(m) +
+                                "is outside of precomputed range +/-" + std::to_string(limit_));
+  return values_[static_cast<std::size_t>(m + n)];
+}
+
+NormRatioTable::NormRatioTable(u64 degree) {
+  offsets_.push_back(0);
+  for (u64 n = 0; n <= degree; ++n) offsets_.push_back(offsets_[n] + (n + 1) * (n + 1));
+  values_.resize(offsets_.back());
+  for (u64 n = 0; n <= degree; ++n) {
+    const auto nn = static_cast<double>(n);
+    const auto squared = [&](u64 k, u64 i) -> double& {
+      return values_[offsets_[n] + k * (n + 1) + i];
+    };
+    // From the diagonal outwards, so that it is 1 exactly.
+    for (u64 k = 0; k <= n; ++k) {
+      squared(k, k) = 1.0;
+      for (u64 i = k; i < n; ++i) {
+        const auto ii = static_cast<double>(i);
+        squared(k, i + 1) = squared(k, i) * (nn + ii + 1.0) / (nn - ii);
+      }
+      for (u64 i = k; i >= 1; --i) {
+        const auto ii = static_cast<double>(i);
+        squared(k, i - 1) = squared(k, i) * (nn - ii + 1.0) / (nn + ii);
+      }
+    }
+    for (u64 k = 0; k <= n; ++k)
+      for (u64 i = 0; i <= n; ++i)
+        squared(k, i) = ((k + i) % 2 == 0 ? 1.0 : -1.0) * std::sqrt(squared(k, i));
+  }
+}
+
 namespace {
 
 using Complex = std::complex<double>;
@@ -75,7 +118,6 @@ void RotationTable::registerPolar(double theta, const NormRatioTable& norms) {
     throw utility::DomainError(io::format("Angle theta out or range [0,2 pi) : {:f}", theta));
   const SmallWignerD w(degree_, theta);
   auto& families = polar_[key].families;
-  for (FoldedRotation& family : families) family.numDegrees = degree_ + 1;
   for (u64 n = 0; n <= degree_; ++n) {
     // The inverse is the transpose; columns of negative order come from d(-j, -k) = (-1)^(j+k) d(j,
     // k).
@@ -105,13 +147,13 @@ void RotationTable::rotate(Family family, double theta, double phi, std::span<co
                            std::span<Complex> out) const {
   const FoldedRotation& folded = matrices(family, theta);
   const PhaseTable& phase = phases(phi);
-  const u64 p = degreeOfTriangular(in.size());
-  if (p + 1 > folded.numDegrees) throw utility::RuntimeError("Constructed with too low a degree");
+  if (in.size() > numCoefficients(degree_))
+    throw utility::RuntimeError("Constructed with too low a degree");
   const bool isForward = family == Family::ForwardMultipole || family == Family::ForwardLocal;
-  std::vector<Complex> x(p + 1);
+  std::vector<Complex> x(degree_ + 1);
   const double* real = folded.real.data();
   const double* imaginary = folded.imaginary.data();
-  for (u64 n = 0; n <= p; ++n) {
+  for (u64 n = 0; numCoefficients(n) <= in.size(); ++n) {
     for (u64 m = 0; m <= n; ++m) {
       x[m] = in[coefficientIndex(n, m)];
       if (isForward) x[m] *= phase(-static_cast<std::int64_t>(m));
@@ -150,4 +192,4 @@ void RotationTable::rotateLocalBackward(double theta, double phi, std::span<cons
   rotate(Family::BackwardLocal, theta, phi, in, out);
 }
 
-}  // namespace velmo::bem::fmm
+}  // namespace velmo::fmm

@@ -1,16 +1,62 @@
 #pragma once
 
+#include <cmath>
 #include <complex>
+#include <cstdint>
 #include <span>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
-#include "fmm/AngleKey.hpp"
-#include "fmm/PhaseTable.hpp"
 #include "io/Types.hpp"
 
-namespace velmo::bem::fmm {
+namespace velmo::fmm {
+
+/// Key of an angle in radians, -pi to 2 pi: angles that agree to about 2e-4 share it, so that
+/// angles of scaled coordinates find what was made for integer offsets.
+using AngleKey = std::uint16_t;
+
+[[nodiscard]] inline AngleKey angleKey(double angle) noexcept {
+  constexpr double kPi = 3.141592653589793;
+  constexpr double kTwoPi = 6.283185307179586;
+  const auto quantised = static_cast<std::int64_t>(std::floor((angle + kPi) / kTwoPi * 32767.0));
+  return static_cast<AngleKey>((quantised & 0xffff) | 0x8000);
+}
+
+/// E(m) = e^(i m angle) for m from -limit to limit.
+class PhaseTable {
+ public:
+  PhaseTable(u64 limit, double angle);
+
+  /// @throws utility::RuntimeError "Index <m>is outside of precomputed range +/-<limit>"
+  [[nodiscard]] std::complex<double> operator()(std::int64_t m) const;
+
+  /// E(0), E(1), up to E(limit).
+  [[nodiscard]] const std::complex<double>* nonNegative() const noexcept {
+    return values_.data() + limit_;
+  }
+
+  [[nodiscard]] u64 limit() const noexcept { return limit_; }
+
+ private:
+  u64 limit_;
+  std::vector<std::complex<double>> values_;
+};
+
+/// N(n)(k, i) = (-1)^(i-k) ((n+i)! (n-i)! / ((n+k)! (n-k)!))^(1/2) for 0 <= k, i <= n: the ratio of
+/// the harmonics' norms, filled without factorials.
+class NormRatioTable {
+ public:
+  explicit NormRatioTable(u64 degree);
+
+  [[nodiscard]] double operator()(u64 n, u64 k, u64 i) const noexcept {
+    return values_[offsets_[n] + k * (n + 1) + i];
+  }
+
+ private:
+  std::vector<u64> offsets_;
+  std::vector<double> values_;
+};
 
 class NormRatioTable;
 
@@ -24,7 +70,6 @@ class NormRatioTable;
 struct FoldedRotation {
   std::vector<double> real;
   std::vector<double> imaginary;
-  u64 numDegrees = 0;  ///< degree + 1
 };
 
 /// Rotations of expansions between a frame and the one whose z axis points along (theta, phi).
@@ -79,4 +124,4 @@ class RotationTable {
   std::unordered_map<AngleKey, PolarAngle> polar_;
 };
 
-}  // namespace velmo::bem::fmm
+}  // namespace velmo::fmm

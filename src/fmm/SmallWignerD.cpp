@@ -8,7 +8,7 @@
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
 
-namespace velmo::bem::fmm {
+namespace velmo::fmm {
 namespace {
 
 constexpr double kPi = 3.141592653589793;
@@ -124,4 +124,4 @@ void SmallWignerD::initialize_() {
   }
 }
 
-}  // namespace velmo::bem::fmm
+}  // namespace velmo::fmm

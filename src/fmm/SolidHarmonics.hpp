@@ -20,7 +20,7 @@
 ///
 /// The recursions are those of Wang and LeSar (1996) for unnormalised harmonics: one step per
 /// coefficient, without factorials, powers or trigonometric calls.
-namespace velmo::bem::fmm {
+namespace velmo::fmm {
 
 /// R to degree `p` for each point.
 /// @param points relative to the centre, shape (count, 3)
@@ -40,4 +40,4 @@ void regularGradient(u64 p, std::span<const double, 3> x, std::span<std::complex
 /// @throws utility::RuntimeError "Expansion degree must be >= 2" for p + 1 below 2
 void singularGradient(u64 p, std::span<const double, 3> x, std::span<std::complex<double>> out);
 
-}  // namespace velmo::bem::fmm
+}  // namespace velmo::fmm

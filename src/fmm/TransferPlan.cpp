@@ -5,7 +5,7 @@
 
 #include "bits/MortonGrid.hpp"
 
-namespace velmo::bem::fmm {
+namespace velmo::fmm {
 namespace {
 
 /// Pairs that one task takes at least, as long as its level has them: enough to fill the lanes of
@@ -32,7 +32,7 @@ void sortByDirection(std::span<TransferPlan::Pair> pairs, std::vector<TransferPl
 
 }  // namespace
 
-TransferPlan::TransferPlan(const tree::SrcTrgTree<velmo::fmm::Box<3>>& tree) {
+TransferPlan::TransferPlan(const tree::SrcTrgTree<Box<3>>& tree) {
   const auto& ids = tree.links().ids;
   std::vector<Pair> buffer;
   const auto closeTask = [&](u64 level) {
@@ -53,4 +53,4 @@ TransferPlan::TransferPlan(const tree::SrcTrgTree<velmo::fmm::Box<3>>& tree) {
   }
 }
 
-}  // namespace velmo::bem::fmm
+}  // namespace velmo::fmm

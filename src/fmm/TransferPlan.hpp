@@ -7,7 +7,7 @@
 #include "io/Types.hpp"
 #include "tree/SrcTrgTree.hpp"
 
-namespace velmo::bem::fmm {
+namespace velmo::fmm {
 
 /// The pairs of all lists V, sorted so that pairs with one direction follow each other.
 ///
@@ -40,10 +40,10 @@ struct TransferPlan {
   }
 
   TransferPlan() = default;
-  explicit TransferPlan(const tree::SrcTrgTree<velmo::fmm::Box<3>>& tree);
+  explicit TransferPlan(const tree::SrcTrgTree<Box<3>>& tree);
 
   std::vector<Pair> pairs;
   std::vector<Task> tasks;
 };
 
-}  // namespace velmo::bem::fmm
+}  // namespace velmo::fmm

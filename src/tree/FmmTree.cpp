@@ -9,7 +9,7 @@
 #include "io/Format.hpp"
 #include "tree/LocallyEssentialTree.hpp"
 
-namespace velmo::fmm {
+namespace velmo::tree {
 
 namespace {
 
@@ -29,8 +29,8 @@ std::vector<u64> inverse(std::span<const u64> order) {
 
 }  // namespace
 
-FmmTree::FmmTree(const grid::GridData& targets, const grid::GridData& sources,
-                 const tree::Options& opts, int selector, comm::Comm communicator)
+FmmTree::FmmTree(const grid::GridData& targets, const grid::GridData& sources, const Options& opts,
+                 int selector, comm::Comm communicator)
     : distribution_(targets, sources, checked(communicator, selector)),
       targetGrid_{grid::pointTopology(targetData()), grid::Coordinates(targetData())},
       sourceGrid_{grid::surfaceTopology(sourceData()), grid::surfaceGeometry(sourceData())},
@@ -40,14 +40,14 @@ FmmTree::FmmTree(const grid::GridData& targets, const grid::GridData& sources,
   makeCentres_();
 }
 
-void FmmTree::makeTree_(const tree::Options& opts) {
-  std::vector<tree::Orthant<3>> blocks;
+void FmmTree::makeTree_(const Options& opts) {
+  std::vector<Orthant<3>> blocks;
   blocks.reserve(distribution_.blocks.size());
   for (std::size_t i = 0; i < distribution_.blocks.size(); ++i)
     blocks.emplace_back(distribution_.blocks[i], bits::Morton(), distribution_.blockCounts[i]);
-  tree::Partition partition;
-  const auto orthants = LET<3>::create(blocks, distribution_.ids, opts, distribution_.partition,
-                                       distribution_.comm, &partition);
+  Partition partition;
+  const auto orthants = fmm::LET<3>::create(
+      blocks, distribution_.ids, opts, distribution_.partition, distribution_.comm, &partition);
   tree_ = Tree(orthants, std::move(partition));
 
   std::vector<bits::Morton> targetIds;
@@ -66,7 +66,7 @@ void FmmTree::makeCentres_() {
   const double size = boundingBox().size();
   unitCentres_.reserve(3 * tree_.boxes.size());
   centres_.reserve(3 * tree_.boxes.size());
-  for (const Box<3>& box : tree_.boxes) {
+  for (const fmm::Box<3>& box : tree_.boxes) {
     const bits::CellCube cube = bits::cube(box.id);
     for (std::size_t axis = 0; axis < 3; ++axis) {
       unitCentres_.push_back(cube.centre[axis]);
@@ -75,4 +75,4 @@ void FmmTree::makeCentres_() {
   }
 }
 
-}  // namespace velmo::fmm
+}  // namespace velmo::tree

@@ -14,7 +14,7 @@
 #include "tree/ParticleDistribution.hpp"
 #include "tree/SrcTrgTree.hpp"
 
-namespace velmo::fmm {
+namespace velmo::tree {
 
 /// The sources in tree order.
 struct SourceGrid {
@@ -35,7 +35,7 @@ struct TargetGrid {
 /// curve, in which the objects of every box follow each other.
 class FmmTree {
  public:
-  using Tree = tree::SrcTrgTree<Box<3>>;
+  using Tree = SrcTrgTree<fmm::Box<3>>;
 
   /// @param targets  a point cloud
   /// @param sources  a surface; its elements stand in the tree by the mean of their vertices
@@ -43,13 +43,11 @@ class FmmTree {
   /// @throws utility::LogicError   "Interaction lists of kind <selector> are not available"
   /// @throws utility::RuntimeError for coordinates that aren't finite, see geom::BoundingBox<3>
   /// @throws what the grids' topologies and geometries throw
-  FmmTree(const grid::GridData& targets, const grid::GridData& sources, const tree::Options& opts,
+  FmmTree(const grid::GridData& targets, const grid::GridData& sources, const Options& opts,
           int selector, comm::Comm communicator);
 
   [[nodiscard]] comm::Comm comm() const noexcept { return distribution_.comm; }
-  [[nodiscard]] const tree::ParticleDistribution& distribution() const noexcept {
-    return distribution_;
-  }
+  [[nodiscard]] const ParticleDistribution& distribution() const noexcept { return distribution_; }
   [[nodiscard]] const geom::BoundingBox<3>& boundingBox() const noexcept {
     return distribution_.bbox;
   }
@@ -59,10 +57,10 @@ class FmmTree {
 
   /// The grids in sorted order; element k of a grid is the k-th sorted object of its kind.
   [[nodiscard]] const grid::GridData& targetData() const noexcept {
-    return distribution_.grids[tree::ParticleDistribution::kTargets];
+    return distribution_.grids[ParticleDistribution::kTargets];
   }
   [[nodiscard]] const grid::GridData& sourceData() const noexcept {
-    return distribution_.grids[tree::ParticleDistribution::kSources];
+    return distribution_.grids[ParticleDistribution::kSources];
   }
 
   [[nodiscard]] const Tree& tree() const noexcept { return tree_; }
@@ -73,10 +71,10 @@ class FmmTree {
 
   /// Input number of each sorted object.
   [[nodiscard]] std::span<const u64> targetOrder() const noexcept {
-    return distribution_.elementMappings[tree::ParticleDistribution::kTargets];
+    return distribution_.elementMappings[ParticleDistribution::kTargets];
   }
   [[nodiscard]] std::span<const u64> sourceOrder() const noexcept {
-    return distribution_.elementMappings[tree::ParticleDistribution::kSources];
+    return distribution_.elementMappings[ParticleDistribution::kSources];
   }
 
   /// Sorted number of each input object: the inverse of the order.
@@ -94,10 +92,10 @@ class FmmTree {
   [[nodiscard]] std::span<const double> centres() const noexcept { return centres_; }
 
  private:
-  void makeTree_(const tree::Options& opts);
+  void makeTree_(const Options& opts);
   void makeCentres_();
 
-  tree::ParticleDistribution distribution_;
+  ParticleDistribution distribution_;
   TargetGrid targetGrid_;
   SourceGrid sourceGrid_;
   Tree tree_;
@@ -107,4 +105,4 @@ class FmmTree {
   std::vector<double> centres_;
 };
 
-}  // namespace velmo::fmm
+}  // namespace velmo::tree

@@ -7,7 +7,6 @@
 #include "bits/MortonGrid.hpp"
 #include "io/Exception.hpp"
 #include "tree/CreateFromBlocks.hpp"
-#include "tree/Subtree.hpp"
 
 namespace velmo::fmm {
 
@@ -90,6 +89,12 @@ Orthants LET<3>::create(const Orthants& blocks, const std::vector<Morton>& point
   if (!received.empty()) orthants = mergeOrthants(std::vector{std::move(orthants), received});
   attachHalos(orthants);
   return orthants;
+}
+
+void CommunicateMoments::initialize(const tree::SrcTrgTree<Box<3>>& tree, comm::Comm comm) {
+  if (comm::size(comm) > 1) return;
+  for (const Box<3>& box : tree.boxes)
+    if (box.isHalo()) throw utility::RuntimeError("Expected only non-local IDs here");
 }
 
 }  // namespace velmo::fmm

@@ -10,6 +10,7 @@
 #include "conf/TreeOptions.hpp"
 #include "tree/Orthant.hpp"
 #include "tree/Partition.hpp"
+#include "tree/SrcTrgTree.hpp"
 
 namespace velmo::fmm {
 
@@ -57,6 +58,14 @@ struct LET<3> {
       const std::vector<tree::Orthant<3>>& blocks, const std::vector<bits::Morton>& points,
       const tree::Options& opts, const tree::Partition& partition, comm::Comm comm,
       tree::Partition* treePartition = nullptr);
+};
+
+/// Exchange of the multipoles of boxes that several processes hold. With one process no box is a
+/// halo box and nothing leaves the process.
+struct CommunicateMoments {
+  /// @throws utility::RuntimeError "Expected only non-local IDs here" for a halo box, which one
+  ///         process cannot have
+  static void initialize(const tree::SrcTrgTree<Box<3>>& tree, comm::Comm comm);
 };
 
 }  // namespace velmo::fmm

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "bits/MortonID.hpp"
+#include "io/Exception.hpp"
 
 namespace velmo::tree {
 
@@ -17,13 +18,18 @@ struct Partition {
   bool finalized = false;
 
   /// The finalized partition of one process; both identifiers are 0 for a process without any.
-  [[nodiscard]] static Partition ofOneProcess(bits::Morton first, bits::Morton last);
+  [[nodiscard]] static Partition ofOneProcess(bits::Morton firstId, bits::Morton lastId) {
+    return {{firstId}, {lastId}, {true}, true};
+  }
 
   /// The processes whose stretch overlaps `id`: the only one owns everything, whether inside the
   /// stretch or not.
   ///
   /// @throws utility::RuntimeError "velmo::tree::Partition::check not finalized"
-  [[nodiscard]] std::vector<int> check(bits::Morton id) const;
+  [[nodiscard]] std::vector<int> check(bits::Morton /*id*/) const {
+    if (!finalized) throw utility::RuntimeError("velmo::tree::Partition::check not finalized");
+    return {0};
+  }
 };
 
 }  // namespace velmo::tree

@@ -12,7 +12,7 @@
 #include "fmm/CoefficientIndex.hpp"
 #include "fmm/SolidHarmonics.hpp"
 
-namespace velmo::bem::fmm::test {
+namespace velmo::fmm::test {
 
 using Complex = std::complex<double>;
 using Vector = std::array<double, 3>;
@@ -68,12 +68,19 @@ inline double degreeNorm(Kind kind, std::span<const Complex> c, u64 n) {
   return std::sqrt(sum);
 }
 
+/// The degree of an expansion in triangular storage.
+inline u64 degreeOf(const Coefficients& c) {
+  u64 degree = 0;
+  while (numCoefficients(degree) < c.size()) ++degree;
+  return degree;
+}
+
 /// Largest error over the degrees, each relative to the norm of its degree.
 inline double largestError(Kind kind, const Coefficients& actual, const Coefficients& expected) {
   Coefficients error(expected.size());
   for (std::size_t i = 0; i < error.size(); ++i) error[i] = actual[i] - expected[i];
   double largest = 0.0;
-  for (u64 n = 0; n <= degreeOfTriangular(expected.size()); ++n) {
+  for (u64 n = 0; n <= degreeOf(expected); ++n) {
     const double relative = degreeNorm(kind, error, n) / degreeNorm(kind, expected, n);
     if (!(relative <= largest)) largest = relative;
   }
@@ -111,21 +118,30 @@ inline Coefficients expand(Kind kind, const Charges& charges, const Vector& cent
   return sum;
 }
 
-/// Potential at d = x - centre: Re sum e(m) S(d) conj(M) or Re sum e(m) conj(R(d)) L.
-inline double potential(Kind kind, const Coefficients& c, const Vector& d) {
-  const u64 p = degreeOfTriangular(c.size());
-  Coefficients h(c.size());
-  if (kind == Kind::Multipole)
-    singularHarmonics(p, 1, d, h);
-  else
-    regularHarmonics(p, 1, d, h);
-  double sum = 0.0;
+/// Potential and gradient at d = x - centre: Re sum e(m) S(d) conj(M) or Re sum e(m) conj(R(d)) L,
+/// and the same with the harmonics'
+/// derivatives. The gradient of a local expansion is left zero up to degree 2.
+inline std::array<double, 4> field(Kind kind, const Coefficients& c, const Vector& d) {
+  const u64 p = degreeOf(c);
+  const bool isLocal = kind == Kind::Local;
+  Coefficients harmonics[4];
+  harmonics[0].resize(c.size());
+  (isLocal ? regularHarmonics : singularHarmonics)(p, 1, d, harmonics[0]);
+  Coefficients gradient(3 * c.size());
+  if (!isLocal || p > 2) (isLocal ? regularGradient : singularGradient)(p, d, gradient);
+  for (u64 axis = 0; axis < 3; ++axis) harmonics[axis + 1] = columnOf(gradient, axis, c.size());
+  std::array<double, 4> sums{};
   for (u64 n = 0; n <= p; ++n)
     for (u64 m = 0; m <= n; ++m) {
       const u64 i = coefficientIndex(n, m);
-      sum += (m == 0 ? 1.0 : 2.0) * (h[i] * std::conj(c[i])).real();
+      for (u64 k = 0; k < 4; ++k)
+        sums[k] += (m == 0 ? 1.0 : 2.0) * (harmonics[k][i] * std::conj(c[i])).real();
     }
-  return sum;
+  return sums;
 }
 
-}  // namespace velmo::bem::fmm::test
+inline double potential(Kind kind, const Coefficients& c, const Vector& d) {
+  return field(kind, c, d)[0];
+}
+
+}  // namespace velmo::fmm::test

@@ -12,14 +12,14 @@
 #include "io/Exception.hpp"
 #include "support/ExpectThrow.hpp"
 
-namespace velmo::bem::fmm::test {
+namespace velmo::fmm::test {
 namespace {
 
-using Transfer = FarfieldTransfer<LaplaceFundSol<3>>;
+using Transfer = bem::fmm::FarfieldTransfer<bem::LaplaceFundSol<3>>;
 using utility::RuntimeError;
 using velmo::test::expectThrow;
 
-const LaplaceFundSol<3> kKernel;
+const bem::LaplaceFundSol<3> kKernel;
 
 /// Offset of child k's centre from its parent's, for a parent of this edge.
 Vector childCentre(unsigned k, double parentEdge) {
@@ -201,4 +201,4 @@ TEST(FarfieldTransfer, RefusesShiftsAndDegreesOutsideItsTables) {
 }
 
 }  // namespace
-}  // namespace velmo::bem::fmm::test
+}  // namespace velmo::fmm::test

@@ -13,11 +13,11 @@
 #include "thread/ThreadPool.hpp"
 #include "tree/FmmTree.hpp"
 
-namespace velmo::bem::fmm::test {
+namespace velmo::fmm::test {
 namespace {
 
-using Transfer = FarfieldTransfer<LaplaceFundSol<3>>;
-using velmo::fmm::FmmTree;
+using Transfer = bem::fmm::FarfieldTransfer<bem::LaplaceFundSol<3>>;
+using velmo::tree::FmmTree;
 
 constexpr u64 kDegree = 5;
 constexpr u64 kColumns = 2;
@@ -81,7 +81,7 @@ struct World {
 };
 
 const tree::Options kTrees[] = {{10, 0, true}, {100, 3, false}};
-const LaplaceFundSol<3> kKernel;
+const bem::LaplaceFundSol<3> kKernel;
 
 /// Sums of other order differ by rounding of the largest term; terms are about the result's size.
 void expectClose(const std::vector<Complex>& actual, const std::vector<Complex>& expected) {
@@ -158,4 +158,4 @@ TEST(LevelTransfer, MovesLevelsAsFamilyByFamily) {
 }
 
 }  // namespace
-}  // namespace velmo::bem::fmm::test
+}  // namespace velmo::fmm::test

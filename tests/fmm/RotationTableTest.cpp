@@ -11,7 +11,7 @@
 #include "io/Exception.hpp"
 #include "support/ExpectThrow.hpp"
 
-namespace velmo::bem::fmm::test {
+namespace velmo::fmm::test {
 namespace {
 
 using utility::RuntimeError;
@@ -129,4 +129,4 @@ TEST(PhaseTable, TellsItsLimit) {
 }
 
 }  // namespace
-}  // namespace velmo::bem::fmm::test
+}  // namespace velmo::fmm::test

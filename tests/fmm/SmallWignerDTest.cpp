@@ -9,11 +9,11 @@
 #include <string>
 #include <vector>
 
-#include "fmm/NormRatioTable.hpp"
+#include "fmm/RotationTable.hpp"
 #include "io/Exception.hpp"
 #include "support/ExpectThrow.hpp"
 
-namespace velmo::bem::fmm {
+namespace velmo::fmm {
 namespace {
 
 using Long = long double;
@@ -117,4 +117,4 @@ TEST(NormRatioTable, HoldsTheRatiosOfFactorials) {
 }
 
 }  // namespace
-}  // namespace velmo::bem::fmm
+}  // namespace velmo::fmm

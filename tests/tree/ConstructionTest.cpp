@@ -19,8 +19,6 @@
 #include "tree/CompleteOctree.hpp"
 #include "tree/CreateFromBlocks.hpp"
 #include "tree/LocallyEssentialTree.hpp"
-#include "tree/PointIdentifiers.hpp"
-#include "tree/RemoveOverlaps.hpp"
 #include "tree/TreeChecks.hpp"
 
 namespace velmo::tree::test {

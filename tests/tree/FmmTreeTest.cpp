@@ -13,16 +13,14 @@
 #include "bits/MortonGrid.hpp"
 #include "grid/ElementsToPoints.hpp"
 #include "support/ExpectThrow.hpp"
+#include "tree/BoundingBox.hpp"
 #include "tree/Clouds.hpp"
-#include "tree/PointIdentifiers.hpp"
 #include "tree/TreeChecks.hpp"
 
-namespace velmo::fmm {
+namespace velmo::tree {
 namespace {
 
 using bits::Morton;
-using tree::BoxIndex;
-using tree::ObjectRange;
 using utility::RuntimeError;
 using velmo::test::expectThrow;
 
@@ -45,8 +43,8 @@ grid::GridData triangleStrip(u64 n) {
   return data;
 }
 
-const tree::test::Cloud& cloud(const std::string& name) {
-  return *std::ranges::find(tree::test::clouds(), name, &tree::test::Cloud::name);
+const test::Cloud& cloud(const std::string& name) {
+  return *std::ranges::find(test::clouds(), name, &tree::test::Cloud::name);
 }
 
 TEST(FmmTree, KeepsTheElementsOfBothGridsInSortedOrder) {
@@ -102,7 +100,7 @@ void expectConsistent(const FmmTree& fmmTree) {
   ASSERT_EQ(levelBegins.back(), tree.boxes.size());
   std::vector<BoxIndex> leaves;
   for (BoxIndex i = 0; i < links.size(); ++i) {
-    const Box<3>& box = tree.boxes[i];
+    const fmm::Box<3>& box = tree.boxes[i];
     const auto level = static_cast<u64>(box.id.level());
     ASSERT_TRUE(levelBegins[level] <= i && i < levelBegins[level + 1]);
     ASSERT_EQ(tree.index(box.id), i);
@@ -115,7 +113,7 @@ void expectConsistent(const FmmTree& fmmTree) {
     if (box.isLeaf()) leaves.push_back(i);
 
     const auto expectRange = [&](std::span<const Morton> ids, const ObjectRange& range, bool bit) {
-      ASSERT_EQ(range.count, tree::test::countInside(box.id, ids));
+      ASSERT_EQ(range.count, test::countInside(box.id, ids));
       ASSERT_EQ(bit, range.count > 0);
       for (u64 k = range.first; k < range.first + range.count; ++k)
         ASSERT_TRUE(box.id.holds(ids[k]));
@@ -135,9 +133,9 @@ void expectConsistent(const FmmTree& fmmTree) {
 }
 
 TEST(FmmTree, LinksMarksAndRangesAgreeWithTheIdentifiers) {
-  for (const tree::test::Cloud& points : tree::test::clouds())
+  for (const test::Cloud& points : tree::test::clouds())
     for (const tree::Options& opts : {tree::Options{1, 0, true}, {12, 0, true}, {1, 4, false}}) {
-      SCOPED_TRACE(points.name + ", " + tree::test::describe(opts));
+      SCOPED_TRACE(points.name + ", " + test::describe(opts));
       ::testing::internal::CaptureStderr();
       const FmmTree tree(points.points(60, 1), triangleStrip(40), opts, 0, 0);
       ::testing::internal::GetCapturedStderr();
@@ -149,7 +147,7 @@ TEST(SrcTrgTree, TellsTheFirstObjectAndTheCountOfLeaves) {
   const FmmTree fmmTree(cloud("cube").points(30, 1), triangleStrip(30), {5, 0, true}, 0, 0);
   const auto& tree = fmmTree.tree();
   for (const BoxIndex leaf : tree.leafPositions()) {
-    const Box<3>& box = tree.boxes[leaf];
+    const fmm::Box<3>& box = tree.boxes[leaf];
     if (!box.hasSources()) continue;
     const auto [first, count] = tree.sourceDatum(box.id);
     EXPECT_EQ(count, tree.sourceRanges()[leaf].count);
@@ -226,4 +224,4 @@ TEST(FmmTree, RefusesBadInput) {
 }
 
 }  // namespace
-}  // namespace velmo::fmm
+}  // namespace velmo::tree

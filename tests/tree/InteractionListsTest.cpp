@@ -32,7 +32,7 @@ struct Coverage {
 };
 
 /// Boxes of all lists that serve the targets of a leaf.
-std::vector<Morton> servingBoxes(const fmm::FmmTree::Tree& tree, Morton leaf) {
+std::vector<Morton> servingBoxes(const tree::FmmTree::Tree& tree, Morton leaf) {
   std::vector<Morton> serving;
   const auto append = [&serving](const fmm::MortonList& list) {
     std::ranges::copy(list, std::back_inserter(serving));
@@ -47,12 +47,12 @@ std::vector<Morton> servingBoxes(const fmm::FmmTree::Tree& tree, Morton leaf) {
 }
 
 /// The leaf around an object, by climbing.
-Morton leafOf(const fmm::FmmTree::Tree& tree, Morton object) {
+Morton leafOf(const tree::FmmTree::Tree& tree, Morton object) {
   while (!tree.find(object)) object = object.parent();
   return object;
 }
 
-Coverage coverage(const fmm::FmmTree& fmmTree) {
+Coverage coverage(const tree::FmmTree& fmmTree) {
   const auto& tree = fmmTree.tree();
   Ids leaves;
   for (const Morton target : tree.targetIds()) leaves.insert(leafOf(tree, target));
@@ -74,7 +74,7 @@ Coverage coverage(const fmm::FmmTree& fmmTree) {
 /// The definitions of the lists, box by box with a look-up per step.
 class ListsByDefinition {
  public:
-  explicit ListsByDefinition(const fmm::FmmTree::Tree& tree) {
+  explicit ListsByDefinition(const tree::FmmTree::Tree& tree) {
     for (const fmm::Box<3>& box : tree.boxes) boxes_[box.id] = &box;
   }
 
@@ -160,7 +160,7 @@ class ListsByDefinition {
   std::map<Morton, const fmm::Box<3>*> boxes_;
 };
 
-void expectListsByDefinition(const fmm::FmmTree::Tree& tree) {
+void expectListsByDefinition(const tree::FmmTree::Tree& tree) {
   const ListsByDefinition definition(tree);
   for (const fmm::Box<3>& box : tree.boxes) {
     const bool receives = box.hasTargets();
@@ -182,7 +182,7 @@ TEST_P(InteractionListsOf, MeetEveryPairOnceAndFollowTheirDefinitions) {
   for (const Options& opts : allOptions()) {
     for (unsigned seed = 1; seed <= 3; ++seed) {
       SCOPED_TRACE(cloud.name + ", " + describe(opts) + ", seed " + std::to_string(seed));
-      const fmm::FmmTree tree(cloud.points(90, seed), cloud.points(130, seed + 100), opts, 0, 0);
+      const tree::FmmTree tree(cloud.points(90, seed), cloud.points(130, seed + 100), opts, 0, 0);
 
       const Coverage result = coverage(tree);
 
@@ -205,8 +205,8 @@ TEST(InteractionLists, MeetEveryPairOnceBetweenCloudsOfDifferentShape) {
   for (const Cloud* targets : shapes) {
     for (const Cloud* sources : shapes) {
       for (const u64 leafSize : {2, 25}) {
-        const fmm::FmmTree tree(targets->points(150, 1), sources->points(400, 2),
-                                {leafSize, 0, true}, 0, 0);
+        const tree::FmmTree tree(targets->points(150, 1), sources->points(400, 2),
+                                 {leafSize, 0, true}, 0, 0);
         const Coverage result = coverage(tree);
         sum.pairs += result.pairs;
         sum.missing += result.missing;
@@ -228,9 +228,9 @@ TEST(InteractionLists, MeetEveryPairOnceForFewObjectsOrNone) {
   for (const auto& [numTargets, numSources] :
        {std::pair{0, 0}, {1, 0}, {0, 1}, {1, 1}, {2, 0}, {0, 40}, {40, 0}, {1, 90}, {90, 1}}) {
     SCOPED_TRACE(std::to_string(numTargets) + " targets, " + std::to_string(numSources));
-    const fmm::FmmTree tree(cloud.points(static_cast<std::size_t>(numTargets), 5),
-                            cloud.points(static_cast<std::size_t>(numSources), 6), {4, 0, true}, 0,
-                            0);
+    const tree::FmmTree tree(cloud.points(static_cast<std::size_t>(numTargets), 5),
+                             cloud.points(static_cast<std::size_t>(numSources), 6), {4, 0, true}, 0,
+                             0);
 
     const Coverage result = coverage(tree);
 
@@ -247,7 +247,7 @@ TEST(InteractionLists, DoNotDependOnTheNumberOfThreads) {
       thread::setNumThreads(numThreads);
       ::testing::internal::CaptureStderr();
       fingerprints.push_back(fingerprint(
-          fmm::FmmTree(cloud.points(700, 1), cloud.points(500, 2), {5, 0, true}, 0, 0)));
+          tree::FmmTree(cloud.points(700, 1), cloud.points(500, 2), {5, 0, true}, 0, 0)));
       ::testing::internal::GetCapturedStderr();
     }
     EXPECT_EQ(fingerprints[1], fingerprints[0]) << cloud.name;

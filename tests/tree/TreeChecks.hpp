@@ -32,7 +32,7 @@ inline u64 countInside(bits::Morton cell, std::span<const bits::Morton> ids) {
 }
 
 /// Everything that a tree tells of itself, in one list of words.
-inline std::vector<u64> fingerprint(const fmm::FmmTree& tree) {
+inline std::vector<u64> fingerprint(const tree::FmmTree& tree) {
   std::vector<u64> words;
   for (const fmm::Box<3>& box : tree.tree().boxes) {
     words.insert(words.end(), {box.id.value(), box.firstObject.value(), box.numObjects,

@@ -1,12 +1,12 @@
-#include "fmm/TargetOperators.hpp"
+#include "evaluator/TargetOperators.hpp"
 
 #include "fmm/CoefficientIndex.hpp"
 #include "io/Exception.hpp"
 #include "math/Constants.hpp"
 
-namespace velmo::bem::fmm {
-TargetOperators::TargetOperators(const velmo::fmm::FmmTree& tree, u64 degree)
-    : table_(requireDegree(degree)), higherTable_(degree + 1) {
+namespace velmo::evaluator {
+TargetOperators::TargetOperators(const tree::FmmTree& tree, u64 degree)
+    : table_(fmm::requireDegree(degree)), higherTable_(degree + 1) {
   const std::span<const double> coordinates = tree.targetCoordinates();
   for (u64 t = 0; t < tree.numTargets(); ++t) {
     x_.push_back(coordinates[3 * t]);
@@ -27,11 +27,10 @@ TargetOperators::TargetOperators(const velmo::fmm::FmmTree& tree, u64 degree)
   tasks_ = makeLeafTasks(costs);
 }
 
-void TargetOperators::apply(const velmo::fmm::FmmTree& tree, u64 potentialColumn,
-                            u64 gradientColumn, std::span<double> potential,
-                            std::span<double> field) const {
+void TargetOperators::apply(const tree::FmmTree& tree, u64 potentialColumn, u64 gradientColumn,
+                            std::span<double> potential, std::span<double> field) const {
   runLeafTasks(tasks_, [&](LeafTask task) {
-    DerivedExpansion expansion(table_.degree());
+    fmm::DerivedExpansion expansion(table_.degree());
     std::vector<double> sums;
     for (u64 i = task.first; i < task.end; ++i)
       applyToLeaf(tree, leaves_[i], potentialColumn, gradientColumn, expansion, sums, potential,
@@ -39,17 +38,18 @@ void TargetOperators::apply(const velmo::fmm::FmmTree& tree, u64 potentialColumn
   });
 }
 
-void TargetOperators::applyToLeaf(const velmo::fmm::FmmTree& tree, tree::BoxIndex leaf,
+void TargetOperators::applyToLeaf(const tree::FmmTree& tree, tree::BoxIndex leaf,
                                   u64 potentialColumn, u64 gradientColumn,
-                                  DerivedExpansion& expansion, std::vector<double>& sums,
+                                  fmm::DerivedExpansion& expansion, std::vector<double>& sums,
                                   std::span<double> potential, std::span<double> field) const {
   const auto& boxes = tree.tree();
-  const ExpansionKernel& kernel = expansionKernel();
+  const fmm::ExpansionKernel& kernel = fmm::expansionKernel();
   const double* const centres = tree.centres().data();
   const auto [first, n] = boxes.targetRanges()[leaf];
-  const ExpansionPoints points{x_.data() + first, y_.data() + first, z_.data() + first, n};
+  const fmm::ExpansionPoints points{x_.data() + first, y_.data() + first, z_.data() + first, n};
   sums.assign(4 * n, 0.0);
-  const ExpansionSums out{sums.data(), sums.data() + n, sums.data() + 2 * n, sums.data() + 3 * n};
+  const fmm::ExpansionSums out{sums.data(), sums.data() + n, sums.data() + 2 * n,
+                               sums.data() + 3 * n};
 
   const auto& local = boxes.boxes[leaf].local;
   expansion.setLocal(local.column(potentialColumn).values(), local.column(gradientColumn).values());
@@ -70,4 +70,4 @@ void TargetOperators::applyToLeaf(const velmo::fmm::FmmTree& tree, tree::BoxInde
   }
 }
 
-}  // namespace velmo::bem::fmm
+}  // namespace velmo::evaluator

@@ -7,7 +7,7 @@
 #include "io/Types.hpp"
 #include "tree/BoxLinks.hpp"
 
-namespace velmo::bem::fmm {
+namespace velmo::evaluator {
 
 /// A stretch of a list of boxes that one task works through.
 struct LeafTask {
@@ -22,4 +22,4 @@ struct LeafTask {
 /// Calls `work(task)` for all tasks on the pool's threads.
 void runLeafTasks(std::span<const LeafTask> tasks, const std::function<void(LeafTask)>& work);
 
-}  // namespace velmo::bem::fmm
+}  // namespace velmo::evaluator

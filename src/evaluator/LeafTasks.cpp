@@ -1,11 +1,11 @@
-#include "fmm/LeafTasks.hpp"
+#include "evaluator/LeafTasks.hpp"
 
 #include <algorithm>
 #include <numeric>
 
 #include "thread/ParallelFor.hpp"
 
-namespace velmo::bem::fmm {
+namespace velmo::evaluator {
 namespace {
 
 /// Enough tasks that the last ones even out what the estimates of the costs got wrong.
@@ -34,4 +34,4 @@ void runLeafTasks(std::span<const LeafTask> tasks, const std::function<void(Leaf
   thread::internal_::parallelForTP(tasks.begin(), tasks.end(), work);
 }
 
-}  // namespace velmo::bem::fmm
+}  // namespace velmo::evaluator

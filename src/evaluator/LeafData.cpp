@@ -1,11 +1,11 @@
-#include "bem/LeafData.hpp"
+#include "evaluator/LeafData.hpp"
 
 #include <algorithm>
 #include <string>
 
 #include "io/Exception.hpp"
 
-namespace velmo::bem {
+namespace velmo::evaluator {
 namespace {
 
 /// Place of a leaf in an ascending list.
@@ -22,7 +22,7 @@ u64 placeOf(std::span<const bits::Morton> leaves, bits::Morton leaf, const char*
 
 }  // namespace
 
-LeafElements::LeafElements(const tree::SrcTrgTree<velmo::fmm::Box<3>>& tree) {
+LeafElements::LeafElements(const tree::SrcTrgTree<fmm::Box<3>>& tree) {
   for (const tree::BoxIndex box : tree.nonHaloLeafPositions()) {
     if (!tree.boxes[box].hasSources()) continue;
     leaves_.push_back(tree.boxes[box].id);
@@ -41,4 +41,4 @@ tree::ObjectRange LeafDofs::of(bits::Morton leaf) const {
   return {first, dofOffsets_[elements.first + elements.count] - first};
 }
 
-}  // namespace velmo::bem
+}  // namespace velmo::evaluator

@@ -1,4 +1,4 @@
-#include "fmm/Convergence.hpp"
+#include "evaluator/Convergence.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -9,7 +9,7 @@
 #include "thread/ParallelFor.hpp"
 #include "thread/Ranges.hpp"
 
-namespace velmo::bem::fmm {
+namespace velmo::evaluator {
 namespace {
 
 /// A box parallel to the axes; the empty one holds no point.
@@ -54,7 +54,7 @@ struct Extent {
 struct Extents {
   explicit Extents(u64 numBoxes) : boxes(numBoxes), squaredRadii(numBoxes) {}
 
-  void finish(const velmo::fmm::FmmTree& tree) {
+  void finish(const tree::FmmTree& tree) {
     // Children stand behind their parents.
     for (u64 b = boxes.size(); b-- > 0;) {
       const tree::BoxIndex parent = tree.tree().links().parent[b];
@@ -67,7 +67,7 @@ struct Extents {
   std::vector<double> squaredRadii;
 };
 
-Extents sourceExtents(const velmo::fmm::FmmTree& tree, const grid::SurfaceElements& elements) {
+Extents sourceExtents(const tree::FmmTree& tree, const grid::SurfaceElements& elements) {
   Extents extents(tree.tree().boxes.size());
   for (const tree::BoxIndex leaf : tree.tree().leafPositions()) {
     const tree::ObjectRange range = tree.tree().sourceRanges()[leaf];
@@ -79,7 +79,7 @@ Extents sourceExtents(const velmo::fmm::FmmTree& tree, const grid::SurfaceElemen
   return extents;
 }
 
-Extents targetExtents(const velmo::fmm::FmmTree& tree) {
+Extents targetExtents(const tree::FmmTree& tree) {
   Extents extents(tree.tree().boxes.size());
   for (const tree::BoxIndex leaf : tree.tree().leafPositions()) {
     const tree::ObjectRange range = tree.tree().targetRanges()[leaf];
@@ -92,7 +92,7 @@ Extents targetExtents(const velmo::fmm::FmmTree& tree) {
 
 }  // namespace
 
-double slowestConvergence(const velmo::fmm::FmmTree& tree, const grid::SurfaceElements& elements) {
+double slowestConvergence(const tree::FmmTree& tree, const grid::SurfaceElements& elements) {
   using tree::ListKind;
   const Extents sources = sourceExtents(tree, elements);
   const Extents targets = targetExtents(tree);
@@ -108,7 +108,7 @@ double slowestConvergence(const velmo::fmm::FmmTree& tree, const grid::SurfaceEl
     return targets.squaredRadii[target] /
            sources.boxes[source].squaredDistance(centres + 3 * target);
   };
-  const auto slowestAt = [&](const velmo::fmm::Box<3>& box) {
+  const auto slowestAt = [&](const fmm::Box<3>& box) {
     double largest = 0.0;
     if (!box.hasTargets()) return largest;
     const auto target = static_cast<u64>(&box - boxes.data());
@@ -133,4 +133,4 @@ double slowestConvergence(const velmo::fmm::FmmTree& tree, const grid::SurfaceEl
                                    [](double a, double b) { return std::max(a, b); }));
 }
 
-}  // namespace velmo::bem::fmm
+}  // namespace velmo::evaluator

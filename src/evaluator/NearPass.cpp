@@ -1,10 +1,10 @@
-#include "fmm/NearPass.hpp"
+#include "evaluator/NearPass.hpp"
 
 #include "bem/NearTask.hpp"
 
-namespace velmo::bem::fmm {
+namespace velmo::evaluator {
 
-NearPass::NearPass(const velmo::fmm::FmmTree& tree, const NearFieldQuadrature& quadrature)
+NearPass::NearPass(const tree::FmmTree& tree, const bem::NearFieldQuadrature& quadrature)
     : tree_(&tree), quadrature_(&quadrature) {
   const auto& boxes = tree.tree();
   std::vector<double> costs;
@@ -21,7 +21,7 @@ NearPass::NearPass(const velmo::fmm::FmmTree& tree, const NearFieldQuadrature& q
   tasks_ = makeLeafTasks(costs);
 }
 
-void NearPass::apply(const SourceCharges& forPotential, const SourceCharges& forGradient,
+void NearPass::apply(const bem::SourceCharges& forPotential, const bem::SourceCharges& forGradient,
                      std::span<double> potential, std::span<double> field) const {
   const auto& boxes = tree_->tree();
   const std::span<const double> coordinates = tree_->targetCoordinates();
@@ -29,7 +29,7 @@ void NearPass::apply(const SourceCharges& forPotential, const SourceCharges& for
     for (u64 i = task.first; i < task.end; ++i) {
       const tree::BoxIndex leaf = leaves_[i];
       const auto [first, n] = boxes.targetRanges()[leaf];
-      NearTask near(*quadrature_, coordinates.subspan(3 * first, 3 * n));
+      bem::NearTask near(*quadrature_, coordinates.subspan(3 * first, 3 * n));
       for (const tree::BoxIndex source : boxes.boxes[leaf].positions(tree::ListKind::U)) {
         const tree::ObjectRange elements = boxes.sourceRanges()[source];
         near.run(elements.first, elements.first + elements.count, forPotential, forGradient);
@@ -39,4 +39,4 @@ void NearPass::apply(const SourceCharges& forPotential, const SourceCharges& for
   });
 }
 
-}  // namespace velmo::bem::fmm
+}  // namespace velmo::evaluator

@@ -1,24 +1,23 @@
-#include "fmm/SourceOperators.hpp"
+#include "evaluator/SourceOperators.hpp"
 
 #include "fmm/CoefficientIndex.hpp"
 #include "io/Exception.hpp"
 
-namespace velmo::bem::fmm {
-SourceOperators::SourceOperators(const velmo::fmm::FmmTree& tree,
-                                 const grid::SurfaceElements& elements,
+namespace velmo::evaluator {
+SourceOperators::SourceOperators(const tree::FmmTree& tree, const grid::SurfaceElements& elements,
                                  const fe::ShapeFunList<2, 3>& shapes, u64 leafQuadratureOrder,
                                  u64 degree)
     : elements_(&elements),
       rules_(quad::requireOrder(leafQuadratureOrder)),
       points_(elements, rules_),
       order_(shapes.order),
-      table_(requireDegree(degree)) {
+      table_(fmm::requireDegree(degree)) {
   shapes_.add(elements.shapes, shapes, rules_);
-  addLeaves(tree, dofOffsets(elements, shapes));
+  addLeaves(tree, bem::dofOffsets(elements, shapes));
   addReceivers(tree);
 }
 
-void SourceOperators::addLeaves(const velmo::fmm::FmmTree& tree, std::span<const u64> dofs) {
+void SourceOperators::addLeaves(const tree::FmmTree& tree, std::span<const u64> dofs) {
   const auto& boxes = tree.tree();
   std::vector<double> costs;
   for (const tree::BoxIndex leaf : boxes.nonHaloLeafPositions()) {
@@ -33,7 +32,7 @@ void SourceOperators::addLeaves(const velmo::fmm::FmmTree& tree, std::span<const
   leafTasks_ = makeLeafTasks(costs);
 }
 
-void SourceOperators::addReceivers(const velmo::fmm::FmmTree& tree) {
+void SourceOperators::addReceivers(const tree::FmmTree& tree) {
   const auto& boxes = tree.tree();
   std::vector<double> costs;
   for (tree::BoxIndex box = 0; box < boxes.boxes.size(); ++box) {
@@ -53,20 +52,20 @@ void SourceOperators::addReceivers(const velmo::fmm::FmmTree& tree) {
   }
 }
 
-ExpansionPoints SourceOperators::pointsOf(tree::ObjectRange range) const noexcept {
+fmm::ExpansionPoints SourceOperators::pointsOf(tree::ObjectRange range) const noexcept {
   const u64 first = points_.offsets[range.first];
   return {points_.x.data() + first, points_.y.data() + first, points_.z.data() + first,
           points_.offsets[range.first + range.count] - first};
 }
 
-void SourceOperators::apply(velmo::fmm::FmmTree& tree, u64 column,
+void SourceOperators::apply(tree::FmmTree& tree, u64 column,
                             std::span<const double> coefficients) const {
-  const std::vector<double> charges = chargesAtPoints(
-      *elements_, points_, weightedShapes(shapes_, order_, *elements_), coefficients);
-  const ExpansionKernel& kernel = expansionKernel();
+  const std::vector<double> charges = bem::chargesAtPoints(
+      *elements_, points_, bem::weightedShapes(shapes_, order_, *elements_), coefficients);
+  const fmm::ExpansionKernel& kernel = fmm::expansionKernel();
   auto& boxes = tree.tree();
   const double* const centres = tree.centres().data();
-  const u64 numScratch = translationScratch(table_.degree());
+  const u64 numScratch = fmm::translationScratch(table_.degree());
 
   runLeafTasks(leafTasks_, [&](LeafTask task) {
     std::vector<double> scratch(numScratch);
@@ -90,4 +89,4 @@ void SourceOperators::apply(velmo::fmm::FmmTree& tree, u64 column,
   });
 }
 
-}  // namespace velmo::bem::fmm
+}  // namespace velmo::evaluator

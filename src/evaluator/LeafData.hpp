@@ -7,12 +7,12 @@
 #include "io/Types.hpp"
 #include "tree/SrcTrgTree.hpp"
 
-namespace velmo::bem {
+namespace velmo::evaluator {
 
 /// The elements of the leaves: each leaf with sources has a stretch of the sorted element list.
 class LeafElements {
  public:
-  explicit LeafElements(const tree::SrcTrgTree<velmo::fmm::Box<3>>& tree);
+  explicit LeafElements(const tree::SrcTrgTree<fmm::Box<3>>& tree);
 
   /// @throws utility::RuntimeError "LeafElements box <id> not found: " and all boxes
   [[nodiscard]] tree::ObjectRange of(bits::Morton leaf) const;
@@ -28,7 +28,7 @@ class LeafElements {
 /// Degrees of freedom of the leaves, numbered from 0 in each leaf, element after element.
 class LeafDofs {
  public:
-  /// @param dofOffsets first coefficient of each sorted element and the end; refers to it
+  /// @param bem::dofOffsets first coefficient of each sorted element and the end; refers to it
   LeafDofs(const LeafElements& elements, std::span<const u64> dofOffsets)
       : elements_(&elements), dofOffsets_(dofOffsets) {}
 
@@ -41,4 +41,4 @@ class LeafDofs {
   std::span<const u64> dofOffsets_;
 };
 
-}  // namespace velmo::bem
+}  // namespace velmo::evaluator

@@ -3,7 +3,7 @@
 #include "grid/SurfaceElements.hpp"
 #include "tree/FmmTree.hpp"
 
-namespace velmo::bem::fmm {
+namespace velmo::evaluator {
 
 /// The slowest convergence among the pairs of boxes that meet by expansions.
 ///
@@ -19,7 +19,7 @@ namespace velmo::bem::fmm {
 ///
 /// @param elements the sources in tree order
 /// @return the largest R / d of all lists V, W and X; infinite where d is 0
-[[nodiscard]] double slowestConvergence(const velmo::fmm::FmmTree& tree,
+[[nodiscard]] double slowestConvergence(const tree::FmmTree& tree,
                                         const grid::SurfaceElements& elements);
 
-}  // namespace velmo::bem::fmm
+}  // namespace velmo::evaluator

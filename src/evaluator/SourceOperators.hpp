@@ -4,16 +4,15 @@
 #include <span>
 #include <vector>
 
-#include "bem/ElementCharges.hpp"
 #include "bem/ElementPoints.hpp"
+#include "evaluator/LeafTasks.hpp"
 #include "fe/ShapeCache.hpp"
 #include "fmm/ExpansionKernel.hpp"
-#include "fmm/LeafTasks.hpp"
 #include "grid/SurfaceElements.hpp"
 #include "quad/SurfaceRuleSet.hpp"
 #include "tree/FmmTree.hpp"
 
-namespace velmo::bem::fmm {
+namespace velmo::evaluator {
 
 /// From the coefficients of a density to expansions: the moments of each leaf about its centre, and
 /// local expansions of the leaves in lists X about the centres of the receiving boxes.
@@ -24,13 +23,13 @@ class SourceOperators {
  public:
   /// @throws utility::RuntimeError "0-th order not allowed" for quadrature order 0,
   ///   "Expansion degree must be >= 2", "Failed to insert regular operator"
-  SourceOperators(const velmo::fmm::FmmTree& tree, const grid::SurfaceElements& elements,
+  SourceOperators(const tree::FmmTree& tree, const grid::SurfaceElements& elements,
                   const fe::ShapeFunList<2, 3>& shapes, u64 leafQuadratureOrder, u64 degree);
 
   /// Adds moments to column `column` of the multipoles of all leaves with sources (P2M), and local
   /// expansions to that of all boxes with lists X (P2L).
   /// @param coefficients element after element in sorted order
-  void apply(velmo::fmm::FmmTree& tree, u64 column, std::span<const double> coefficients) const;
+  void apply(tree::FmmTree& tree, u64 column, std::span<const double> coefficients) const;
 
   /// The most degrees of freedom of a leaf.
   [[nodiscard]] u64 maxDofs() const noexcept { return maxDofs_; }
@@ -42,16 +41,16 @@ class SourceOperators {
     tree::BoxIndex box;
   };
 
-  void addLeaves(const velmo::fmm::FmmTree& tree, std::span<const u64> dofOffsets);
-  void addReceivers(const velmo::fmm::FmmTree& tree);
-  [[nodiscard]] ExpansionPoints pointsOf(tree::ObjectRange range) const noexcept;
+  void addLeaves(const tree::FmmTree& tree, std::span<const u64> dofOffsets);
+  void addReceivers(const tree::FmmTree& tree);
+  [[nodiscard]] fmm::ExpansionPoints pointsOf(tree::ObjectRange range) const noexcept;
 
   const grid::SurfaceElements* elements_;
   quad::SurfaceRuleSet rules_;
-  ElementPoints points_;
+  bem::ElementPoints points_;
   fe::ShapeCache shapes_;
   u64 order_;  ///< of the density
-  RecursionTable table_;
+  fmm::RecursionTable table_;
   u64 maxDofs_ = 0;
   std::vector<tree::BoxIndex> leaves_;  ///< with sources
   std::vector<LeafTask> leafTasks_;
@@ -59,4 +58,4 @@ class SourceOperators {
   std::vector<LeafTask> receiverTasks_;
 };
 
-}  // namespace velmo::bem::fmm
+}  // namespace velmo::evaluator

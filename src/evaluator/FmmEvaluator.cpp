@@ -1,0 +1,111 @@
+#include "evaluator/FmmEvaluator.hpp"
+
+#include <algorithm>
+
+#include "evaluator/Convergence.hpp"
+#include "fmm/CoefficientIndex.hpp"
+#include "io/Exception.hpp"
+#include "tree/LocallyEssentialTree.hpp"
+
+namespace velmo::evaluator {
+
+FmmEvaluator::FmmEvaluator(tree::FmmTree& tree, std::pair<u64, u64> orders,
+                           const bem::fmm::Settings& settings,
+                           const bem::EvalQuadratureSettings& quadrature, comm::Comm comm)
+    : comm_(comm),
+      tree_(&tree),
+      gradientShapes_(orders.second),
+      potentialShapes_(orders.first),
+      gradientDofs_(fe::elementDofs(tree.sourceGrid().topology, gradientShapes_)),
+      potentialDofs_(fe::elementDofs(tree.sourceGrid().topology, potentialShapes_)),
+      elements_(grid::surfaceElements(tree.sourceGrid().topology, tree.sourceGrid().geometry)),
+      potentialSources_(tree, elements_, potentialShapes_, settings.leafQuadratureOrder,
+                        settings.degree),
+      transfer_(bem::LaplaceFundSol<3>{}, settings.degree, tree.boundingBox().size()),
+      plan_(tree.tree()),
+      targets_(tree, settings.degree),
+      nearQuadrature_(elements_, gradientShapes_, potentialShapes_, quadrature),
+      nearPass_(tree, nearQuadrature_) {
+  if (orders.first != orders.second)
+    gradientSources_.emplace(tree, elements_, gradientShapes_, settings.leafQuadratureOrder,
+                             settings.degree);
+  clearExpansions(gradientSources_ ? 2 : 1);
+  fmm::CommunicateMoments::initialize(tree.tree(), comm_);
+}
+
+double FmmEvaluator::convergenceRatio() const { return slowestConvergence(*tree_, elements_); }
+
+bool FmmEvaluator::oneDensity(const sparse::ParVec& gradientDensity,
+                              const sparse::ParVec& potentialDensity) const {
+  return !gradientSources_ && gradientDensity.local.data == potentialDensity.local.data;
+}
+
+void FmmEvaluator::clearExpansions(u64 numColumns) {
+  auto& boxes = tree_->tree().boxes;
+  const u64 rows = fmm::numCoefficients(transfer_.degree());
+  const u64 perBox = rows * numColumns;
+  multipoleStorage_.assign(perBox * boxes.size(), 0.0);
+  localStorage_.assign(perBox * boxes.size(), 0.0);
+  if (numColumns_ == numColumns) return;
+  numColumns_ = numColumns;
+  for (u64 b = 0; b < boxes.size(); ++b) {
+    boxes[b].multipole = {multipoleStorage_.data() + b * perBox, rows, numColumns};
+    boxes[b].local = {localStorage_.data() + b * perBox, rows, numColumns};
+  }
+}
+
+void FmmEvaluator::sourcesToExpansions(sparse::ParVec& gradientDensity,
+                                       sparse::ParVec& potentialDensity) {
+  potentialSources_.apply(*tree_, 0, potentialDensity.local.values());
+  if (numColumns_ > 1)
+    (gradientSources_ ? *gradientSources_ : potentialSources_)
+        .apply(*tree_, gradientColumn(), gradientDensity.local.values());
+}
+
+void FmmEvaluator::upwardPass() {
+  auto& tree = tree_->tree();
+  if (tree.numLevels <= 2) return;
+  for (u64 level = tree.numLevels - 2; level >= 2; --level) transfer_.m2mLevel(tree, level);
+}
+
+void FmmEvaluator::conversionPass() { transfer_.m2lConversion(tree_->tree(), plan_); }
+
+void FmmEvaluator::downwardPass() {
+  auto& tree = tree_->tree();
+  if (tree.numLevels <= 2) return;
+  for (u64 level = 1; level <= tree.numLevels - 2; ++level) transfer_.l2lLevel(tree, level);
+}
+
+void FmmEvaluator::expansionsToTargets(sparse::ParVec& field, sparse::ParVec& potential) {
+  targets_.apply(*tree_, 0, gradientColumn(), potential.local.values(), field.local.values());
+}
+
+void FmmEvaluator::nearPass(sparse::ParVec& gradientDensity, sparse::ParVec& potentialDensity,
+                            sparse::ParVec& field, sparse::ParVec& potential) {
+  const bem::SourceCharges forPotential =
+      nearQuadrature_.potentialCharges(potentialDensity.local.values());
+  if (oneDensity(gradientDensity, potentialDensity)) {
+    nearPass_.apply(forPotential, forPotential, potential.local.values(), field.local.values());
+    return;
+  }
+  const bem::SourceCharges forGradient =
+      nearQuadrature_.gradientCharges(gradientDensity.local.values());
+  nearPass_.apply(forPotential, forGradient, potential.local.values(), field.local.values());
+}
+
+void FmmEvaluator::apply(std::pair<sparse::ParVec&, sparse::ParVec&> sources,
+                         std::pair<sparse::ParVec&, sparse::ParVec&> targets) {
+  auto& [gradientDensity, potentialDensity] = sources;
+  auto& [field, potential] = targets;
+  gradientDensity.scattered = true;
+  potentialDensity.scattered = true;
+  clearExpansions(oneDensity(gradientDensity, potentialDensity) ? 1 : 2);
+  sourcesToExpansions(gradientDensity, potentialDensity);
+  upwardPass();
+  conversionPass();
+  downwardPass();
+  expansionsToTargets(field, potential);
+  nearPass(gradientDensity, potentialDensity, field, potential);
+}
+
+}  // namespace velmo::evaluator
