@@ -18,7 +18,7 @@ constexpr const char* kTable = R"(
     io cli thread comm bits math linalg
     conf topo sparse
     quad sfun grid
-    h5 fe tree quad_subdivision
+    h5 fe tree
     fmm bem fmm_evaluator
     app orvanta.post
 )";
