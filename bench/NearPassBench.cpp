@@ -78,7 +78,10 @@ struct NearPoints {
     for (u64 e = 0; e < leaf.elements.numElements(); ++e) {
       if (!leaf.isNear(target, e)) continue;
       const grid::ElementGeometry element = leaf.element(e);
-      rule.initialize({at[0], at[1], at[2]}, element, leaf.elements.sizes[e]);
+      rule.initialize({at[0], at[1], at[2]}, {element.shape(), leaf.elements.sizes[e],
+                                              [&](geom::ReferencePoints points, double* out) {
+                                                element.positions(points, out);
+                                              }});
       std::vector<double> positions(3 * rule.numPoints());
       element.positions({rule.points().data(), 2 * rule.numPoints()}, positions.data());
       for (u64 q = 0; q < rule.numPoints(); ++q) {

@@ -43,9 +43,12 @@ grid::GridData flatTriangle() {
 
 /// One flat triangle of size h = sqrt(2 area).
 struct FlatTriangle {
-  [[nodiscard]] grid::ElementGeometry element() const {
+  [[nodiscard]] quad::MappedElement element() const {
     const std::vector<u64> vertices{0, 1, 2};
-    return geometry.element(vertices, 0);
+    return {elements.shapes[0], elements.sizes[0],
+            [map = geometry.element(vertices, 0)](geom::ReferencePoints points, double* out) {
+              map.positions(points, out);
+            }};
   }
 
   /// A point off the barycentre, `distance` element sizes above the plane.
@@ -76,7 +79,7 @@ void subdividedRule(benchmark::State& state) {
   const auto target = triangle.target(heightOf(state));
   quad::RecursiveQuadrature rule(kRuleOrder, kMinRelDist, bem::kSubdivisionLevels);
   for (auto _ : state) {
-    rule.initialize(target, element, triangle.elements.sizes[0]);
+    rule.initialize(target, element);
     benchmark::DoNotOptimize(rule.points().data());
   }
   state.counters["cells"] = static_cast<double>(rule.cells().size());
@@ -98,7 +101,7 @@ void subdividedSum(benchmark::State& state) {
     benchmark::ClobberMemory();
   }
   quad::RecursiveQuadrature rule(kRuleOrder, kMinRelDist, bem::kSubdivisionLevels);
-  rule.initialize(target, triangle.element(), triangle.elements.sizes[0]);
+  rule.initialize(target, triangle.element());
   state.counters["cells"] = static_cast<double>(rule.cells().size());
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(rule.numPoints()));
 }

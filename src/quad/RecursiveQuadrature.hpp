@@ -1,15 +1,26 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <span>
 #include <vector>
 
-#include "grid/ElementGeometry.hpp"
 #include "io/Types.hpp"
 #include "quad/CellMap.hpp"
 #include "quad/SurfaceRuleSet.hpp"
+#include "topo/CoordinateSpan.hpp"
+#include "topo/ReferenceElement.hpp"
 
 namespace velmo::quad {
+
+/// A surface element as the subdivision sees it. The element itself may lie anywhere: only the
+/// distance of its points to the target is measured.
+struct MappedElement {
+  topo::ReferenceType kind;  ///< triangle or quadrilateral
+  double size;               ///< h = sqrt(2 area), in the unit of the target
+  /// Writes the images of reference points, shape (numPoints, 3), row-major.
+  std::function<void(geom::ReferencePoints, double*)> positions;
+};
 
 /// Quadrature rule for one pair of target point and element: the reference element is split into a
 /// quadtree of similar cells, refined towards the target, with the ordinary rule on every leaf
@@ -17,7 +28,7 @@ namespace velmo::quad {
 ///
 /// A cell c of level L is a leaf when |x - y(T_c(m))| / (2^-L h) exceeds `minRelDist` or L reaches
 /// `maxLevel`; x is the target, y the geometry map, T_c the map of the cell, m the reference
-/// barycentre and h = sqrt(2 area) the size of the element.
+/// barycentre and h the size of the element.
 ///
 /// One object per thread; the result is valid until the next `initialize`.
 class RecursiveQuadrature {
@@ -27,11 +38,7 @@ class RecursiveQuadrature {
 
   /// Computes the rule for `target` and `element`.
   /// @throws utility::RuntimeError "Reference element is not a surface element"
-  void initialize(const std::array<double, 3>& target, const grid::ElementGeometry& element);
-
-  /// The same with the element's size h known already.
-  void initialize(const std::array<double, 3>& target, const grid::ElementGeometry& element,
-                  double size);
+  void initialize(const std::array<double, 3>& target, const MappedElement& element);
 
   [[nodiscard]] bool initialized() const noexcept { return initialized_; }
   [[nodiscard]] u64 numPoints() const noexcept { return numPoints_; }
@@ -47,9 +54,8 @@ class RecursiveQuadrature {
 
  private:
   [[nodiscard]] double distanceRatio(CellCode code, const std::array<double, 3>& target,
-                                     const grid::ElementGeometry& element, double size) const;
-  void collect(const std::array<double, 3>& target, const grid::ElementGeometry& element,
-               double size);
+                                     const MappedElement& element) const;
+  void collect(const std::array<double, 3>& target, const MappedElement& element);
 
   SurfaceRuleSet rules_;
   double minRelDist_;

@@ -47,6 +47,13 @@ struct OneElement {
   grid::GridData data;
 };
 
+/// The element as the subdivided rule takes it; refers to `element`.
+quad::MappedElement mapped(const grid::ElementGeometry& element, double size) {
+  return {element.shape(), size, [&element](geom::ReferencePoints points, double* out) {
+            element.positions(points, out);
+          }};
+}
+
 struct World {
   World(u64 type, double bend, u64 densityOrder, EvalQuadratureSettings settings)
       : element(type, bend),
@@ -111,7 +118,8 @@ struct World {
       const std::vector<u64> vertices(element.data.connectivity.begin(),
                                       element.data.connectivity.begin() +
                                           static_cast<std::ptrdiff_t>(topology.vertexCounts[0]));
-      rule.initialize({target[0], target[1], target[2]}, geometry.element(vertices, 0));
+      const grid::ElementGeometry map = geometry.element(vertices, 0);
+      rule.initialize({target[0], target[1], target[2]}, mapped(map, elements.sizes[0]));
       return sumOverRule(target, rule.points(), rule.weights());
     }
     const quad::SurfaceRuleSet rules(order);
@@ -191,7 +199,7 @@ std::array<double, 4> refinedIntegral(const World& world, const double* target) 
                                   world.element.data.connectivity.begin() +
                                       static_cast<std::ptrdiff_t>(world.topology.vertexCounts[0]));
   const grid::ElementGeometry map = world.geometry.element(vertices, 0);
-  rule.initialize({target[0], target[1], target[2]}, map);
+  rule.initialize({target[0], target[1], target[2]}, mapped(map, world.elements.sizes[0]));
   const u64 n = rule.numPoints();
   const u64 numShapes = world.coefficients.size();
   std::vector<double> positions(3 * n);

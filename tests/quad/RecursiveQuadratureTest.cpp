@@ -8,8 +8,6 @@
 #include <random>
 #include <vector>
 
-#include "grid/ElementTypes.hpp"
-#include "grid/TopologyOf.hpp"
 #include "io/Exception.hpp"
 #include "support/ExpectThrow.hpp"
 
@@ -21,32 +19,19 @@ constexpr double kEps = std::numeric_limits<double>::epsilon();
 using topo::ReferenceType;
 using Point = std::array<double, 3>;
 
-/// One element with the nodes of its reference element in the plane z = 0.
-class FlatElement {
- public:
-  explicit FlatElement(u64 type) {
-    const ReferenceType shape = grid::referenceTypeOf(type);
-    const topo::NodePoints nodes = topo::nodePoints(shape, 1);
-    data_.numElements = 1;
-    data_.numNodes = nodes.count;
-    data_.elementTypes = {type};
-    data_.elementTags = {0};
-    data_.offsets = {0, nodes.count};
-    for (u64 k = 0; k < nodes.count; ++k) {
-      data_.nodeIds.push_back(k);
-      data_.connectivity.push_back(k);
-      data_.coordinates.insert(data_.coordinates.end(),
-                               {nodes.points[2 * k], nodes.points[2 * k + 1], 0.0});
-    }
-  }
+/// The reference element itself in the plane z = 0, of size 1 for the triangle.
+MappedElement flatElement(ReferenceType kind) {
+  return {kind, kind == ReferenceType::Triangle ? 1.0 : std::sqrt(2.0),
+          [](geom::ReferencePoints points, double* out) {
+            for (u64 q = 0; q < points.numPoints(); ++q, out += 3) {
+              out[0] = points(q, 0);
+              out[1] = points(q, 1);
+              out[2] = 0.0;
+            }
+          }};
+}
 
-  [[nodiscard]] grid::ElementGeometry geometry() const {
-    return grid::surfaceGeometry(data_).element(data_.connectivity, 0);
-  }
-
- private:
-  grid::GridData data_;
-};
+constexpr std::array kKinds{ReferenceType::Triangle, ReferenceType::Quadrilateral};
 
 double referenceArea(ReferenceType shape) { return shape == ReferenceType::Triangle ? 0.5 : 1.0; }
 
@@ -84,8 +69,8 @@ TEST(CellMap, PutsTheChildrenAtVerticesAndInTheMiddle) {
 
 /// Each random point of the reference element lies in exactly one cell of every result.
 TEST(RecursiveQuadrature, TilesTheElementWithoutOverlap) {
-  for (const u64 type : {203, 304}) {
-    const grid::ElementGeometry element = FlatElement(type).geometry();
+  for (const ReferenceType kind : kKinds) {
+    const MappedElement element = flatElement(kind);
     RecursiveQuadrature rule(5, 1.0, 5);
     for (const Point& target : kTargets) {
       rule.initialize(target, element);
@@ -94,25 +79,26 @@ TEST(RecursiveQuadrature, TilesTheElementWithoutOverlap) {
       std::uniform_real_distribution<double> uniform(0.0, 1.0);
       for (int sample = 0; sample < 200; ++sample) {
         const double x = uniform(random);
-        const double y = uniform(random) * (type == 203 ? x : 1.0);
+        const double y = uniform(random) * (kind == ReferenceType::Triangle ? x : 1.0);
         int holders = 0;
         for (const CellCode code : rule.cells()) {
-          const CellMap map = cellMap(element.shape(), code);
+          const CellMap map = cellMap(element.kind, code);
           const double u = (x - map.tx) / map.a00;
           const double v = (y - map.ty) / map.a11;
-          const bool inside = type == 203 ? (0.0 < v && v < u && u < 1.0)
-                                          : (0.0 < u && u < 1.0 && 0.0 < v && v < 1.0);
+          const bool inside = kind == ReferenceType::Triangle
+                                  ? (0.0 < v && v < u && u < 1.0)
+                                  : (0.0 < u && u < 1.0 && 0.0 < v && v < 1.0);
           holders += inside ? 1 : 0;
         }
-        EXPECT_EQ(holders, 1) << "type " << type << " at " << x << ", " << y;
+        EXPECT_EQ(holders, 1) << "kind " << static_cast<int>(kind) << " at " << x << ", " << y;
       }
     }
   }
 }
 
 TEST(RecursiveQuadrature, KeepsTheAreaAndTheBoundOnCells) {
-  for (const u64 type : {203, 304}) {
-    const grid::ElementGeometry element = FlatElement(type).geometry();
+  for (const ReferenceType kind : kKinds) {
+    const MappedElement element = flatElement(kind);
     for (const double minRelDist : {0.5, 1.0, 2.0, 1e9}) {
       for (const u64 maxLevel : {0, 3, 5}) {
         RecursiveQuadrature rule(5, minRelDist, maxLevel);
@@ -122,7 +108,7 @@ TEST(RecursiveQuadrature, KeepsTheAreaAndTheBoundOnCells) {
           double sum = 0.0;
           for (const double weight : rule.weights()) sum += weight;
           // One rounding per addition, and the tables' 15 digits.
-          EXPECT_NEAR(sum, referenceArea(element.shape()),
+          EXPECT_NEAR(sum, referenceArea(element.kind),
                       kEps * static_cast<double>(16 + rule.numPoints()));
           EXPECT_LE(rule.cells().size(), u64{1} << (2 * maxLevel));
           EXPECT_EQ(rule.numPoints() * 2, rule.points().size());
@@ -142,7 +128,7 @@ TEST(RecursiveQuadrature, KeepsTheAreaAndTheBoundOnCells) {
 /// A target at the image of the barycentre stays at the centre of the inverted child of every
 /// level.
 TEST(RecursiveQuadrature, RefinesOnlyTheInnermostChildForACentredTarget) {
-  const grid::ElementGeometry element = FlatElement(203).geometry();
+  const MappedElement element = flatElement(ReferenceType::Triangle);
   // The three outer children of each level have their centres 2/3 of a vertex distance away.
   RecursiveQuadrature rule(1, 0.4, 5);
 
@@ -157,7 +143,7 @@ TEST(RecursiveQuadrature, RefinesOnlyTheInnermostChildForACentredTarget) {
 /// int over the unit square of 1/|x - y| for x above its centre, from the closed form of a
 /// rectangle.
 TEST(RecursiveQuadrature, ConvergesToAnAlmostSingularIntegral) {
-  const grid::ElementGeometry element = FlatElement(304).geometry();
+  const MappedElement element = flatElement(ReferenceType::Quadrilateral);
   const double z = 0.05;
   // Four rectangles of sides 1/2: a ln terms minus z times an angle each.
   const double a = 0.5;
