@@ -1,89 +1,88 @@
 #include "bem/DofTransfer.hpp"
 
-#include <array>
-#include <numeric>
-#include <vector>
+#include <algorithm>
+#include <cassert>
+#include <utility>
 
-#include "comm/Exchange.hpp"
 #include "io/CheckedAccess.hpp"
 #include "io/Exception.hpp"
-#include "sparse/Assemble.hpp"
 #include "topo/Ownership.hpp"
 
 namespace velmo::bem {
 namespace {
 
-/// Words in front of an element's degrees of freedom: its number and their count.
-constexpr u64 kHeader = 2;
+using sparse::IndexLayout;
+using sparse::ParVec;
 
-/// Room for the degrees of freedom of any element.
+/// Room for the degrees of freedom of any element: its own, those of four vertices and four edges.
 std::vector<u64> dofBuffer(const fe::DofData& dofs) {
-  u64 most = 0;
-  for (const auto kind : {topo::ReferenceType::Point, topo::ReferenceType::Triangle,
-                          topo::ReferenceType::Quadrilateral})
-    most = std::max(most, dofs.counts().numDofs(kind));
-  return std::vector<u64>(most + 4 * dofs.counts().numDofs(topo::ReferenceType::Point) +
-                          4 * dofs.counts().numDofs(topo::ReferenceType::Line));
+  using topo::ReferenceType;
+  const auto count = [&](ReferenceType kind) { return dofs.counts().numDofs(kind); };
+  const u64 own = std::max(count(ReferenceType::Triangle), count(ReferenceType::Quadrilateral));
+  return std::vector<u64>(std::max(own, count(ReferenceType::Point)) +
+                          4 * count(ReferenceType::Point) + 4 * count(ReferenceType::Line));
 }
 
-/// Per rank, one run per element: number, count, degrees of freedom.
-template <u64 Dim>
-std::vector<u64> packElements(const topo::Grid<Dim>& grid, const fe::DofData& dofs,
-                              const topo::Ownership& owned, const ElementMap& destination,
-                              std::vector<u64>& counts) {
-  std::vector<u64> buffer = dofBuffer(dofs);
-  std::vector<u64> rankOf(grid.numElements(), kNone);
-  for (u64 e = 0; e < grid.numElements(); ++e) {
-    if (!owned.isOwned(e)) continue;
-    rankOf[e] = destination(e);
-    utility::checkedAt(counts, rankOf[e]) += kHeader + dofs.dofsOfEntity(grid, e, buffer);
-  }
-  std::vector<u64> next(counts.size());
-  std::exclusive_scan(counts.begin(), counts.end(), next.begin(), u64{0});
-  std::vector<u64> runs(std::reduce(counts.begin(), counts.end(), u64{0}));
-  for (u64 e = 0; e < grid.numElements(); ++e) {
-    if (rankOf[e] == kNone) continue;
-    const u64 numDofs = dofs.dofsOfEntity(grid, e, buffer);
-    u64& place = next[rankOf[e]];
-    runs[place++] = e;
-    runs[place++] = numDofs;
-    for (u64 i = 0; i < numDofs; ++i) runs[place++] = buffer[i];
-  }
-  return runs;
+/// Refuses a vector whose remote part is valid already, and closes the product on it: one rank has
+/// no remote part that would have to be filled or sent.
+void useOnce(ParVec& in) {
+  if (in.scattered) throw utility::RuntimeError("ParVec is already scattered");
+  in.remote.zero();
 }
 
 }  // namespace
+
+DofTransfer::DofTransfer(comm::Comm comm, std::vector<u64> columnOfRow)
+    : ParMatrixBase(IndexLayout(comm, columnOfRow.size()), IndexLayout(comm, columnOfRow.size())),
+      columnOfRow_(std::move(columnOfRow)) {}
+
+void DofTransfer::matMult(ParVec& in, ParVec& out, double alpha) const {
+  useOnce(in);
+  const double* const from = in.local.data;
+  double* const to = out.local.data;
+  for (u64 row = 0; row < columnOfRow_.size(); ++row) to[row] += alpha * from[columnOfRow_[row]];
+}
+
+void DofTransfer::matMultTrans(ParVec& in, ParVec& out, double alpha) const {
+  useOnce(in);
+  const double* const from = in.local.data;
+  double* const to = out.local.data;
+  for (u64 row = 0; row < columnOfRow_.size(); ++row) to[columnOfRow_[row]] += alpha * from[row];
+}
+
+void DofTransfer::matMultConjTrans(ParVec& in, ParVec& out, double alpha) const {
+  matMultTrans(in, out, alpha);
+}
+
+void DofTransfer::getDiagonal(linalg::MatrixView<double, -1, 1, 1> out) const {
+  if (out.size < columnOfRow_.size()) throw utility::RuntimeError("Provided storage too small");
+  for (u64 row = 0; row < columnOfRow_.size(); ++row)
+    out.data[row] = columnOfRow_[row] == row ? 1.0 : 0.0;
+}
 
 template <u64 Dim>
 DofTransfer makeDofTransfer(const topo::Grid<Dim>& fromGrid, const topo::Grid<Dim>& toGrid,
                             const fe::DofData& fromDofs, const fe::DofData& toDofs,
                             const ElementMap& destination, const ElementMap& elementInTarget) {
-  const topo::Ownership& owned = topo::requireOwnerships(fromGrid.ownerships)[0];
-  const comm::Comm comm = owned.communicator();
-  const sparse::IndexLayout rows(comm, toDofs.numDofs());
-  const sparse::IndexLayout cols(comm, fromDofs.numDofs());
+  const comm::Comm comm = topo::requireOwnerships(fromGrid.ownerships)[0].communicator();
   if (fromDofs.feOrder != toDofs.feOrder)
     throw utility::RuntimeError("FE degrees don't match as they have to");
 
-  std::vector<u64> counts(static_cast<u64>(comm::size(comm)), 0);
-  const std::vector<u64> sent = packElements(fromGrid, fromDofs, owned, destination, counts);
-  const auto received = comm::exchangeRuns<u64>(comm, sent, counts);
-
-  std::vector<sparse::Triple> triples;
-  triples.reserve(fromDofs.numDofs());
-  std::vector<u64> buffer = dofBuffer(toDofs);
-  for (const u64* run = received.buffer.data();
-       run != received.buffer.data() + received.buffer.size();) {
-    const u64 numDofs = run[1];
-    const u64 target = elementInTarget(run[0]);
-    if (toDofs.dofsOfEntity(toGrid, target, buffer) != numDofs)
+  constexpr int kOnlyRank = 0;
+  const std::vector<int> ranks(static_cast<u64>(comm::size(comm)), kOnlyRank);
+  std::vector<u64> columnOfRow(toDofs.numDofs(), kNone);
+  std::vector<u64> from = dofBuffer(fromDofs);
+  std::vector<u64> to = dofBuffer(toDofs);
+  for (u64 e = 0; e < fromGrid.numElements(); ++e) {
+    (void)utility::checkedAt(ranks, destination(e));
+    const u64 numDofs = fromDofs.dofsOfEntity(fromGrid, e, from);
+    if (toDofs.dofsOfEntity(toGrid, elementInTarget(e), to) != numDofs)
       throw utility::RuntimeError("From/To element have different number of DOFs");
     // Both lists name the vertices' dofs first, then the edges', then the element's own.
-    for (u64 i = 0; i < numDofs; ++i)
-      if (rows.owns(buffer[i])) triples.push_back({buffer[i], run[kHeader + i], 1.0});
-    run += kHeader + numDofs;
+    for (u64 i = 0; i < numDofs; ++i) columnOfRow[to[i]] = from[i];
   }
-  return sparse::assemble(rows, cols, std::move(triples));
+  assert(std::ranges::find(columnOfRow, kNone) == columnOfRow.end());
+  return {comm, std::move(columnOfRow)};
 }
 
 template DofTransfer makeDofTransfer<0>(const topo::Grid<0>&, const topo::Grid<0>&,

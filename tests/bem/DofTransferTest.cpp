@@ -68,37 +68,52 @@ sparse::ParVec viewOf(std::vector<double>& values) {
           linalg::MatrixView<double, -1, 1>(std::span<double>(values))};
 }
 
-/// Every row and every column has one entry, 1, and the transposed matrix is the inverse.
-void expectPermutation(const DofTransfer& transfer) {
-  const u64 n = transfer.rowLayout.globalSize();
-  ASSERT_EQ(transfer.colLayout.globalSize(), n);
-  std::vector<u64> columns;
-  for (u64 row = 0; row < n; ++row) {
-    const auto entries = transfer.blocks[0].getRow(row);
-    ASSERT_EQ(entries.colIds.size(), 1U);
-    EXPECT_EQ(entries.values[0], 1.0);
-    columns.push_back(entries.colIds[0]);
-  }
-  std::sort(columns.begin(), columns.end());
-  for (u64 i = 0; i < n; ++i) EXPECT_EQ(columns[i], i);
+/// The same entries in a matrix of four blocks, which makes no use of their being a permutation.
+sparse::csr::ParMatrix<double> blockMatrix(const DofTransfer& transfer) {
+  const std::vector<u64>& columns = transfer.columnOfRow();
+  sparse::csr::ParMatrix<double> matrix(transfer.rowLayout, transfer.colLayout);
+  std::vector<u64> rows(columns.size());
+  std::iota(rows.begin(), rows.end(), u64{0});
+  matrix.allocate(rows, columns);
+  const double one = 1.0;
+  for (const u64& row : rows)
+    matrix.addValues({&row, 1}, {&columns[row], 1},
+                     linalg::MatrixView<const double, -1, -1, 1>(&one, 1, 1));
+  return matrix;
+}
 
-  std::vector<double> start(n);
+/// The transfer reaches every column once and multiplies as the general matrix does.
+void expectPermutation(const DofTransfer& transfer) {
+  std::vector<u64> columns = transfer.columnOfRow();
+  std::sort(columns.begin(), columns.end());
+  for (u64 i = 0; i < columns.size(); ++i) ASSERT_EQ(columns[i], i);
+
+  const sparse::csr::ParMatrix<double> matrix = blockMatrix(transfer);
+  std::vector<double> start(columns.size());
   std::iota(start.begin(), start.end(), 1.0);
-  std::vector<double> there(n, 0.0);
-  std::vector<double> back(n, 0.0);
-  auto in = viewOf(start);
-  auto moved = viewOf(there);
-  auto out = viewOf(back);
-  transfer.matMult(in, moved, 1.0);
-  moved.scattered = false;
-  transfer.matMultTrans(moved, out, 1.0);
-  EXPECT_EQ(back, start);
+  using Base = sparse::ParMatrixBase<double>;
+  for (const auto product : {&Base::matMult, &Base::matMultTrans, &Base::matMultConjTrans}) {
+    std::vector<double> results[2] = {std::vector<double>(start.size(), 0.5),
+                                      std::vector<double>(start.size(), 0.5)};
+    for (const bool general : {false, true}) {
+      auto in = viewOf(start);
+      auto out = viewOf(results[general ? 1 : 0]);
+      ((general ? static_cast<const Base&>(matrix) : transfer).*product)(in, out, -2.0);
+      EXPECT_FALSE(in.scattered);
+      in.scattered = true;
+      test::expectThrow<utility::RuntimeError>([&] { (transfer.*product)(in, out, 1.0); },
+                                               "ParVec is already scattered");
+    }
+    EXPECT_EQ(results[0], results[1]);
+  }
+  std::vector<double> diagonals[2] = {start, start};
+  transfer.getDiagonal(viewOf(diagonals[0]).local);
+  matrix.getDiagonal(viewOf(diagonals[1]).local);
+  EXPECT_EQ(diagonals[0], diagonals[1]);
 }
 
 /// Column of the entry of a row.
-u64 columnOf(const DofTransfer& transfer, u64 row) {
-  return transfer.blocks[0].getRow(row).colIds[0];
-}
+u64 columnOf(const DofTransfer& transfer, u64 row) { return transfer.columnOfRow()[row]; }
 
 TEST(DofTransfer, FollowsShuffledElementsOfBothShapes) {
   const u64 n = 41;
