@@ -58,8 +58,6 @@ class NormRatioTable {
   std::vector<double> values_;
 };
 
-class NormRatioTable;
-
 /// The matrices of one polar angle, real and folded.
 ///
 /// A rotated coefficient is y(n, k) = sum over -n <= j <= n of A(k, j) x(n, j). With

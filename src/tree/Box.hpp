@@ -83,15 +83,15 @@ class Orthant<3> : public tree::Orthant<3> {
   Orthant() = default;
   explicit Orthant(const tree::Orthant<3>& orthant) : tree::Orthant<3>(orthant) {}
 
+  /// The lists as identifiers, for whoever asks about single boxes.
+  /// @throws utility::RuntimeError "EmptyList has been resized!!!"
   [[nodiscard]] MortonList listU() const { return identifiers_(tree::ListKind::U); }
   [[nodiscard]] MortonList listV() const { return identifiers_(tree::ListKind::V); }
   [[nodiscard]] MortonList listW() const { return identifiers_(tree::ListKind::W); }
   [[nodiscard]] MortonList listX() const { return identifiers_(tree::ListKind::X); }
 
-  /// A list as positions in the tree's boxes, in the same order.
-  /// @throws utility::RuntimeError "EmptyList has been resized!!!"
-  [[nodiscard]] std::span<const tree::BoxIndex> positions(tree::ListKind kind) const {
-    if (!EmptyList.empty()) throw utility::RuntimeError("EmptyList has been resized!!!");
+  /// A list as positions in the tree's boxes, in the same order: the form that the passes walk.
+  [[nodiscard]] std::span<const tree::BoxIndex> positions(tree::ListKind kind) const noexcept {
     if (table_ == nullptr) return {};
     return table_->lists[kind].of(index_);
   }
@@ -104,6 +104,7 @@ class Orthant<3> : public tree::Orthant<3> {
 
  private:
   [[nodiscard]] MortonList identifiers_(tree::ListKind kind) const {
+    if (!EmptyList.empty()) throw utility::RuntimeError("EmptyList has been resized!!!");
     return {positions(kind), table_ == nullptr ? nullptr : table_->ids.data()};
   }
 

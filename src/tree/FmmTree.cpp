@@ -64,14 +64,11 @@ void FmmTree::makeTree_(const Options& opts) {
 
 void FmmTree::makeCentres_() {
   const double size = boundingBox().size();
-  unitCentres_.reserve(3 * tree_.boxes.size());
   centres_.reserve(3 * tree_.boxes.size());
   for (const fmm::Box<3>& box : tree_.boxes) {
     const bits::CellCube cube = bits::cube(box.id);
-    for (std::size_t axis = 0; axis < 3; ++axis) {
-      unitCentres_.push_back(cube.centre[axis]);
+    for (std::size_t axis = 0; axis < 3; ++axis)
       centres_.push_back(cube.centre[axis] * size + boundingBox().min[axis]);
-    }
   }
 }
 

@@ -86,9 +86,8 @@ class FmmTree {
     return targetGrid_.coordinates.values();
   }
 
-  /// Centre of each box in the unit cube and in the unit of the input, q size + min; three doubles
-  /// per box. Boxes with equal cube coordinates have bitwise equal centres in that axis.
-  [[nodiscard]] std::span<const double> unitCentres() const noexcept { return unitCentres_; }
+  /// Centre of each box in the unit of the input, q size + min with q the centre in the unit cube;
+  /// three doubles per box. Boxes with equal q have bitwise equal centres in that axis.
   [[nodiscard]] std::span<const double> centres() const noexcept { return centres_; }
 
  private:
@@ -101,7 +100,6 @@ class FmmTree {
   Tree tree_;
   std::vector<u64> targetIndex_;
   std::vector<u64> sourceIndex_;
-  std::vector<double> unitCentres_;
   std::vector<double> centres_;
 };
 
