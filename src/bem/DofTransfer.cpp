@@ -4,7 +4,7 @@
 #include <numeric>
 #include <vector>
 
-#include "comm/Exchange.hpp"
+#include "comm/Comm.hpp"
 #include "io/CheckedAccess.hpp"
 #include "io/Exception.hpp"
 #include "sparse/Assemble.hpp"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "bits/MortonOrders.hpp"
+#include "bits/MortonID.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
 #include "tree/Orthant.hpp"

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "bits/MortonID.hpp"
-#include "conf/TreeOptions.hpp"
+#include "conf/MethodSettings.hpp"
 #include "tree/Orthant.hpp"
 
 namespace velmo::tree {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "bits/MortonOrders.hpp"
+#include "bits/MortonID.hpp"
 #include "grid/ElementsToPoints.hpp"
 #include "tree/CompleteOctree.hpp"
 #include "tree/PointIdentifiers.hpp"

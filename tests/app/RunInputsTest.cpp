@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "app/DefaultParameters.hpp"
+#include "app/RunInputs.hpp"
 #include "io/Channels.hpp"
 #include "io/Exception.hpp"
 #include "support/ExpectThrow.hpp"

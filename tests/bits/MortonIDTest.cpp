@@ -6,7 +6,7 @@
 #include <random>
 #include <vector>
 
-#include "bits/MortonOrders.hpp"
+#include "bits/MortonID.hpp"
 
 namespace velmo::bits {
 namespace {
