@@ -33,8 +33,8 @@
 #include "io/Channels.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
-#include "io/Timer.hpp"
-#include "math/LaneCount.hpp"
+#include "io/StageReport.hpp"
+#include "math/InstructionSet.hpp"
 #include "thread/ParallelFor.hpp"
 #include "thread/ThreadPool.hpp"
 
@@ -183,7 +183,7 @@ void run(const Request& request) {
                       std::span(potential).subspan(first, count),
                       std::span(gradient).subspan(3 * first, 3 * count)});
   }
-  thread::internal_::parallelForTP(blocks.begin(), blocks.end(), [&](const TargetBlock& block) {
+  thread::parallelFor(blocks.begin(), blocks.end(), [&](const TargetBlock& block) {
     request.exact ? sumExact(surface, block) : sumPlain(surface, block);
   });
   reportStage("Sum:", timer);

@@ -13,7 +13,6 @@
 #include "fmm/CoefficientIndex.hpp"
 #include "fmm/ExpansionKernel.hpp"
 #include "math/InstructionSet.hpp"
-#include "math/LaneCount.hpp"
 
 namespace {
 

@@ -14,7 +14,6 @@
 #include "bem/LaplaceFundSol.hpp"
 #include "bem/PointChargeKernel.hpp"
 #include "math/InstructionSet.hpp"
-#include "math/LaneCount.hpp"
 
 namespace {
 

@@ -16,7 +16,7 @@
 #include "bem/NearTask.hpp"
 #include "grid/SurfaceElements.hpp"
 #include "grid/TopologyOf.hpp"
-#include "math/LaneCount.hpp"
+#include "math/InstructionSet.hpp"
 #include "quad/RecursiveQuadrature.hpp"
 #include "samples/Bodies.hpp"
 #include "samples/Points.hpp"

@@ -2,9 +2,7 @@
 
 #include <vector>
 
-#include "conf/FmmSettings.hpp"
-#include "conf/QuadratureSettings.hpp"
-#include "conf/TreeOptions.hpp"
+#include "conf/MethodSettings.hpp"
 #include "io/Types.hpp"
 #include "samples/Density.hpp"
 #include "samples/Points.hpp"

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "accuracy/Evaluation.hpp"
-#include "conf/TreeOptions.hpp"
+#include "conf/MethodSettings.hpp"
 
 namespace velmo::accuracy {
 

@@ -6,7 +6,7 @@
 #include "grid/Geometry.hpp"
 #include "grid/TopologyOf.hpp"
 #include "io/Exception.hpp"
-#include "linalg/Inverse.hpp"
+#include "linalg/Factorisations.hpp"
 #include "quad/SurfaceRuleSet.hpp"
 #include "sfun/HierarchicalBasisFunction.hpp"
 

@@ -3,9 +3,7 @@
 #include <filesystem>
 #include <string>
 
-#include "conf/FmmSettings.hpp"
-#include "conf/QuadratureSettings.hpp"
-#include "conf/TreeOptions.hpp"
+#include "conf/MethodSettings.hpp"
 #include "io/Types.hpp"
 
 namespace velmo::samples {

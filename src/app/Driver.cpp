@@ -6,7 +6,6 @@
 #include <string>
 
 #include "app/ProcessPost.hpp"
-#include "app/ReportLayout.hpp"
 #include "app/RunInputs.hpp"
 #include "cli/CommandlineInput.hpp"
 #include "io/Channels.hpp"
@@ -29,16 +28,18 @@ constexpr const char* kDescription =
 constexpr double kPeakMemoryMiB = 0.0;
 
 void reportInputs(const std::string& input, const std::string& points, const fs::path& settings) {
-  io::out << kDoubleRule << "# INPUT \n"
-          << kSingleRule << "# Reading solution file, point cloud and settings ..." << std::endl;
-  io::info << "Solution file: " << input << "\nEvaluation points: " << points
-           << "\nSettings: " << settings << std::endl;
+  io::out << io::kDoubleRule << "# INPUT \n"
+          << io::kSingleRule << "# Reading solution file, point cloud and settings ..."
+          << std::endl;
+  if (io::info.hasStreams())
+    io::info << "Solution file: " << input << "\nEvaluation points: " << points
+             << "\nSettings: " << settings << std::endl;
 }
 
 void reportEnd(velmo::u64 numPoints, const fs::path& result, const fs::path& secondResult,
                io::Timer& totalTimer) {
-  io::out << kDoubleRule << "# NORMAL TERMINATION \n"
-          << kSingleRule << "# Number of evaluation points: " << numPoints << std::endl;
+  io::out << io::kDoubleRule << "# NORMAL TERMINATION \n"
+          << io::kSingleRule << "# Number of evaluation points: " << numPoints << std::endl;
   io::reportStage("Total runtime", totalTimer);
   const std::string memory = io::format("{:>7.3f}MiB\n", kPeakMemoryMiB);
   io::out << "# Total memory consumption:\n"
@@ -47,7 +48,7 @@ void reportEnd(velmo::u64 numPoints, const fs::path& result, const fs::path& sec
   io::out << "# Solution data:\n"
           << "#       -- " << result << std::endl;
   if (!secondResult.empty()) io::out << "#       -- " << secondResult << std::endl;
-  io::out << kSingleRule << std::flush;
+  io::out << io::kSingleRule << std::flush;
 }
 
 }  // namespace

@@ -5,7 +5,6 @@
 #include <utility>
 #include <vector>
 
-#include "app/ReportLayout.hpp"
 #include "app/ResultTable.hpp"
 #include "bem/DofTransfer.hpp"
 #include "evaluator/FmmEvaluator.hpp"
@@ -100,7 +99,7 @@ std::tuple<std::filesystem::path, std::filesystem::path> processPost(
     std::string solutionPath, const velmo::grid::GridData& points,
     const velmo::conf::ESProblem& problem, velmo::comm::Comm comm) {
   io::Timer stageTimer;
-  io::out << kDoubleRule << "# FMM-BASED FIELD EVALUATION \n" << kSingleRule;
+  io::out << io::kDoubleRule << "# FMM-BASED FIELD EVALUATION \n" << io::kSingleRule;
   const u64 numPoints = points.numNodes;
 
   velmo::h5::VtkHdfSolution solution = velmo::h5::readSolution(comm, std::move(solutionPath));

@@ -9,10 +9,10 @@
 #include <ostream>
 #include <vector>
 
-#include "app/ReportLayout.hpp"
 #include "io/Channels.hpp"
 #include "io/CheckedAccess.hpp"
 #include "io/Format.hpp"
+#include "io/StageReport.hpp"
 #include "thread/ParallelFor.hpp"
 
 namespace orvanta {
@@ -100,7 +100,7 @@ std::filesystem::path writeResults(const std::string& basename, const velmo::gri
     const u64 waveEnd = std::min(numPoints, begin + kChunksPerWave * kRowsPerChunk);
     for (u64 first = begin; first < waveEnd; first += kRowsPerChunk)
       wave.push_back({first, std::min(waveEnd, first + kRowsPerChunk), {}});
-    velmo::thread::internal_::parallelForTP(wave.begin(), wave.end(), [&](Chunk& chunk) {
+    velmo::thread::parallelFor(wave.begin(), wave.end(), [&](Chunk& chunk) {
       chunk.text = formatRows(chunk.first, chunk.end, points.coordinates.data(), potential.data(),
                               field.data());
     });
@@ -119,7 +119,7 @@ void reportExtrema(std::span<const double> potential, std::span<const double> fi
     const double length = std::hypot(field[3 * i], field[3 * i + 1], field[3 * i + 2]);
     if (length > magnitude) magnitude = length;
   }
-  io::out << kSingleRule << "# Field extrema\n" << kSingleRule;
+  io::out << io::kSingleRule << "# Field extrema\n" << io::kSingleRule;
   io::out << "  Range of potential:   " << ranges[0].text();
   io::out << "  Range of E-field(X):  " << ranges[1].text();
   io::out << "  Range of E-field(Y):  " << ranges[2].text();

@@ -2,12 +2,12 @@
 
 #include <yaml-cpp/yaml.h>
 
+#include <algorithm>
 #include <fstream>
 #include <ostream>
 #include <utility>
 #include <vector>
 
-#include "app/DefaultParameters.hpp"
 #include "conf/ESProblemYaml.hpp"
 #include "conf/LoadYamlFile.hpp"
 #include "grid/MeshReader.hpp"
@@ -15,6 +15,7 @@
 #include "grid/XyzReader.hpp"
 #include "io/Channels.hpp"
 #include "io/Exception.hpp"
+#include "io/Types.hpp"
 #include "thread/ThreadPool.hpp"
 
 namespace orvanta {
@@ -23,13 +24,15 @@ namespace conf = velmo::conf;
 namespace fs = std::filesystem;
 namespace grid = velmo::grid;
 namespace io = velmo::io;
+using velmo::kNone;
+using velmo::u64;
 
 namespace {
 
 constexpr const char* kProblemKey = "esProblem";
 
 /// Far above any machine's processors; a typing error must not start as many threads as it names.
-constexpr velmo::u64 kMaxThreads = 1024;
+constexpr u64 kMaxThreads = 1024;
 
 grid::GridData readPointCloud(const fs::path& path) {
   // A file that can't be opened isn't told apart here: the readers make the stream throw.
@@ -58,7 +61,8 @@ conf::ESProblem readProblem(const fs::path& settings) {
       throw velmo::utility::RuntimeError("Wrong YAML format in settings file");
     return conf::decodeESProblem(root[kProblemKey]);
   }
-  io::warn << "(W) YAML configuration file not provided. Using defaults." << std::endl;
+  if (io::warn.hasStreams())
+    io::warn << "(W) YAML configuration file not provided. Using defaults." << std::endl;
   conf::ESProblem problem;
   applyParameters(DefaultParameters(), problem);
   return problem;
@@ -71,13 +75,58 @@ conf::ESProblem normalised(const conf::ESProblem& problem) {
   return conf::decodeESProblem(root[kProblemKey]);
 }
 
+velmo::bem::QuadratureSettings quadratureOfOrder(std::int64_t order) {
+  velmo::bem::QuadratureSettings quad;
+  quad.regular = static_cast<u64>(order);
+  quad.quasiOrder = static_cast<u64>(order);
+  quad.quasiMaxLevel = 3;
+  quad.quasiAdm = 1.0;
+  quad.singularXi = static_cast<u64>(order >= -1 && order <= 4 ? 5 : order + 1);
+  quad.singularEta = static_cast<u64>(std::max<std::int64_t>(order + 1, 5) + 1);
+  return quad;
+}
+
 }  // namespace
+
+void applyParameters(const DefaultParameters& parameters, conf::ESProblem& problem) {
+  const u64 quadBase = parameters.linearElements ? 3 : 5;
+  problem.fem.order = parameters.linearElements ? 1 : 0;
+  problem.fem.quadOrder = quadBase;
+
+  problem.bem.quad = quadratureOfOrder(parameters.quadOrder);
+  if (parameters.fmmDegree < 3)
+    throw velmo::utility::RuntimeError("The FMM expansion degree must be >= 3");
+  problem.bem.fmm.degree = static_cast<u64>(parameters.fmmDegree);
+  problem.bem.fmm.leafQuadratureOrder = problem.bem.fmm.degree + quadBase;
+  problem.bem.tree.leafSize = static_cast<u64>(parameters.leafSize);
+  problem.bem.tree.maxLevel = kNone;
+  problem.bem.tree.adaptive = true;
+
+  problem.systemSolver.type = "GMRES";
+  problem.systemSolver.rtol = parameters.rtol;
+  problem.systemSolver.maxIter = static_cast<u64>(parameters.maxIter);
+  problem.systemSolver.restart = static_cast<u64>(parameters.maxIter);
+  problem.systemSolver.verbose = true;
+
+  problem.postSolver.type = "CG";
+  problem.postSolver.rtol = 1e-8;
+  problem.postSolver.maxIter = 100;
+  problem.postSolver.restart = 100;
+  problem.postSolver.verbose = true;
+
+  problem.postProc.vtk = false;
+  problem.postProc.vtkhdf.active = true;
+  problem.postProc.vtkhdf.isChecksum = true;
+
+  problem.numThreads = static_cast<u64>(parameters.numThreads);
+}
 
 std::optional<RunInputs> readRunInputs(const std::string& points, const fs::path& settings,
                                        const std::string& output) {
   const fs::path pointsPath(points);
   if (!fs::exists(pointsPath)) {
-    io::warn << "Input file " << pointsPath << " does not exist" << std::endl;
+    if (io::warn.hasStreams())
+      io::warn << "Input file " << pointsPath << " does not exist" << std::endl;
     return std::nullopt;
   }
   RunInputs inputs;

@@ -4,7 +4,7 @@
 
 #include "app/Driver.hpp"
 #include "comm/Comm.hpp"
-#include "linalg/BlasThreads.hpp"
+#include "linalg/Products.hpp"
 
 namespace {
 

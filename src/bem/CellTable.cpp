@@ -6,7 +6,7 @@
 #include "grid/ElementTypes.hpp"
 #include "grid/GeometricBasis.hpp"
 #include "io/Exception.hpp"
-#include "math/LaneCount.hpp"
+#include "math/InstructionSet.hpp"
 #include "quad/CellMap.hpp"
 
 namespace velmo::bem {

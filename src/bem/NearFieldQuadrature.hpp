@@ -7,7 +7,7 @@
 
 #include "bem/CellTable.hpp"
 #include "bem/ElementPoints.hpp"
-#include "conf/QuadratureSettings.hpp"
+#include "conf/MethodSettings.hpp"
 #include "fe/ShapeCache.hpp"
 #include "fe/ShapeFunList.hpp"
 #include "grid/SurfaceElements.hpp"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "math/LaneCount.hpp"
+#include "math/InstructionSet.hpp"
 
 namespace velmo::bem {
 namespace {

@@ -7,6 +7,10 @@
 #include "io/Types.hpp"
 
 /// Cells as places in the integer grid of their level and as cubes in the unit cube.
+///
+/// Level L is a grid of 2^L cells per axis; a cell at (i, j, k) is the cube of edge 2^-L with its
+/// lower corner at (i, j, k) 2^-L. Bits of x, y and z alternate in an identifier, x lowest. The
+/// functions have no state, don't allocate and don't throw.
 namespace velmo::bits {
 
 /// Integer coordinates of a cell in the grid of its level, each below 2^level.
@@ -27,13 +31,15 @@ struct GridOffset {
   friend constexpr bool operator==(const GridOffset&, const GridOffset&) noexcept = default;
 };
 
-/// The steps from a cell to its neighbours; at most 26, stored in place.
+/// The steps from a cell to its neighbours; at most 26, stored in place. A cell in a corner of the
+/// cube has 7 of them.
 class NeighbourOffsets {
  public:
   [[nodiscard]] const GridOffset* begin() const noexcept { return offsets_.data(); }
   [[nodiscard]] const GridOffset* end() const noexcept { return offsets_.data() + size_; }
   [[nodiscard]] std::size_t size() const noexcept { return size_; }
   [[nodiscard]] bool empty() const noexcept { return size_ == 0; }
+  /// @pre fewer than 26 steps are held
   void add(GridOffset offset) noexcept { offsets_[size_++] = offset; }
 
  private:
@@ -41,13 +47,14 @@ class NeighbourOffsets {
   std::size_t size_ = 0;
 };
 
-/// A cell as a cube in the unit cube.
+/// A cell as a cube in the unit cube; coordinates and half width are exact in doubles.
 struct CellCube {
   std::array<double, 3> centre;
   double halfWidth;
 };
 
-/// Spreads the lower 21 bits: bit i moves to bit 3i.
+/// Spreads the lower 21 bits: bit i moves to bit 3i. Each step doubles the number of pieces that
+/// stand apart. @pre the bits above the lower 21 are 0
 [[nodiscard]] constexpr u64 spread(u64 v) noexcept {
   v = (v | v << 32) & 0xffff00000000ffff;
   v = (v | v << 16) & 0xff0000ff0000ff;
@@ -106,9 +113,10 @@ struct CellCube {
 /// width, so this says that no axis has a gap, which integers decide.
 [[nodiscard]] bool adjacent(Morton a, Morton b) noexcept;
 
+/// Corner of the cube with the smallest coordinates, exact.
 [[nodiscard]] std::array<double, 3> lowerCorner(Morton id) noexcept;
 
-/// Lower corner plus half width, exact.
+/// Centre, that is lower corner plus half width, and half width 2^-(L+1), exact.
 [[nodiscard]] CellCube cube(Morton id) noexcept;
 
 }  // namespace velmo::bits

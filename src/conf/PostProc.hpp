@@ -6,46 +6,51 @@
 #include "conf/Base.hpp"
 #include "io/Types.hpp"
 
+/// What the main solver writes, and how often. This program writes one table and reads of these
+/// keys `outBasename` only, which its command line has set.
 namespace velmo::conf {
 
-/// Output of the system's matrices.
+/// Output of the system's matrices: the block "matOut". Carried.
 struct MatOut : Base {
-  bool active = false;
-  std::vector<u64> timeSteps;
-  bool onException = false;
+  bool active = false;         ///< "active", required
+  std::vector<u64> timeSteps;  ///< "timeSteps", optional: numbers of the steps
+  bool onException = false;    ///< "onException", optional
 
   void describe(SchemaWriter& writer) const override;
 };
 
-/// Output of the solution file.
+/// Output of the solution file: the block "vtkhdf". Carried; how a file is packed shows when it is
+/// read.
 struct VTKHDF : Base {
-  bool active = false;
-  bool isSinglePrec = false;
-  bool isGZip = false;
-  bool isSZip = false;
-  bool isChecksum = false;
+  bool active = false;        ///< "active", required
+  bool isSinglePrec = false;  ///< "isSinglePrec", optional
+  bool isGZip = false;        ///< "isGZip", optional
+  bool isSZip = false;        ///< "isSZip", optional
+  bool isChecksum = false;    ///< "isChecksum", optional
 
   void describe(SchemaWriter& writer) const override;
 };
 
-/// A named surface inside a body.
+/// A named surface inside a body: an entry of "interiorSurfaces". Carried.
 struct InteriorSurface : Base {
-  u64 id = 0;
-  std::string name;
+  u64 id = 0;        ///< "id", required
+  std::string name;  ///< "name", required
 
   void describe(SchemaWriter& writer) const override;
 };
 
-/// What is written, and how often.
+/// The block "postProc"; all its keys are optional.
 struct PostProc : Base {
-  std::string outBasename;  ///< path of the results without their extension
-  u64 outputFrequency = 1;
-  bool vtk = true;
-  MatOut matOut;
-  VTKHDF vtkhdf;
-  bool csv = false;
-  bool dumpSol = false;
-  std::vector<InteriorSurface> interiorSurfaces;
+  /// "outBasename", path of the results without their extension. What a file says is overwritten
+  /// by the base name of the command line, under which the result table is written.
+  std::string outBasename;
+  u64 outputFrequency = 1;  ///< "outputFrequency", in time steps; carried, like all that follow
+  bool vtk = true;          ///< "vtk"
+  MatOut matOut;            ///< "matOut"
+  VTKHDF vtkhdf;            ///< "vtkhdf"
+  bool csv = false;         ///< "csv"; the table of this program is written in any case
+  bool dumpSol = false;     ///< "dumpSol"
+  std::vector<InteriorSurface> interiorSurfaces;  ///< "interiorSurfaces"
 
   void describe(SchemaWriter& writer) const override;
 };

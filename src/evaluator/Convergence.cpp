@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "thread/ParallelFor.hpp"
-#include "thread/Ranges.hpp"
 
 namespace velmo::evaluator {
 namespace {
@@ -123,7 +122,7 @@ double slowestConvergence(const tree::FmmTree& tree, const grid::SurfaceElements
 
   const auto shares = thread::ranges(boxes.begin(), boxes.end());
   std::vector<double> slowest(shares.size());
-  thread::internal_::parallelForTP(shares.begin(), shares.end(), [&](const auto& share) {
+  thread::parallelFor(shares.begin(), shares.end(), [&](const auto& share) {
     double largest = 0.0;
     for (auto box = share.first; box != share.last; ++box)
       largest = std::max(largest, slowestAt(*box));

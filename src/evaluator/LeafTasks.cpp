@@ -31,7 +31,7 @@ std::vector<LeafTask> makeLeafTasks(std::span<const double> costs) {
 }
 
 void runLeafTasks(std::span<const LeafTask> tasks, const std::function<void(LeafTask)>& work) {
-  thread::internal_::parallelForTP(tasks.begin(), tasks.end(), work);
+  thread::parallelFor(tasks.begin(), tasks.end(), work);
 }
 
 }  // namespace velmo::evaluator

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "io/Types.hpp"
-#include "math/LaneCount.hpp"
+#include "math/InstructionSet.hpp"
 
 /// The inner loops of the far field, eight points or eight pairs of boxes at a time.
 ///

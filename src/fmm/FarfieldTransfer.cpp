@@ -245,7 +245,7 @@ void Transfer::m2lConversion(Tree& tree, const TransferPlan& plan) const {
   const auto run = [&](const TransferPlan::Task& task) {
     convert(tree, plan, task, conversions[task.level]);
   };
-  thread::internal_::parallelForTP(plan.tasks.begin(), plan.tasks.end(), run);
+  thread::parallelFor(plan.tasks.begin(), plan.tasks.end(), run);
 }
 
 void Transfer::convert(Tree& tree, const TransferPlan& plan, const TransferPlan::Task& task,

@@ -7,11 +7,13 @@
 #include "fmm/CoefficientIndex.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
+#include "math/Constants.hpp"
 
 namespace velmo::fmm {
 namespace {
 
-constexpr double kPi = 3.141592653589793;
+using math::kPi;
+
 constexpr double kHalfPi = 1.5707963267948966;
 constexpr double kThreeHalfPi = 4.71238898038469;
 constexpr double kTwoPi = 6.283185307179586;

@@ -2,11 +2,14 @@
 
 #include <cassert>
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <type_traits>
 
 #include "io/Types.hpp"
 
+/// Views over buffers that somebody else owns and keeps alive. Passed by value; no state, no
+/// checks beyond assertions, safe from any thread as far as the buffer is.
 namespace velmo::linalg {
 
 /// Non-owning view of a dense matrix in a contiguous buffer, passed by value.
@@ -24,9 +27,10 @@ struct MatrixView {
 
   T* data = nullptr;  ///< first element, not owned
   u64 size = 0;       ///< rows * cols
-  u64 rows = 0;
+  u64 rows = 0;       ///< also the leading dimension
   u64 cols = 0;
 
+  /// An empty view.
   constexpr MatrixView() noexcept = default;
 
   constexpr MatrixView(T* first, u64 numRows, u64 numCols) noexcept
@@ -49,8 +53,10 @@ struct MatrixView {
       const MatrixView<U, Rows, Cols, Layout>& other) noexcept requires std::is_same_v<T, const U>
       : data(other.data), size(other.size), rows(other.rows), cols(other.cols) {}
 
+  /// Entry (i, j), 0 <= i < rows, 0 <= j < cols, not checked.
   [[nodiscard]] constexpr T& operator()(u64 i, u64 j) const noexcept { return data[j * rows + i]; }
 
+  /// Entry i of a column vector, not checked.
   [[nodiscard]] constexpr T& operator[](u64 i) const noexcept requires(Cols == 1) {
     return data[i];
   }
@@ -60,8 +66,47 @@ struct MatrixView {
     return {data + j * rows, rows};
   }
 
+  /// All entries, column after column.
   [[nodiscard]] constexpr std::span<T> values() const noexcept { return {data, size}; }
   [[nodiscard]] constexpr bool empty() const noexcept { return size == 0; }
+};
+
+/// Non-owning view of a table of degree n = 0 to p and order m over a flat buffer. The far field
+/// walks such buffers by their index; the view is the readable form of the same order.
+///
+/// @tparam T    double, std::complex<double>, or their const forms
+/// @tparam Kind 0 (complex) and 1 (real): orders 0 <= m <= n, entry n(n+1)/2 + m of
+///              (p+1)(p+2)/2; 2: orders -n <= m <= n, entry n^2 + n + m of (p+1)^2
+template <class T, int Kind>
+class TriangularView {
+  static_assert(Kind >= 0 && Kind <= 2);
+
+ public:
+  TriangularView() = default;
+  /// View of the `sizeFor(degree)` values from `first` on.
+  TriangularView(T* first, u64 degree) noexcept
+      : rows(degree + 1), cols(degree + 1), size(sizeFor(degree)), data(first) {}
+  TriangularView(const TriangularView&) = default;
+  TriangularView& operator=(const TriangularView&) = default;
+  virtual ~TriangularView() = default;
+
+  /// Number of entries for degree p.
+  [[nodiscard]] static constexpr u64 sizeFor(u64 degree) noexcept {
+    return Kind == 2 ? (degree + 1) * (degree + 1) : (degree + 1) * (degree + 2) / 2;
+  }
+
+  /// The entry of degree n and order m. @pre inside the table (asserted)
+  [[nodiscard]] T& operator()(u64 n, std::int64_t m) const noexcept {
+    const auto degree = static_cast<std::int64_t>(n);
+    assert(n < rows && m <= degree && m >= (Kind == 2 ? -degree : 0));
+    return data[(Kind == 2 ? degree * degree + degree : degree * (degree + 1) / 2) + m];
+  }
+
+  u64 rows = 0;    ///< p + 1
+  u64 cols = 0;    ///< p + 1
+  u64 size = 0;    ///< number of entries
+  u64 offset = 0;  ///< place of entry (0, 0) in the buffer, always its beginning
+  T* data = nullptr;
 };
 
 }  // namespace velmo::linalg

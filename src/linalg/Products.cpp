@@ -22,29 +22,15 @@ void require(bool condition, const char* text, u64 found, const char* middle, u6
                                 end);
 }
 
-void gemm(const char* opA, const char* opB, int m, int n, int k, double alpha, const double* a,
-          int lda, const double* b, int ldb, double beta, double* c, int ldc) {
-  dgemm_(opA, opB, &m, &n, &k, &alpha, a, &lda, b, &ldb, &beta, c, &ldc);
+}  // namespace
+
+void checkSameSize(u64 sizeX, u64 sizeY) {
+  require(sizeX == sizeY, "Vectors have different sizes: size(X) = ", sizeX, " != ", sizeY,
+          " size(Y) ");
 }
 
-void gemm(const char* opA, const char* opB, int m, int n, int k, Complex alpha, const Complex* a,
-          int lda, const Complex* b, int ldb, Complex beta, Complex* c, int ldc) {
-  zgemm_(opA, opB, &m, &n, &k, &alpha, a, &lda, b, &ldb, &beta, c, &ldc);
-}
-
-void gemv(int m, int n, double alpha, const double* a, int lda, const double* x, double beta,
-          double* y) {
-  dgemv_("N", &m, &n, &alpha, a, &lda, x, &kUnitStride, &beta, y, &kUnitStride);
-}
-
-void gemv(int m, int n, Complex alpha, const Complex* a, int lda, const Complex* x, Complex beta,
-          Complex* y) {
-  zgemv_("N", &m, &n, &alpha, a, &lda, x, &kUnitStride, &beta, y, &kUnitStride);
-}
-
-template <class T>
-void checkedMatMatMult(MatrixView<const T> A, MatrixView<const T> B, MatrixView<T> C, T alpha,
-                       T beta, Op opA, Op opB) {
+void matMatMult(MatrixView<const double> A, MatrixView<const double> B, MatrixView<double> C,
+                double alpha, double beta, Op opA, Op opB) {
   const auto [rowsA, colsA] =
       opA == Op::None ? std::pair(A.rows, A.cols) : std::pair(A.cols, A.rows);
   const auto [rowsB, colsB] =
@@ -58,52 +44,30 @@ void checkedMatMatMult(MatrixView<const T> A, MatrixView<const T> B, MatrixView<
 
   const char flagA = static_cast<char>(opA);
   const char flagB = static_cast<char>(opB);
-  gemm(&flagA, &flagB, blasInt(rowsA), blasInt(colsB), blasInt(colsA), alpha, A.data,
-       leadingDimension(A.rows), B.data, leadingDimension(B.rows), beta, C.data,
-       leadingDimension(C.rows));
+  const int m = blasInt(rowsA);
+  const int n = blasInt(colsB);
+  const int k = blasInt(colsA);
+  const int lda = leadingDimension(A.rows);
+  const int ldb = leadingDimension(B.rows);
+  const int ldc = leadingDimension(C.rows);
+  dgemm_(&flagA, &flagB, &m, &n, &k, &alpha, A.data, &lda, B.data, &ldb, &beta, C.data, &ldc);
 }
 
-template <class T>
-void checkedMatVec(MatrixView<const T> A, MatrixView<const T, -1, 1> x, MatrixView<T, -1, 1> y,
-                   T alpha, T beta) {
+void matVec(MatrixView<const Complex> A, MatrixView<const Complex, -1, 1> x,
+            MatrixView<Complex, -1, 1> y, Complex alpha, Complex beta) {
   require(x.size == A.cols, "Dimension of input x wrong: x.size() = ", x.size, " != ", A.cols,
           " = cols(op(A)) ");
   require(y.size == A.rows, "Dimension of output y wrong: y.size() = ", y.size, " != ", A.rows,
           " = rows(op(A)) ");
 
   if (A.cols == 0) {  // the library returns early here and would leave y as it is
-    for (T& value : y.values()) value = beta == T(0.0) ? T(0.0) : beta * value;
+    for (Complex& value : y.values()) value = beta == 0.0 ? 0.0 : beta * value;
     return;
   }
-  gemv(blasInt(A.rows), blasInt(A.cols), alpha, A.data, leadingDimension(A.rows), x.data, beta,
-       y.data);
-}
-
-}  // namespace
-
-void checkSameSize(u64 sizeX, u64 sizeY) {
-  require(sizeX == sizeY, "Vectors have different sizes: size(X) = ", sizeX, " != ", sizeY,
-          " size(Y) ");
-}
-
-void matMatMult(MatrixView<const double> A, MatrixView<const double> B, MatrixView<double> C,
-                double alpha, double beta, Op opA, Op opB) {
-  checkedMatMatMult(A, B, C, alpha, beta, opA, opB);
-}
-
-void matMatMult(MatrixView<const Complex> A, MatrixView<const Complex> B, MatrixView<Complex> C,
-                Complex alpha, Complex beta, Op opA, Op opB) {
-  checkedMatMatMult(A, B, C, alpha, beta, opA, opB);
-}
-
-void matVec(MatrixView<const double> A, MatrixView<const double, -1, 1> x,
-            MatrixView<double, -1, 1> y, double alpha, double beta) {
-  checkedMatVec(A, x, y, alpha, beta);
-}
-
-void matVec(MatrixView<const Complex> A, MatrixView<const Complex, -1, 1> x,
-            MatrixView<Complex, -1, 1> y, Complex alpha, Complex beta) {
-  checkedMatVec(A, x, y, alpha, beta);
+  const int m = blasInt(A.rows);
+  const int n = blasInt(A.cols);
+  const int lda = leadingDimension(A.rows);
+  zgemv_("N", &m, &n, &alpha, A.data, &lda, x.data, &kUnitStride, &beta, y.data, &kUnitStride);
 }
 
 double dot(MatrixView<const double, -1, 1> x, MatrixView<const double, -1, 1> y) {
@@ -112,15 +76,6 @@ double dot(MatrixView<const double, -1, 1> x, MatrixView<const double, -1, 1> y)
   return ddot_(&n, x.data, &kUnitStride, y.data, &kUnitStride);
 }
 
-void scale(double alpha, MatrixView<double, -1, 1> x) {
-  const int n = blasInt(x.size);
-  dscal_(&n, &alpha, x.data, &kUnitStride);
-}
-
-void axpy(Complex alpha, MatrixView<const Complex, -1, 1> x, MatrixView<Complex, -1, 1> y) {
-  checkSameSize(x.size, y.size);
-  const int n = blasInt(x.size);
-  zaxpy_(&n, &alpha, x.data, &kUnitStride, y.data, &kUnitStride);
-}
+void setBlasThreads(int numThreads) { openblas_set_num_threads(numThreads); }
 
 }  // namespace velmo::linalg

@@ -1,6 +1,10 @@
 #pragma once
 
+#include <numbers>
+
 namespace velmo::math {
+
+inline constexpr double kPi = std::numbers::pi;
 
 /// 1 / (4 pi), the factor of the fundamental solution.
 inline constexpr double kOneOverFourPi = 0.07957747154594767;

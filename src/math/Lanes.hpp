@@ -1,6 +1,6 @@
 #pragma once
 
-#include "math/LaneCount.hpp"
+#include "math/InstructionSet.hpp"
 
 /// Eight doubles that are computed with at once, in registers of the instruction set that a source
 /// file is built for: one of 512 bits, a pair of 256, or two pairs of 128. Compilers split a vector

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "io/Exception.hpp"
-#include "linalg/Inverse.hpp"
+#include "linalg/Factorisations.hpp"
 
 namespace velmo::sfun {
 

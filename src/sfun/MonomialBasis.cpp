@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "linalg/Inverse.hpp"
+#include "linalg/Factorisations.hpp"
 #include "sfun/PointBatch.hpp"
 
 namespace velmo::sfun {

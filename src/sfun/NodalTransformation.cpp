@@ -1,6 +1,6 @@
 #include "sfun/NodalTransformation.hpp"
 
-#include "linalg/Inverse.hpp"
+#include "linalg/Factorisations.hpp"
 #include "sfun/RawFunctions.hpp"
 #include "topo/ReferenceElement.hpp"
 

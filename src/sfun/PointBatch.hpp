@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "math/LegendreBatch.hpp"
+#include "math/Legendre.hpp"
 #include "topo/CoordinateSpan.hpp"
 
 namespace velmo::sfun::detail_ {

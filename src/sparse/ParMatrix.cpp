@@ -6,9 +6,9 @@
 #include <string>
 #include <utility>
 
-#include "comm/Exchange.hpp"
+#include "comm/Comm.hpp"
 #include "io/Exception.hpp"
-#include "sparse/AtomicAdd.hpp"
+#include "sparse/ParVec.hpp"
 
 namespace velmo::sparse {
 namespace {

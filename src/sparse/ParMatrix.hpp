@@ -7,7 +7,6 @@
 #include "io/Types.hpp"
 #include "linalg/MatrixView.hpp"
 #include "sparse/CsrMatrix.hpp"
-#include "sparse/ExchangePlan.hpp"
 #include "sparse/IndexLayout.hpp"
 #include "sparse/ParVec.hpp"
 

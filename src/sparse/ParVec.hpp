@@ -1,11 +1,72 @@
 #pragma once
 
+#include <algorithm>
+#include <atomic>
+#include <cassert>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "io/Exception.hpp"
 #include "io/Types.hpp"
 #include "linalg/MatrixView.hpp"
 #include "sparse/IndexLayout.hpp"
-#include "sparse/Vector.hpp"
 
 namespace velmo::sparse {
+
+/// target += value, safe beside other calls of it on the same double: compare-and-swap on the
+/// 64-bit pattern. Orders nothing else; readers need the threads joined.
+inline void atomicAdd(double& target, double value) noexcept {
+  const std::atomic_ref<double> shared(target);
+  double current = shared.load(std::memory_order_relaxed);
+  while (!shared.compare_exchange_weak(current, current + value, std::memory_order_relaxed)) {
+  }
+}
+
+/// Sparse vector with a fixed pattern.
+class Vector {
+ public:
+  /// Sets the pattern, with all values 0. `newIds` ascend; equal neighbours are let through.
+  /// @throws utility::RuntimeError "IDs have to be sorted"
+  void setIds(std::span<const u64> newIds);
+
+  /// Sets all values to 0.
+  void zero() noexcept;
+
+  /// @throws utility::DomainError "Vector index cannot be found: <id>"
+  [[nodiscard]] double get(u64 id) const;
+
+  /// Calls `op(value of wantedIds[k], summands[k])` for each k in order. `op` takes a double
+  /// reference and a double.
+  /// @throws utility::RuntimeError
+  ///   "Attempting to add too many new values to sparse vector - capacity exceeded: <capacity>",
+  ///   "Failed to find Index <id> in sparse::Vector, did you call reserve() correctly? "
+  template <class Op>
+  void add(std::span<const u64> wantedIds, std::span<const double> summands, Op&& op) {
+    assert(wantedIds.size() == summands.size());
+    if (wantedIds.size() > ids.size())
+      throw utility::RuntimeError(
+          "Attempting to add too many new values to sparse vector - capacity exceeded: " +
+          std::to_string(ids.size()));
+    for (u64 k = 0; k < wantedIds.size(); ++k) {
+      const u64 place = find_(wantedIds[k]);
+      if (place == kNone)
+        throw utility::RuntimeError("Failed to find Index " + std::to_string(wantedIds[k]) +
+                                    " in sparse::Vector, did you call reserve() correctly? ");
+      op(values[place], summands[k]);
+    }
+  }
+
+  std::vector<u64> ids;        ///< ascending global indices
+  std::vector<double> values;  ///< one per id
+
+ private:
+  /// Place of the id, `kNone` where it is missing.
+  [[nodiscard]] u64 find_(u64 id) const noexcept {
+    const auto found = std::lower_bound(ids.begin(), ids.end(), id);
+    return found != ids.end() && *found == id ? static_cast<u64>(found - ids.begin()) : kNone;
+  }
+};
 
 /// Vector that is split over ranks: a view of the range that this rank owns, and entries of other
 /// ranks' ranges. The viewed buffer stays with the creator and has to outlive the vector.

@@ -1,15 +1,60 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <exception>
 #include <future>
 #include <iterator>
+#include <utility>
 #include <vector>
 
-#include "thread/Ranges.hpp"
+#include "io/Exception.hpp"
+#include "io/Types.hpp"
 #include "thread/ThreadPool.hpp"
 
-namespace velmo::thread::internal_ {
+/// Loops over the process's worker threads. Loops may nest; the calling thread only waits, unless
+/// it is a worker itself.
+namespace velmo::thread {
+
+/// One contiguous share of a longer range.
+template <class Iterator>
+struct Range {
+  Iterator first;  ///< the share's first element
+  Iterator last;   ///< behind the share's end
+  u64 index = 0;   ///< place of the share in the list of shares
+};
+
+/// Splits [first, last) into contiguous shares, one per worker, whose lengths differ by at most 1.
+///
+/// With n elements and p = min(n, numThreads()) shares, the first n mod p shares hold n / p + 1
+/// elements, the others n / p. An empty range has no shares. The shares depend on the worker count:
+/// what is computed with them must not, for results to be the same with any number of threads.
+///
+/// @throws utility::RuntimeError "Result of ranges is broken"
+template <std::random_access_iterator Iterator>
+[[nodiscard]] std::vector<Range<Iterator>> ranges(Iterator first, Iterator last) {
+  using Difference = std::iter_difference_t<Iterator>;
+  if (first == last) return {};
+  if (numThreads() == 1) return {{first, last, 0}};
+
+  const auto length = static_cast<u64>(last - first);
+  const u64 numShares = std::min(length, numThreads());
+  const u64 quotient = length / numShares;
+  const u64 remainder = length % numShares;
+  std::vector<Range<Iterator>> shares;
+  shares.reserve(numShares);
+  for (u64 i = 0; i < numShares; ++i) {
+    const u64 begin = i * quotient + std::min(remainder, i);
+    const u64 end = begin + quotient + (i < remainder ? 1 : 0);
+    shares.push_back(
+        {first + static_cast<Difference>(begin), first + static_cast<Difference>(end), i});
+  }
+  if (shares.front().first != first || shares.back().last != last)
+    throw utility::RuntimeError("Result of ranges is broken");
+  return shares;
+}
+
+namespace internal_ {
 
 /// Waits for what was submitted, whichever way the loop is left: tasks refer to the loop's frame.
 struct PendingTasks {
@@ -24,19 +69,22 @@ struct PendingTasks {
   }
 };
 
+}  // namespace internal_
+
 /// Calls `function(*it)` once for each element of [first, last), each as a task of its own.
 ///
-/// Tasks start in order and end in any order. There is no chunking: for a share per worker pass the
-/// list that ranges() gives. When tasks throw, all of them run all the same, and then the exception
-/// of the first one in the order of the elements leaves the loop.
+/// Tasks start in order and end in any order, so each writes to a place of its own. There is no
+/// chunking: for a share per worker pass the list that ranges() gives. When tasks throw, all of
+/// them run all the same, and then the exception of the first one in the order of the elements
+/// leaves the loop. Allocates some memory per task: a task should take microseconds or more.
 template <std::forward_iterator Iterator, class Function>
-void parallelForTP(Iterator first, Iterator last, Function&& function) {
+void parallelFor(Iterator first, Iterator last, Function&& function) {
   ThreadPool& workers = pool();
   const auto numTasks = static_cast<std::size_t>(std::ranges::distance(first, last));
   // Held here rather than in the futures' shared states, of which a worker may drop the last
   // reference: so an exception is read and destroyed by the calling thread alone.
   std::vector<std::exception_ptr> failures(numTasks);
-  PendingTasks pending(numTasks);
+  internal_::PendingTasks pending(numTasks);
   for (std::exception_ptr& failure : failures) {
     pending.futures.push_back(workers.submit([&function, &failure, it = first] {
       try {
@@ -52,4 +100,14 @@ void parallelForTP(Iterator first, Iterator last, Function&& function) {
     if (failure) std::rethrow_exception(failure);
 }
 
-}  // namespace velmo::thread::internal_
+namespace internal_ {
+
+/// The loop under its older name, for code that is shared with the main solver.
+template <std::forward_iterator Iterator, class Function>
+void parallelForTP(Iterator first, Iterator last, Function&& function) {
+  parallelFor(first, last, std::forward<Function>(function));
+}
+
+}  // namespace internal_
+
+}  // namespace velmo::thread

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "io/Types.hpp"
-#include "thread/FunctionWrapper.hpp"
 #include "thread/ThreadsafeQueue.hpp"
 
 /// The process's worker threads. Loops over them stand in thread/ParallelFor.hpp.

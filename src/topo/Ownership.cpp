@@ -1,6 +1,6 @@
 #include "topo/Ownership.hpp"
 
-#include "comm/Exchange.hpp"
+#include "comm/Comm.hpp"
 #include "io/Exception.hpp"
 #include "topo/IdMap.hpp"
 

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <utility>
 
-#include "bits/MortonOrders.hpp"
+#include "bits/MortonID.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
 #include "tree/Orthant.hpp"

@@ -7,11 +7,10 @@
 #include <string>
 #include <utility>
 
-#include "bits/MortonOrders.hpp"
+#include "bits/MortonID.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
 #include "thread/ParallelFor.hpp"
-#include "thread/Ranges.hpp"
 #include "tree/BoundingBox.hpp"
 #include "tree/CompleteOctree.hpp"
 
@@ -82,7 +81,7 @@ std::vector<Forest> refineBlocks(const Blocks& blocks, const std::vector<Morton>
                                  const Options& opts) {
   const auto shares = thread::ranges(blocks.begin(), blocks.end());
   std::vector<Forest> forests(shares.size());
-  thread::internal_::parallelForTP(shares.begin(), shares.end(), [&](const auto& share) {
+  thread::parallelFor(shares.begin(), shares.end(), [&](const auto& share) {
     for (auto block = share.first; block != share.last; ++block)
       if (block->numObjects > 0) createSubtree(*block, points, forests[share.index], opts);
   });

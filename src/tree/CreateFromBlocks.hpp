@@ -6,8 +6,7 @@
 #include <vector>
 
 #include "bits/MortonID.hpp"
-#include "bits/MortonOrders.hpp"
-#include "conf/TreeOptions.hpp"
+#include "conf/MethodSettings.hpp"
 #include "io/Types.hpp"
 #include "tree/Orthant.hpp"
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "comm/Comm.hpp"
-#include "conf/TreeOptions.hpp"
+#include "conf/MethodSettings.hpp"
 #include "grid/Coordinates.hpp"
 #include "grid/Geometry.hpp"
 #include "grid/GridData.hpp"

@@ -7,7 +7,7 @@
 
 #include "bits/MortonID.hpp"
 #include "comm/Comm.hpp"
-#include "conf/TreeOptions.hpp"
+#include "conf/MethodSettings.hpp"
 #include "tree/Orthant.hpp"
 #include "tree/Partition.hpp"
 #include "tree/SrcTrgTree.hpp"

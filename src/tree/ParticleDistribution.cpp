@@ -3,7 +3,7 @@
 #include <utility>
 #include <vector>
 
-#include "bits/MortonOrders.hpp"
+#include "bits/MortonID.hpp"
 #include "grid/ElementsToPoints.hpp"
 #include "grid/NodeLookup.hpp"
 #include "io/Exception.hpp"

@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "bits/MortonOrders.hpp"
+#include "bits/MortonID.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
 

@@ -8,7 +8,6 @@
 #include <utility>
 #include <vector>
 
-#include "app/DefaultParameters.hpp"
 #include "io/Channels.hpp"
 #include "io/Exception.hpp"
 #include "support/ExpectThrow.hpp"

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "math/InstructionSet.hpp"
-#include "math/LaneCount.hpp"
 
 namespace velmo::bem {
 namespace {

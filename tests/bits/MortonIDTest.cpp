@@ -6,7 +6,6 @@
 #include <random>
 #include <vector>
 
-#include "bits/MortonOrders.hpp"
 
 namespace velmo::bits {
 namespace {

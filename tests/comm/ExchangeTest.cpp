@@ -1,4 +1,4 @@
-#include "comm/Exchange.hpp"
+#include "comm/Comm.hpp"
 
 #include <gtest/gtest.h>
 

@@ -9,15 +9,16 @@
 
 #include "fmm/ExpansionTools.hpp"
 #include "io/Exception.hpp"
+#include "math/Constants.hpp"
 #include "support/ExpectThrow.hpp"
 
 namespace velmo::fmm::test {
 namespace {
 
+using math::kPi;
 using utility::RuntimeError;
 using velmo::test::expectThrow;
 
-constexpr double kPi = 3.141592653589793;
 constexpr u64 kDegree = 20;
 /// Some rounding errors per entry of the matrices and of the harmonics.
 constexpr double kTolerance = 20 * kDegree * kEps;

@@ -11,17 +11,18 @@
 
 #include "fmm/RotationTable.hpp"
 #include "io/Exception.hpp"
+#include "math/Constants.hpp"
 #include "support/ExpectThrow.hpp"
 
 namespace velmo::fmm {
 namespace {
 
 using Long = long double;
+using math::kPi;
 using utility::RuntimeError;
 using velmo::test::expectThrow;
 
 constexpr double kEps = std::numeric_limits<double>::epsilon();
-constexpr double kPi = 3.141592653589793;
 
 Long logFactorial(std::int64_t n) { return std::lgamma(static_cast<Long>(n) + 1); }
 

@@ -1,4 +1,4 @@
-#include "linalg/BlasThreads.hpp"
+#include "linalg/Products.hpp"
 
 #include <gtest/gtest.h>
 
@@ -6,12 +6,10 @@
 #include <thread>
 #include <vector>
 
-#include "linalg/Products.hpp"
-
 namespace velmo::linalg {
 namespace {
 
-/// One square product and one matrix-vector product of size n, repeated.
+/// One square product and one with a single column, of size n.
 struct Work {
   explicit Work(u64 size, unsigned seed) : n(size), a(n * n), b(n * n), c(n * n), y(n) {
     std::mt19937_64 generator(seed);
@@ -23,7 +21,7 @@ struct Work {
   void run() {
     const MatrixView<double> A(a.data(), n, n);
     matMatMult(A, MatrixView<double>(b.data(), n, n), MatrixView<double>(c.data(), n, n));
-    matVec(A, MatrixView<double, -1, 1>(b.data(), n), MatrixView<double, -1, 1>(y.data(), n));
+    matMatMult(A, MatrixView<double>(b.data(), n, 1), MatrixView<double>(y.data(), n, 1));
   }
 
   u64 n;

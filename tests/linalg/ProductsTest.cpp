@@ -32,34 +32,28 @@ std::vector<T> randomValues(u64 count, unsigned seed) {
   return values;
 }
 
-template <class T>
-class Products : public ::testing::Test {};
-using Elements = ::testing::Types<double, Complex>;
-TYPED_TEST_SUITE(Products, Elements);
-
-TYPED_TEST(Products, MatrixProductEqualsTripleLoopForAllTranspositions) {
-  using T = TypeParam;
+TEST(Products, MatrixProductEqualsTripleLoopForAllTranspositions) {
   constexpr u64 m = 5, n = 3, k = 7;
-  const T alpha = 1.5, beta = -0.5;
+  const double alpha = 1.5, beta = -0.5;
   for (const Op opA : {Op::None, Op::Transposed}) {
     for (const Op opB : {Op::None, Op::Transposed}) {
-      auto a = randomValues<T>(m * k, 1);
-      auto b = randomValues<T>(k * n, 2);
-      auto c = randomValues<T>(m * n, 3);
+      auto a = randomValues<double>(m * k, 1);
+      auto b = randomValues<double>(k * n, 2);
+      auto c = randomValues<double>(m * n, 3);
       const auto old = c;
       const bool plainA = opA == Op::None;
       const bool plainB = opB == Op::None;
-      const MatrixView<T> A(a.data(), plainA ? m : k, plainA ? k : m);
-      const MatrixView<T> B(b.data(), plainB ? k : n, plainB ? n : k);
+      const MatrixView<double> A(a.data(), plainA ? m : k, plainA ? k : m);
+      const MatrixView<double> B(b.data(), plainB ? k : n, plainB ? n : k);
 
-      matMatMult(A, B, MatrixView<T>(c.data(), m, n), alpha, beta, opA, opB);
+      matMatMult(A, B, MatrixView<double>(c.data(), m, n), alpha, beta, opA, opB);
 
       for (u64 i = 0; i < m; ++i) {
         for (u64 j = 0; j < n; ++j) {
-          T sum = 0.0;
+          double sum = 0.0;
           for (u64 l = 0; l < k; ++l)
             sum += (plainA ? A(i, l) : A(l, i)) * (plainB ? B(l, j) : B(j, l));
-          const T expected = alpha * sum + beta * old[j * m + i];
+          const double expected = alpha * sum + beta * old[j * m + i];
           EXPECT_LT(std::abs(c[j * m + i] - expected), 32 * kEps);
         }
       }
@@ -67,20 +61,20 @@ TYPED_TEST(Products, MatrixProductEqualsTripleLoopForAllTranspositions) {
   }
 }
 
-TYPED_TEST(Products, MatrixTimesVectorEqualsLoopAlsoWithoutColumns) {
-  using T = TypeParam;
+TEST(Products, ComplexMatrixTimesVectorEqualsLoopAlsoWithoutColumns) {
   constexpr u64 m = 6;
   for (const u64 n : {u64{0}, u64{4}}) {
-    auto a = randomValues<T>(m * n, 4);
-    auto x = randomValues<T>(n, 5);
-    auto y = randomValues<T>(m, 6);
+    auto a = randomValues<Complex>(m * n, 4);
+    auto x = randomValues<Complex>(n, 5);
+    auto y = randomValues<Complex>(m, 6);
     const auto old = y;
-    const MatrixView<T> A(a.data(), m, n);
+    const MatrixView<Complex> A(a.data(), m, n);
 
-    matVec(A, MatrixView<T, -1, 1>(x.data(), n), MatrixView<T, -1, 1>(y.data(), m), T(2.0), T(3.0));
+    matVec(A, MatrixView<Complex, -1, 1>(x.data(), n), MatrixView<Complex, -1, 1>(y.data(), m), 2.0,
+           3.0);
 
     for (u64 i = 0; i < m; ++i) {
-      T expected = 3.0 * old[i];
+      Complex expected = 3.0 * old[i];
       for (u64 j = 0; j < n; ++j) expected += 2.0 * A(i, j) * x[j];
       EXPECT_LT(std::abs(y[i] - expected), 32 * kEps);
     }
@@ -89,30 +83,24 @@ TYPED_TEST(Products, MatrixTimesVectorEqualsLoopAlsoWithoutColumns) {
 
 TEST(Products, BetaZeroDoesNotReadTheOldResult) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
-  double a = 3.0, b = 4.0, c = nan, y = nan, none = nan;
+  double a = 3.0, b = 4.0, c = nan;
+  Complex i(0.0, 1.0), z(2.0, 1.0), y(nan, nan), none(nan, nan);
 
   matMatMult(MatrixView<double>(&a, 1, 1), MatrixView<double>(&b, 1, 1),
              MatrixView<double>(&c, 1, 1));
-  matVec(MatrixView<double>(&a, 1, 1), MatrixView<double, -1, 1>(&b, 1),
-         MatrixView<double, -1, 1>(&y, 1));
-  matVec(MatrixView<double>(&a, 1, 0), MatrixView<double, -1, 1>(&b, 0),
-         MatrixView<double, -1, 1>(&none, 1));
+  matVec(MatrixView<Complex>(&i, 1, 1), MatrixView<Complex, -1, 1>(&z, 1),
+         MatrixView<Complex, -1, 1>(&y, 1));
+  matVec(MatrixView<Complex>(&i, 1, 0), MatrixView<Complex, -1, 1>(&z, 0),
+         MatrixView<Complex, -1, 1>(&none, 1));
 
   EXPECT_EQ(c, 12.0);
-  EXPECT_EQ(y, 12.0);
+  EXPECT_EQ(y, Complex(-1.0, 2.0));
   EXPECT_EQ(none, 0.0);
 }
 
-TEST(Products, VectorOperationsFollowTheirFormulas) {
+TEST(Products, DotSumsTheProductsOfEntries) {
   std::vector<double> x{1.0, 2.0, 3.0}, y{4.0, -5.0, 6.0};
-  std::vector<Complex> u{{1.0, 1.0}, {2.0, 0.0}}, v{{0.0, 1.0}, {1.0, 1.0}};
-
   EXPECT_EQ(dot(MatrixView<double, -1, 1>(x), MatrixView<double, -1, 1>(y)), 12.0);
-  scale(-2.0, MatrixView<double, -1, 1>(x));
-  axpy(Complex(0.0, 1.0), MatrixView<Complex, -1, 1>(u), MatrixView<Complex, -1, 1>(v));
-
-  EXPECT_EQ(x, (std::vector<double>{-2.0, -4.0, -6.0}));
-  EXPECT_EQ(v, (std::vector<Complex>{{-1.0, 2.0}, {1.0, 3.0}}));
 }
 
 TEST(Products, RefuseSizesThatDoNotFitInTheStatedOrder) {
@@ -135,7 +123,9 @@ TEST(Products, RefuseSizesThatDoNotFitInTheStatedOrder) {
        "Matrix C and op(B) don't have the right col-size: 2 != 4"},
       {[&] { matMatMult(matrix(3, 2), matrix(2, 4), matrix(2, 4), 1.0, 0.0, Op::Transposed); },
        "Matrices op(A) and op(B) don't match: cols(op(A)) = 3 != 2"},
-      {[&] { matVec(matrix(2, 3), vector(2), vector(3)); },
+      {[&] {
+         matVec(MatrixView<Complex>(values.data(), 2, 3), complexVector(2), complexVector(3));
+       },
        "Dimension of input x wrong: x.size() = 2 != 3 = cols(op(A)) "},
       {[&] {
          matVec(MatrixView<Complex>(values.data(), 2, 3), complexVector(3), complexVector(3));
@@ -143,9 +133,7 @@ TEST(Products, RefuseSizesThatDoNotFitInTheStatedOrder) {
        "Dimension of output y wrong: y.size() = 3 != 2 = rows(op(A)) "},
       {[&] { static_cast<void>(dot(vector(2), vector(3))); },
        "Vectors have different sizes: size(X) = 2 != 3 size(Y) "},
-      {[&] { axpy(1.0, complexVector(1), complexVector(4)); },
-       "Vectors have different sizes: size(X) = 1 != 4 size(Y) "},
-      {[&] { scale(1.0, vector(u64{1} << 31U)); },
+      {[&] { static_cast<void>(dot(vector(u64{1} << 31U), vector(u64{1} << 31U))); },
        "Size 2147483648 is too large for the linear algebra library, the limit is 2147483647"},
   };
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "io/Exception.hpp"
-#include "sparse/ExchangePlan.hpp"
+#include "sparse/IndexLayout.hpp"
 #include "support/ExpectThrow.hpp"
 
 namespace velmo::sparse {

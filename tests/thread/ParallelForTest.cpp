@@ -15,13 +15,11 @@
 namespace velmo::thread {
 namespace {
 
-using internal_::parallelForTP;
-
 u64 sumByTasks(u64 n) {
   std::vector<u64> numbers(n);
   std::iota(numbers.begin(), numbers.end(), u64{1});
   std::atomic<u64> sum = 0;
-  parallelForTP(numbers.begin(), numbers.end(), [&](u64 number) { sum += number; });
+  parallelFor(numbers.begin(), numbers.end(), [&](u64 number) { sum += number; });
   return sum;
 }
 
@@ -44,7 +42,7 @@ TEST(ParallelFor, NestsWithoutWaitingForItself) {
   setNumThreads(2);
   std::array<u64, 16> sums{};
 
-  parallelForTP(sums.begin(), sums.end(), [](u64& sum) { sum = sumByTasks(10); });
+  parallelFor(sums.begin(), sums.end(), [](u64& sum) { sum = sumByTasks(10); });
 
   for (const u64 sum : sums) EXPECT_EQ(sum, 55U);
 }
@@ -57,7 +55,7 @@ TEST(ParallelFor, ThrowsTheFirstExceptionInOrderAfterAllTasksRan) {
     std::string thrown;
 
     try {
-      parallelForTP(numbers.begin(), numbers.end(), [&](int number) {
+      parallelFor(numbers.begin(), numbers.end(), [&](int number) {
         // The earlier of the two failures ends last.
         if (number == 2) std::this_thread::sleep_for(std::chrono::microseconds(200));
         ++numCalls;

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "bits/MortonGrid.hpp"
-#include "bits/MortonOrders.hpp"
+#include "bits/MortonID.hpp"
 #include "io/Exception.hpp"
 #include "support/ExpectThrow.hpp"
 #include "tree/BoundingBox.hpp"

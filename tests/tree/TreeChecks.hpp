@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "conf/TreeOptions.hpp"
+#include "conf/MethodSettings.hpp"
 #include "tree/FmmTree.hpp"
 
 namespace velmo::tree::test {

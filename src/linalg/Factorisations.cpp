@@ -1,6 +1,7 @@
-#include "linalg/ThinQRDecomposition.hpp"
+#include "linalg/Factorisations.hpp"
 
 #include <algorithm>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -58,6 +59,38 @@ void ThinQRDecomposition::compute_() {
   callWithWorkspace("orgqr", [&](double* work, int size, int* info) {
     dorgqr_(&m, &n, &n, q, &lda, tau.data(), work, &size, info);
   });
+}
+
+void invert(MatrixView<double> A) {
+  if (A.rows != A.cols) throw utility::RuntimeError("Matrix is not square!");
+  if (A.rows == 0) return;
+  const int n = detail_::blasInt(A.rows);
+
+  std::vector<int> pivots(A.rows);
+  int info = -1;
+  dgetrf_(&n, &n, A.data, &n, pivots.data(), &info);
+  if (info != 0) throw std::runtime_error("LU decomposition failed with: " + std::to_string(info));
+
+  std::vector<double> work(A.rows);
+  dgetri_(&n, A.data, &n, pivots.data(), work.data(), &n, &info);
+  if (info != 0)
+    throw std::runtime_error("Inverse computation failed with: " + std::to_string(info));
+}
+
+QRPseudoInverse::QRPseudoInverse(MatrixView<const double> A) : matrix(A.cols, A.rows) {
+  const ThinQRDecomposition qr(A);
+  const auto inverse = matrix.view();
+  const MatrixView<double> q = qr.Q->view();
+  for (u64 i = 0; i < q.rows; ++i)
+    for (u64 j = 0; j < q.cols; ++j) inverse(j, i) = q(i, j);
+
+  const int n = detail_::blasInt(A.cols);
+  const int numRightHandSides = detail_::blasInt(A.rows);
+  const int lda = detail_::leadingDimension(A.cols);
+  int info = -1;
+  dtrtrs_("U", "N", "N", &n, &numRightHandSides, qr.R->values.data(), &lda, matrix.values.data(),
+          &lda, &info);
+  if (info != 0) throw std::runtime_error("velmo::linalg::QRPseudoInverse::c'tor::trtrs");
 }
 
 }  // namespace velmo::linalg

@@ -1,7 +1,11 @@
+#include "conf/ESProblemYaml.hpp"
+
 #include <yaml-cpp/yaml.h>
 
 #include <algorithm>
+#include <array>
 #include <concepts>
+#include <cstddef>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -10,9 +14,7 @@
 #include <utility>
 #include <vector>
 
-#include "conf/ESProblemYaml.hpp"
 #include "conf/FieldTables.hpp"
-#include "conf/FmmDegree.hpp"
 #include "conf/KeyGuard.hpp"
 #include "io/Exception.hpp"
 
@@ -40,7 +42,7 @@ void complete(FEM& fem) {
 
 void complete(bem::fmm::Settings& settings) {
   if (isUnset(settings.leafQuadratureOrder)) settings.leafQuadratureOrder = settings.degree + 3;
-  checkFmmDegree(settings.degree);
+  if (settings.degree < 3) throw utility::RuntimeError("The FMM expansion degree must be >= 3");
 }
 
 class Decoder {
@@ -160,6 +162,87 @@ class Decoder {
   }
 };
 
+template <class T>
+YAML::Node encode(const T& value) {
+  return YAML::Node(value);
+}
+template <HasFields T>
+YAML::Node encode(const T& block);
+template <class T, std::size_t N>
+YAML::Node encode(const std::array<T, N>& values);
+YAML::Node encode(const std::unique_ptr<GridTransformBase>& placement);
+
+template <class T>
+YAML::Node encode(const std::vector<T>& list) {
+  YAML::Node node(YAML::NodeType::Sequence);
+  for (const T& entry : list) node.push_back(encode(entry));
+  return node;
+}
+
+// Vectors and matrices stand in one line.
+template <class T, std::size_t N>
+YAML::Node encode(const std::array<T, N>& values) {
+  YAML::Node node(values);
+  node.SetStyle(YAML::EmitterStyle::Flow);
+  return node;
+}
+
+template <class Owner, class T>
+void write(YAML::Node& node, const Owner& block, const Field<Owner, T>& field) {
+  YAML::Node value = encode(block.*field.member);
+  if (field.form.flowStyle) value.SetStyle(YAML::EmitterStyle::Flow);
+  node[std::string(keyName(Fields<Owner>::section, field.fullKey))] = value;
+}
+
+template <HasFields T>
+void writeFields(YAML::Node& node, const T& block) {
+  forEachField<T>([&](const auto& field) { write(node, block, field); });
+}
+
+void writeFields(YAML::Node& node, const tree::Options& options) {
+  const auto& [leafSize, maxLevel, adaptive] = Fields<tree::Options>::list;
+  write(node, options, adaptive);
+  write(node, options, options.adaptive ? leafSize : maxLevel);
+}
+
+// In a file the angle stands before the centre.
+void writeFields(YAML::Node& node, const GridRotation& rotation) {
+  const auto& [axis, center, angle] = Fields<GridRotation>::list;
+  write(node, rotation, axis);
+  write(node, rotation, angle);
+  write(node, rotation, center);
+}
+
+void writeComment(YAML::Node& node, const Base& block) {
+  if (!block.comment.empty()) writeFields(node, block);
+}
+
+template <HasFields T>
+YAML::Node encode(const T& block) {
+  YAML::Node node(YAML::NodeType::Map);
+  writeFields(node, block);
+  if constexpr (std::derived_from<T, Base>) writeComment(node, block);
+  return node;
+}
+
+YAML::Node encode(const std::unique_ptr<GridTransformBase>& placement) {
+  const GridTransformBase& base = *placement;
+  const auto& [partIds, position, timeId, type] = Fields<GridTransformBase>::list;
+  YAML::Node node(YAML::NodeType::Map);
+  write(node, base, type);
+  write(node, base, partIds);
+  write(node, base, position);
+  if (base.timeId != kNone) write(node, base, timeId);
+
+  const auto writeKind = [&]<class Kind>(std::type_identity<Kind>) {
+    writeFields(node, dynamic_cast<const Kind&>(base));
+  };
+  if (!visitPlacementKind(base.type, writeKind))
+    throw std::runtime_error("This transformation is not implemented: " + base.type);
+  writeComment(node, base);
+  return node;
+}
+
 }  // namespace
 
 ESProblem decodeESProblem(const YAML::Node& node) {
@@ -167,5 +250,7 @@ ESProblem decodeESProblem(const YAML::Node& node) {
   Decoder().decode(node, problem);
   return problem;
 }
+
+YAML::Node encodeESProblem(const ESProblem& problem) { return encode(problem); }
 
 }  // namespace velmo::conf

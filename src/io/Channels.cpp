@@ -1,4 +1,4 @@
-#include "io/StreamBundle.hpp"
+#include "io/Channels.hpp"
 
 #include <algorithm>
 #include <utility>
