@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "grid/PointCloud.hpp"
+#include "grid/GridData.hpp"
 #include "thread/ThreadPool.hpp"
 #include "tree/CompleteOctree.hpp"
 #include "tree/FmmTree.hpp"

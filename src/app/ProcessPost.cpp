@@ -10,7 +10,7 @@
 #include "bem/DofTransfer.hpp"
 #include "fe/DofData.hpp"
 #include "fmm/FmmEvaluator.hpp"
-#include "grid/TopologyOf.hpp"
+#include "grid/Geometry.hpp"
 #include "h5/SolutionReader.hpp"
 #include "io/Channels.hpp"
 #include "io/CheckedAccess.hpp"

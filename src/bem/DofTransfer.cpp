@@ -8,7 +8,7 @@
 #include "io/CheckedAccess.hpp"
 #include "io/Exception.hpp"
 #include "sparse/Assemble.hpp"
-#include "topo/Ownership.hpp"
+#include "topo/Grid.hpp"
 
 namespace velmo::bem {
 namespace {

@@ -1,4 +1,8 @@
-#include "sfun/RawFunctions.hpp"
+#include "sfun/QuadrilateralFunctions.hpp"
+
+#include <algorithm>
+
+#include "math/LegendreBatch.hpp"
 
 namespace velmo::sfun::detail_ {
 namespace {

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "bits/MortonOrders.hpp"
-#include "grid/ElementsToPoints.hpp"
+#include "grid/GridOperations.hpp"
 #include "tree/CompleteOctree.hpp"
 #include "tree/PointIdentifiers.hpp"
 #include "tree/SortedGrid.hpp"

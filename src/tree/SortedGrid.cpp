@@ -3,7 +3,7 @@
 #include <utility>
 #include <vector>
 
-#include "grid/NodeLookup.hpp"
+#include "grid/GridData.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
 
