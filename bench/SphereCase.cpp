@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <span>
 
-#include "grid/PointCloud.hpp"
+#include "grid/GridData.hpp"
 #include "samples/Bodies.hpp"
 #include "samples/Points.hpp"
 #include "thread/ThreadPool.hpp"

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "grid/PointCloud.hpp"
+#include "grid/GridData.hpp"
 #include "thread/ThreadPool.hpp"
 #include "tree/BoundingBox.hpp"
 #include "tree/CompleteOctree.hpp"

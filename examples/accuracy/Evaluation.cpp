@@ -8,7 +8,7 @@
 
 #include "bits/MortonGrid.hpp"
 #include "evaluator/FmmEvaluator.hpp"
-#include "grid/PointCloud.hpp"
+#include "grid/GridData.hpp"
 #include "sparse/ParVec.hpp"
 #include "tree/FmmTree.hpp"
 

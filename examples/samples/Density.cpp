@@ -4,7 +4,6 @@
 
 #include "grid/ElementGeometry.hpp"
 #include "grid/Geometry.hpp"
-#include "grid/TopologyOf.hpp"
 #include "io/Exception.hpp"
 #include "linalg/Factorisations.hpp"
 #include "quad/SurfaceRuleSet.hpp"

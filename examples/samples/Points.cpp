@@ -7,7 +7,6 @@
 
 #include "grid/ElementGeometry.hpp"
 #include "grid/Geometry.hpp"
-#include "grid/TopologyOf.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
 #include "samples/Random.hpp"

@@ -12,7 +12,6 @@
 #include <vector>
 
 #include "grid/Geometry.hpp"
-#include "grid/TopologyOf.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
 #include "samples/ClosedForm.hpp"

@@ -9,7 +9,7 @@
 #include "bem/DofTransfer.hpp"
 #include "evaluator/FmmEvaluator.hpp"
 #include "fe/DofData.hpp"
-#include "grid/TopologyOf.hpp"
+#include "grid/Geometry.hpp"
 #include "h5/SolutionReader.hpp"
 #include "io/Channels.hpp"
 #include "io/CheckedAccess.hpp"

@@ -10,9 +10,8 @@
 
 #include "conf/ESProblemYaml.hpp"
 #include "conf/LoadYamlFile.hpp"
-#include "grid/MeshReader.hpp"
-#include "grid/PointCloud.hpp"
-#include "grid/XyzReader.hpp"
+#include "grid/GridData.hpp"
+#include "grid/PointReaders.hpp"
 #include "io/Channels.hpp"
 #include "io/Exception.hpp"
 #include "io/Types.hpp"

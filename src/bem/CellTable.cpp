@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <string>
 
+#include "grid/ElementGeometry.hpp"
 #include "grid/ElementTypes.hpp"
-#include "grid/GeometricBasis.hpp"
 #include "io/Exception.hpp"
 #include "math/InstructionSet.hpp"
 #include "quad/CellMap.hpp"

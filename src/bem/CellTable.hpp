@@ -6,7 +6,7 @@
 #include "bem/PointChargeKernel.hpp"
 #include "fe/ShapeFunList.hpp"
 #include "io/Types.hpp"
-#include "quad/QuadratureInterface.hpp"
+#include "quad/RuleFamily.hpp"
 
 namespace velmo::bem {
 

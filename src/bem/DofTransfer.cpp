@@ -6,7 +6,7 @@
 
 #include "io/CheckedAccess.hpp"
 #include "io/Exception.hpp"
-#include "topo/Ownership.hpp"
+#include "topo/Grid.hpp"
 
 namespace velmo::bem {
 namespace {

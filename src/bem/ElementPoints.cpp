@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <map>
 
-#include "grid/GeometricBasis.hpp"
+#include "grid/ElementGeometry.hpp"
 
 namespace velmo::bem {
 namespace {

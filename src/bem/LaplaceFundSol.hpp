@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "io/Types.hpp"
-#include "quad/RealBlockStore.hpp"
+#include "quad/RuleFamily.hpp"
 
 namespace velmo::bem {
 

@@ -5,7 +5,6 @@
 #include <span>
 
 #include "fe/DofContainer.hpp"
-#include "fe/ShapeFunCounts.hpp"
 #include "fe/ShapeFunList.hpp"
 #include "io/Types.hpp"
 #include "topo/Grid.hpp"

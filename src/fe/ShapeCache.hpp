@@ -7,7 +7,7 @@
 
 #include "fe/ShapeFunList.hpp"
 #include "linalg/MatrixView.hpp"
-#include "quad/RealBlockStore.hpp"
+#include "quad/RuleFamily.hpp"
 #include "quad/SurfaceRuleSet.hpp"
 #include "topo/ReferenceElement.hpp"
 

@@ -1,13 +1,39 @@
 #pragma once
 
 #include <functional>
+#include <span>
 #include <vector>
 
 #include "io/Types.hpp"
-#include "topo/CoordinateSpan.hpp"
+#include "sfun/NodalBasis.hpp"
 #include "topo/ReferenceElement.hpp"
 
 namespace velmo::grid {
+
+/// The nodal basis that maps the reference element of a surface element's type code to space: the
+/// Lagrange basis of the type's order, or the serendipity basis for 308.
+/// @throws std::runtime_error "velmo::grid::detail_::applyToEets: must not reach this point
+///         (<name>)" for any other code
+[[nodiscard]] const sfun::NodalBasis& geometricBasis(u64 code);
+
+/// The most nodes that a surface element has: a quadrilateral of order 3.
+inline constexpr u64 kMaxSurfaceNodes = 16;
+
+/// out(q) = sum over k of values(q, k) nodes(k), the map of an element or one of its derivatives.
+///
+/// Called once per element and batch of points, so it takes no workspace and allocates nothing.
+///
+/// @param nodes  node coordinates, shape (numNodes, 3), row-major
+/// @param values basis values, shape (numPoints, numNodes), column-major
+/// @param out    shape (numPoints, 3), row-major
+void nodalSum(std::span<const double> nodes, const double* values, u64 numPoints,
+              double* out) noexcept;
+
+/// out(q) = |a(q) x b(q)|.
+///
+/// @param a, b tangents, shape (numPoints, 3), row-major
+/// @param out  shape (numPoints)
+void areaElementsOf(const double* a, const double* b, u64 numPoints, double* out) noexcept;
 
 /// Evaluates a basis at points; see `sfun::NodalBasis` for the shapes of the results.
 using BasisFunction = std::function<void(geom::ReferencePoints, double*)>;

@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "io/Exception.hpp"
+#include "io/Format.hpp"
 
 namespace velmo::grid {
 namespace {
@@ -86,6 +87,25 @@ u64 elementTypeFromWord(std::string_view word) {
   std::from_chars(word.data(), word.data() + word.size(), code);
   if ((code == kQuad12 || find(code) != nullptr) && word == std::to_string(code)) return code;
   throw utility::RuntimeError("Failed to identify the ET: " + std::string(word));
+}
+
+u64 ElementInfo::order() const {
+  if (elementTypes_.empty()) return 0;
+  u64 smallest = kNone;
+  u64 largest = 0;
+  u64 known = kNone;
+  for (const u64 code : elementTypes_) {
+    if (code == known) continue;
+    const u64 order = orderOf(code);
+    smallest = std::min(smallest, order);
+    largest = std::max(largest, order);
+    known = code;
+  }
+  if (smallest != largest)
+    throw std::runtime_error(
+        io::format("ElementInfo: A list of mixed order elements has been provided (min={}, max={})",
+                   smallest, largest));
+  return smallest;
 }
 
 }  // namespace velmo::grid

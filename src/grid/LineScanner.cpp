@@ -3,6 +3,7 @@
 #include <charconv>
 #include <concepts>
 #include <istream>
+#include <limits>
 #include <locale>
 #include <system_error>
 
@@ -29,6 +30,15 @@ const char* usualStart(const char* first, const char* last) noexcept {
 }
 
 }  // namespace
+
+std::istream& skipComments(std::istream& stream) {
+  while (stream.good()) {
+    const auto next = stream.peek();
+    if (next != '#' && next != '\n' && next != '\r') break;
+    stream.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
+  }
+  return stream;
+}
 
 LineScanner::LineScanner(std::istream& stream) : stream_(stream) {
   unusual_.imbue(std::locale::classic());

@@ -8,6 +8,12 @@
 
 namespace velmo::grid {
 
+/// Skips whole lines while the next one is empty or begins with "#" (or a carriage return). A line
+/// with blanks before the "#" and a line of blanks are none of these.
+///
+/// @return the stream, at the first character of another line or at the end of the file
+std::istream& skipComments(std::istream& stream);
+
 /// Takes words and numbers off a text stream just as its extraction operators do in the classic
 /// locale, but line by line from a buffer, which is several times faster: white space between two
 /// values may hold line ends, and what is no number raises the failbit of the stream. The stream

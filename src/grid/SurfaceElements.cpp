@@ -4,9 +4,8 @@
 #include <cmath>
 #include <deque>
 
+#include "grid/ElementGeometry.hpp"
 #include "grid/ElementTypes.hpp"
-#include "grid/GeometricBasis.hpp"
-#include "grid/NodalSum.hpp"
 #include "io/Exception.hpp"
 #include "quad/SurfaceRuleSet.hpp"
 

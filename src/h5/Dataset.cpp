@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <limits>
 
-#include "h5/Wrappers.hpp"
+#include "h5/Handle.hpp"
 #include "io/Exception.hpp"
 
 namespace velmo::h5 {

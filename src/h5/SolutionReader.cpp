@@ -9,8 +9,8 @@
 
 #include "grid/ElementTypes.hpp"
 #include "h5/Dataset.hpp"
+#include "h5/Handle.hpp"
 #include "h5/MergePieces.hpp"
-#include "h5/Wrappers.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
 #include "io/Types.hpp"

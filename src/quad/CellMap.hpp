@@ -17,7 +17,7 @@ using CellCode = u64;
 }
 
 /// Affine map of a cell from the reference element to itself:
-/// xi' = t + xi_x (a00, a10) + xi_y (a01, a11).
+/// xi' = t + xi_x (a00, a10) + xi_y (a01, a11), all in reference coordinates.
 struct CellMap {
   double a00 = 1.0;
   double a10 = 0.0;
@@ -26,7 +26,10 @@ struct CellMap {
   double tx = 0.0;
   double ty = 0.0;
 
+  /// The cell's share of the area of the reference element: 4^-level for all cells.
   [[nodiscard]] constexpr double determinant() const noexcept { return a00 * a11 - a10 * a01; }
+
+  /// x and y of the image of the reference point (x, y).
   [[nodiscard]] constexpr double mapX(double x, double y) const noexcept {
     return tx + x * a00 + y * a01;
   }
@@ -35,13 +38,21 @@ struct CellMap {
   }
 };
 
-/// The map of cell `code` of a triangle or quadrilateral.
+/// The map of cell `code` of a triangle or quadrilateral; s = 2^-level.
 ///
-/// Quadrilateral: the code without its sentinel is a Morton number, even bits x, odd bits y.
-/// Triangle: children 0, 1 and 3 lie at the vertices, child 2 is the inverted middle; each is
-/// similar to its parent, so all determinants are 4^-level.
+/// Quadrilateral: the code without its sentinel is a Morton number, bit 2l bit l of i and bit
+/// 2l + 1 bit l of j; the map is s times the identity and t = (i s, j s).
 ///
-/// @throws utility::RuntimeError "Reference element is not a surface element"
+/// Triangle (0,0), (1,0), (1,1): the map is a s times the identity with a sign a. From the parent's
+/// a and (tx, ty), child k has, with s its own scale,
+///
+///   k = 0, at the first vertex     a,   (tx, ty)
+///   k = 1, at the second vertex    a,   (tx + a s, ty)
+///   k = 2, the inverted middle    -a,   (tx + 2 a s, ty + a s)
+///   k = 3, at the third vertex     a,   (tx + a s, ty + a s)
+///
+/// @pre    code >= 1
+/// @throws utility::RuntimeError "Reference element is not a surface element" for another shape
 [[nodiscard]] CellMap cellMap(topo::ReferenceType kind, CellCode code);
 
 }  // namespace velmo::quad

@@ -3,6 +3,8 @@
 #include <string>
 
 #include "io/Exception.hpp"
+#include "quad/GaussRules.hpp"
+#include "quad/SimplexRules.hpp"
 
 namespace velmo::quad {
 

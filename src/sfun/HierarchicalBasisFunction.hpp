@@ -1,9 +1,8 @@
 #pragma once
 
-#include "sfun/L2Transformation.hpp"
-#include "sfun/NodalTransformation.hpp"
 #include "sfun/RawFunctions.hpp"
-#include "topo/CoordinateSpan.hpp"
+#include "sfun/Transformations.hpp"
+#include "topo/ReferenceElement.hpp"
 
 namespace velmo::sfun {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "math/Legendre.hpp"
-#include "topo/CoordinateSpan.hpp"
+#include "topo/ReferenceElement.hpp"
 
 namespace velmo::sfun::detail_ {
 

@@ -1,4 +1,8 @@
-#include "sfun/RawFunctions.hpp"
+#include "sfun/QuadrilateralFunctions.hpp"
+
+#include <algorithm>
+
+#include "math/Legendre.hpp"
 
 namespace velmo::sfun::detail_ {
 namespace {

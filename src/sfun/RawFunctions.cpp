@@ -1,5 +1,8 @@
 #include "sfun/RawFunctions.hpp"
 
+#include "quad/GaussRules.hpp"
+#include "quad/SimplexRules.hpp"
+
 namespace velmo::sfun::detail_ {
 
 template <int D>
@@ -46,11 +49,21 @@ void evalRawFunctions(u64 p, geom::ReferencePoints points, double* values) {
   });
 }
 
+template <int D>
+quad::RuleFamily<2> ruleFamily(u64 order) {
+  if constexpr (D == 2)
+    return quad::triangleFamily(order, order);
+  else
+    return quad::quadFamily(order, order);
+}
+
 template void rawValues<2>(const PointBatch&, u64, Rows);
 template void rawValues<3>(const PointBatch&, u64, Rows);
 template void rawGradients<2>(const PointBatch&, u64, Rows, Rows);
 template void rawGradients<3>(const PointBatch&, u64, Rows, Rows);
 template void evalRawFunctions<2>(u64, geom::ReferencePoints, double*);
 template void evalRawFunctions<3>(u64, geom::ReferencePoints, double*);
+template quad::RuleFamily<2> ruleFamily<2>(u64);
+template quad::RuleFamily<2> ruleFamily<3>(u64);
 
 }  // namespace velmo::sfun::detail_

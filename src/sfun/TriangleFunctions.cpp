@@ -1,6 +1,9 @@
+#include "sfun/TriangleFunctions.hpp"
+
+#include <algorithm>
 #include <array>
 
-#include "sfun/RawFunctions.hpp"
+#include "math/Legendre.hpp"
 
 namespace velmo::sfun::detail_ {
 namespace {

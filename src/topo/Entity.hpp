@@ -3,8 +3,8 @@
 #include <span>
 
 #include "io/Types.hpp"
+#include "topo/Containers.hpp"
 #include "topo/ReferenceElement.hpp"
-#include "topo/TinyVector.hpp"
 
 namespace velmo::topo {
 

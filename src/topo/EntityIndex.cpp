@@ -1,9 +1,41 @@
 #include "topo/EntityIndex.hpp"
 
+#include <algorithm>
 #include <bit>
 
 namespace velmo::topo {
 namespace {
+
+/// Numbers edges by their unordered pair of vertices.
+class EdgeTable {
+ public:
+  explicit EdgeTable(u64 numElementEdges)
+      : heads_(std::bit_ceil(std::max<u64>(numElementEdges / 2, 1)), kNone) {
+    // On a closed surface each edge belongs to two elements.
+    edges_.reserve(numElementEdges / 2);
+    next_.reserve(numElementEdges / 2);
+  }
+
+  /// Adds the edge unless it is known. `placeA` and `placeB` are the places of its vertices.
+  void insert(const Edge& edge, u64 placeA, u64 placeB) {
+    // Neighbouring vertices mostly have neighbouring places: this sum keeps their chains close
+    // together in memory and still spreads the edges that meet in one vertex.
+    const auto [low, high] = std::minmax(placeA, placeB);
+    u64& head = heads_[(2 * low + high) & (heads_.size() - 1)];
+    for (u64 e = head; e != kNone; e = next_[e])
+      if (edges_[e] == edge || edges_[e] == Edge{edge[1], edge[0]}) return;
+    next_.push_back(head);
+    head = edges_.size();
+    edges_.push_back(edge);
+  }
+
+  [[nodiscard]] std::vector<Edge> take() && { return std::move(edges_); }
+
+ private:
+  std::vector<u64> heads_;  ///< last edge of each chain, a power of two of chains
+  std::vector<u64> next_;   ///< edge before in the chain of each edge
+  std::vector<Edge> edges_;
+};
 
 u64 fnv1a(u64 id) noexcept {
   u64 hash = 0xcbf29ce484222325ULL;
@@ -16,6 +48,27 @@ u64 fnv1a(u64 id) noexcept {
 }
 
 }  // namespace
+
+std::vector<Edge> enumerateEdges(std::span<const u64> connectivity, std::span<const u64> offsets,
+                                 const IdMap& vertexMap) {
+  EdgeTable table(connectivity.size());
+  for (u64 element = 0; element + 1 < offsets.size(); ++element) {
+    const u64 first = offsets[element];
+    const u64 end = offsets[element + 1];
+    if (first == end) continue;
+    // The edges of both shapes lead from each vertex to the next one around the element.
+    const u64 firstPlace = vertexMap.find(connectivity[first]);
+    u64 place = firstPlace;
+    for (u64 i = first; i < end; ++i) {
+      const bool closes = i + 1 == end;
+      const u64 nextId = connectivity[closes ? first : i + 1];
+      const u64 nextPlace = closes ? firstPlace : vertexMap.find(nextId);
+      table.insert({connectivity[i], nextId}, place, nextPlace);
+      place = nextPlace;
+    }
+  }
+  return std::move(table).take();
+}
 
 u64 hashSortedIds(std::span<const u64> sortedIds) noexcept {
   if (sortedIds.empty()) return 0;

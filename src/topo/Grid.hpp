@@ -7,14 +7,48 @@
 
 #include "comm/Comm.hpp"
 #include "io/Types.hpp"
-#include "topo/EdgeEnumeration.hpp"
 #include "topo/Entity.hpp"
+#include "topo/EntityIndex.hpp"
 #include "topo/EntityRange.hpp"
 #include "topo/IdMap.hpp"
-#include "topo/Ownership.hpp"
 #include "topo/ReferenceElement.hpp"
 
 namespace velmo::topo {
+
+/// Which rank owns the entities of one codimension: the smallest rank among those that hold them.
+class Ownership {
+ public:
+  Ownership(comm::Comm comm, u64 numEntities)
+      : comm_(comm), numEntities_(numEntities), sendLists_(static_cast<u64>(comm::size(comm))) {}
+
+  [[nodiscard]] comm::Comm communicator() const noexcept { return comm_; }
+  [[nodiscard]] u64 numEntities() const noexcept { return numEntities_; }
+
+  /// With one rank, the only holder of every entity owns it.
+  [[nodiscard]] int owner(u64 /*entity*/) const noexcept { return comm::rank(comm_); }
+  [[nodiscard]] bool isOwned(u64 entity) const noexcept {
+    return owner(entity) == comm::rank(comm_);
+  }
+
+  /// Per rank, the owned entities that it holds too; empty with one rank.
+  [[nodiscard]] const std::vector<std::vector<u64>>& sendLists() const noexcept {
+    return sendLists_;
+  }
+
+ private:
+  comm::Comm comm_;
+  u64 numEntities_;
+  std::vector<std::vector<u64>> sendLists_;
+};
+
+/// One record per codimension.
+using Ownerships = std::vector<Ownership>;
+
+/// @throws utility::RuntimeError "Ownerships has not been created yet" for a null pointer
+[[nodiscard]] const Ownerships& requireOwnerships(const std::unique_ptr<Ownerships>& ownerships);
+
+/// The tags of all ranks, sorted and unique.
+[[nodiscard]] std::vector<u64> gatherTags(comm::Comm comm, std::span<const u64> tags);
 
 /// Entities of a grid and how they hang together; knows vertex ids and no coordinates. Built once,
 /// then read by any number of threads.

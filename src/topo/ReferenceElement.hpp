@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -65,3 +66,27 @@ struct NodePoints {
 [[nodiscard]] std::vector<double> interiorNodePoints(ReferenceType type, u64 order);
 
 }  // namespace velmo::topo
+
+namespace velmo::geom::detail_ {
+
+/// Non-owning span over interleaved coordinates of points in `Dim` dimensions.
+/// `CoordinateSpan_<2, 1>` carries points of a reference element.
+template <std::size_t Dim, int N = 1>
+struct CoordinateSpan_ {
+  const double* data = nullptr;
+  u64 size = 0;  ///< number of doubles, `Dim` per point
+
+  [[nodiscard]] constexpr u64 numPoints() const noexcept { return size / Dim; }
+  [[nodiscard]] constexpr double operator()(u64 point, u64 axis) const noexcept {
+    return data[point * Dim + axis];
+  }
+};
+
+}  // namespace velmo::geom::detail_
+
+namespace velmo::geom {
+
+/// Points of a two-dimensional reference element.
+using ReferencePoints = detail_::CoordinateSpan_<2, 1>;
+
+}  // namespace velmo::geom

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "bits/MortonGrid.hpp"
-#include "grid/TopologyOf.hpp"
+#include "grid/Geometry.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
 #include "tree/LocallyEssentialTree.hpp"

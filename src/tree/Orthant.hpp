@@ -4,7 +4,7 @@
 
 #include "bits/MortonID.hpp"
 #include "io/Types.hpp"
-#include "topo/Bitset.hpp"
+#include "topo/Containers.hpp"
 
 namespace velmo::tree {
 

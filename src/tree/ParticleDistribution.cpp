@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "bits/MortonID.hpp"
-#include "grid/ElementsToPoints.hpp"
-#include "grid/NodeLookup.hpp"
+#include "grid/GridData.hpp"
+#include "grid/GridOperations.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
 #include "tree/BoundingBox.hpp"

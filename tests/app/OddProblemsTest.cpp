@@ -9,7 +9,7 @@
 
 #include "app/ProcessPost.hpp"
 #include "app/SampleRuns.hpp"
-#include "grid/PointCloud.hpp"
+#include "grid/GridData.hpp"
 #include "support/OddProblem.hpp"
 #include "support/TextMutation.hpp"
 #include "thread/ThreadPool.hpp"

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "grid/PointCloud.hpp"
+#include "grid/GridData.hpp"
 #include "io/Channels.hpp"
 #include "io/Format.hpp"
 #include "support/RunProgram.hpp"

@@ -9,7 +9,6 @@
 #include "fmm/FarfieldTransfer.hpp"
 #include "fmm/TransferPlan.hpp"
 #include "grid/GridData.hpp"
-#include "grid/PointCloud.hpp"
 #include "thread/ThreadPool.hpp"
 #include "tree/FmmTree.hpp"
 

@@ -4,8 +4,8 @@
 #include <sstream>
 #include <string>
 
-#include "grid/MeshReader.hpp"
-#include "grid/PointCloud.hpp"
+#include "grid/GridData.hpp"
+#include "grid/PointReaders.hpp"
 
 namespace {
 

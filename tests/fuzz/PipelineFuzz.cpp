@@ -10,7 +10,7 @@
 #include <string>
 
 #include "app/ProcessPost.hpp"
-#include "grid/PointCloud.hpp"
+#include "grid/GridData.hpp"
 #include "support/OddProblem.hpp"
 #include "thread/ThreadPool.hpp"
 

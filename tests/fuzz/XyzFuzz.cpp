@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "grid/PointCloud.hpp"
-#include "grid/XyzReader.hpp"
+#include "grid/GridData.hpp"
+#include "grid/PointReaders.hpp"
 
 /// A list of points is read whole or ends in the stream's failure.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -5,10 +5,9 @@
 #include <cmath>
 #include <limits>
 
-#include "grid/GeometricBasis.hpp"
+#include "grid/Geometry.hpp"
 #include "grid/SurfaceElements.hpp"
 #include "grid/SurfaceWorlds.hpp"
-#include "grid/TopologyOf.hpp"
 
 namespace velmo::grid {
 namespace {

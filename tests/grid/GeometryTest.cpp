@@ -5,11 +5,10 @@
 #include <algorithm>
 
 #include "grid/Coordinates.hpp"
-#include "grid/ElementInfo.hpp"
-#include "grid/GeometricBasis.hpp"
+#include "grid/ElementGeometry.hpp"
+#include "grid/ElementTypes.hpp"
 #include "grid/SurfaceElements.hpp"
 #include "grid/SurfaceWorlds.hpp"
-#include "grid/TopologyOf.hpp"
 #include "io/Exception.hpp"
 #include "support/ExpectThrow.hpp"
 

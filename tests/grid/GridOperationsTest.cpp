@@ -4,10 +4,8 @@
 #include <stdexcept>
 #include <vector>
 
-#include "grid/ElementsToPoints.hpp"
-#include "grid/FilterElements.hpp"
-#include "grid/MergeGridData.hpp"
-#include "grid/PointCloud.hpp"
+#include "grid/GridData.hpp"
+#include "grid/GridOperations.hpp"
 #include "io/Exception.hpp"
 #include "support/ExpectThrow.hpp"
 

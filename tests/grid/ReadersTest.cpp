@@ -7,9 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "grid/MeshReader.hpp"
-#include "grid/SkipComments.hpp"
-#include "grid/XyzReader.hpp"
+#include "grid/LineScanner.hpp"
+#include "grid/PointReaders.hpp"
 #include "io/Exception.hpp"
 #include "support/ExpectThrow.hpp"
 #include "support/TextMutation.hpp"

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "grid/ElementsToPoints.hpp"
+#include "grid/GridOperations.hpp"
 #include "io/Exception.hpp"
 #include "support/ExpectThrow.hpp"
 #include "support/SolutionFile.hpp"

@@ -5,8 +5,9 @@
 #include <cmath>
 #include <functional>
 
-#include "quad/FixedRules.hpp"
+#include "quad/GaussRules.hpp"
 #include "quad/RuleFamily.hpp"
+#include "quad/SimplexRules.hpp"
 
 namespace velmo::quad {
 namespace {

@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "io/Exception.hpp"
-#include "quad/FixedRules.hpp"
+#include "quad/GaussRules.hpp"
+#include "quad/SimplexRules.hpp"
 #include "quad/SurfaceRuleSet.hpp"
-#include "quad/TriangleFamily.hpp"
 #include "support/ExpectThrow.hpp"
 
 namespace velmo::quad {

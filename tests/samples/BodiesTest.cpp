@@ -15,7 +15,6 @@
 #include "grid/ElementGeometry.hpp"
 #include "grid/ElementTypes.hpp"
 #include "grid/Geometry.hpp"
-#include "grid/TopologyOf.hpp"
 #include "io/Exception.hpp"
 #include "topo/ReferenceElement.hpp"
 

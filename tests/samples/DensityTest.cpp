@@ -8,7 +8,6 @@
 
 #include "grid/ElementGeometry.hpp"
 #include "grid/Geometry.hpp"
-#include "grid/TopologyOf.hpp"
 #include "io/Exception.hpp"
 #include "samples/Bodies.hpp"
 #include "samples/ChargedSphere.hpp"

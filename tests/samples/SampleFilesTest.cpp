@@ -12,7 +12,7 @@
 
 #include "conf/ESProblemYaml.hpp"
 #include "conf/LoadYamlFile.hpp"
-#include "grid/XyzReader.hpp"
+#include "grid/PointReaders.hpp"
 #include "io/Exception.hpp"
 #include "samples/SampleRequest.hpp"
 #include "support/ExpectThrow.hpp"

@@ -8,7 +8,7 @@
 
 #include "io/Exception.hpp"
 #include "math/Legendre.hpp"
-#include "sfun/ReferenceRule.hpp"
+#include "sfun/RawFunctions.hpp"
 #include "sfun/SamplePoints.hpp"
 #include "support/ExpectThrow.hpp"
 

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "io/Exception.hpp"
-#include "sfun/MonomialBasis.hpp"
 #include "sfun/SamplePoints.hpp"
 #include "support/ExpectThrow.hpp"
 

@@ -5,9 +5,8 @@
 #include <unordered_map>
 
 #include "support/ExpectThrow.hpp"
-#include "topo/Bitset.hpp"
+#include "topo/Containers.hpp"
 #include "topo/IdMap.hpp"
-#include "topo/TinyVector.hpp"
 
 namespace velmo::topo {
 namespace {

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "grid/GridData.hpp"
-#include "grid/PointCloud.hpp"
 
 namespace velmo::tree::test {
 

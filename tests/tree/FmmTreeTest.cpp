@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "bits/MortonGrid.hpp"
-#include "grid/ElementsToPoints.hpp"
+#include "grid/GridOperations.hpp"
 #include "support/ExpectThrow.hpp"
 #include "tree/BoundingBox.hpp"
 #include "tree/Clouds.hpp"

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <iosfwd>
+#include <vector>
+
+#include "grid/GridData.hpp"
+
+namespace velmo::grid {
+
+/// Reads a mesh into a default-constructed grid: a header "worldDim numNodes numElements
+/// incidences", one line "id x y .." per node and one line "type tag node .." per element, with
+/// comment lines in between. Node ids are taken as they stand, in any order.
+///
+/// Fewer node numbers in the elements than the header's incidences give a warning on the standard
+/// error stream.
+///
+/// Makes the stream throw on failbit.
+/// @return the stream
+/// @throws utility::RuntimeError "Expected four words here -> <line>",
+///         "Expected a number, got: <word>", "Failed to identify the ET: <word>",
+///         "Input file predicted smaller size of incidence table: <size>"
+/// @throws std::runtime_error for the element type 312, see ElementTypes.hpp
+/// @throws std::out_of_range  "stoi argument out of range"
+/// @throws std::ios_base::failure for a missing or malformed number
+std::istream& readMesh(std::istream& stream, GridData& grid);
+
+/// Reads a list of points: the count N, then x, y, z of each point, shape (N, 3) in `coordinates`.
+///
+/// Text behind the count and behind the three numbers of a point is ignored, as are comment lines
+/// before and after each of these lines and everything after the last point.
+///
+/// Makes the stream throw on failbit.
+/// @throws std::ios_base::failure for a missing or malformed number
+void readXyz(std::istream& stream, std::vector<double>& coordinates);
+
+}  // namespace velmo::grid

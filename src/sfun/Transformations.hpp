@@ -1,0 +1,65 @@
+#pragma once
+
+#include <vector>
+
+#include "io/Types.hpp"
+#include "sfun/PointBatch.hpp"
+
+namespace velmo::sfun::L2 {
+
+/// Turns the raw functions into element-local ones of which the first has integral 1 over the
+/// reference element and all others 0, so that the first coefficient is the integral of a function.
+///
+///   order 0        the raw constant stays
+///   triangle       phi_0 = 2 (l0 + l1 + l2) = 2, phi_k = 2 l_k - 2/3 for k = 1, 2
+///   quadrilateral  phi_0 = sum of the N_k = 1, phi_k = N_k - 1/4 for k = 1, 2, 3
+///   all others     phi_i = raw_i - mean_i
+template <int D>
+class L2Transformation {
+ public:
+  explicit L2Transformation(u64 order);
+
+  /// Mean of each raw function over the reference element, with 0 for the first one; only the
+  /// entries behind the vertices are used. Shape (number of functions).
+  [[nodiscard]] const std::vector<double>& means() const noexcept { return means_; }
+
+  /// Transforms the rows of one batch of `count` points in place.
+  void apply(detail_::Rows rows, u64 count) const noexcept;
+
+  /// The same for one component of the gradients.
+  void applyGradient(detail_::Rows rows, u64 count) const noexcept;
+
+ private:
+  u64 order_;
+  std::vector<double> means_;
+};
+
+}  // namespace velmo::sfun::L2
+
+namespace velmo::sfun::Nodal {
+
+/// Turns the raw functions into N_k = sum over i of T(k, i) raw_i, which are 1 at node k of
+/// `topo::nodePoints` and 0 at all others.
+///
+/// With A(k, q) the vertex functions and B(i, q) the others at the nodes q behind the vertices,
+/// T = [[I, -A inv(B)], [0, inv(B)]]: the functions behind the vertices vanish at the vertices.
+template <int D>
+class NodalTransformation {
+ public:
+  /// @pre order >= 1
+  explicit NodalTransformation(u64 order);
+
+  /// Transforms the rows of one batch of `count` points in place. Takes its workspace from the
+  /// calling thread, which keeps it.
+  void apply(detail_::Rows rows, u64 count) const;
+
+  /// The same for one component of the gradients.
+  void applyGradient(detail_::Rows rows, u64 count) const { apply(rows, count); }
+
+ private:
+  u64 numFunctions_;
+  u64 numInner_;               ///< functions behind the vertices
+  std::vector<double> inner_;  ///< the right part of T, shape (numFunctions, numInner), row-major
+};
+
+}  // namespace velmo::sfun::Nodal
