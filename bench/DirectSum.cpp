@@ -9,9 +9,7 @@
 //        evaluation would give with expansions of infinite degree.
 
 #include <algorithm>
-#include <charconv>
 #include <chrono>
-#include <exception>
 #include <iostream>
 #include <iterator>
 #include <optional>
@@ -35,6 +33,7 @@
 #include "io/Format.hpp"
 #include "io/StageReport.hpp"
 #include "math/InstructionSet.hpp"
+#include "samples/CommandLine.hpp"
 #include "thread/ParallelFor.hpp"
 #include "thread/ThreadPool.hpp"
 
@@ -61,19 +60,13 @@ struct Request {
   u64 every = 1;
 };
 
-Request parseRequest(std::span<const char* const> arguments) {
-  constexpr const char* kUsage = "usage: DirectSum plain|exact NAME [EVERY]";
-  if (arguments.size() < 2 || arguments.size() > 3) throw utility::RuntimeError(kUsage);
-  const std::string_view kind = arguments[0];
-  Request request{.exact = kind == "exact", .name = arguments[1]};
-  if (!request.exact && kind != "plain") throw utility::RuntimeError(kUsage);
-  if (arguments.size() == 3) {
-    const std::string_view text = arguments[2];
-    const auto [end, error] =
-        std::from_chars(text.data(), text.data() + text.size(), request.every);
-    if (error != std::errc() || end != text.data() + text.size() || request.every == 0)
-      throw utility::RuntimeError(kUsage);
-  }
+Request parseRequest(samples::Words words) {
+  Request request;
+  const auto kind = samples::choice<bool>(request.exact, {{"plain", false}, {"exact", true}});
+  const bool isRead = words.size() >= 2 && words.size() <= 3 && kind(words[0]) &&
+                      (words.size() == 2 || samples::inRange(request.every, 1)(words[2]));
+  if (!isRead) throw utility::RuntimeError("usage: DirectSum plain|exact NAME [EVERY]");
+  request.name = words[1];
   return request;
 }
 
@@ -157,7 +150,8 @@ u64 blockSize(u64 numPoints, u64 largest) {
   return std::min(largest, math::paddedToLanes(share));
 }
 
-void run(const Request& request) {
+int run(samples::Words words) {
+  const Request request = parseRequest(words);
   io::Timer timer;
   io::out.setStreams({&std::cout});
   const std::optional<orvanta::RunInputs> inputs =
@@ -183,7 +177,7 @@ void run(const Request& request) {
                       std::span(potential).subspan(first, count),
                       std::span(gradient).subspan(3 * first, 3 * count)});
   }
-  thread::parallelFor(blocks.begin(), blocks.end(), [&](const TargetBlock& block) {
+  thread::internal_::parallelForTP(blocks.begin(), blocks.end(), [&](const TargetBlock& block) {
     request.exact ? sumExact(surface, block) : sumPlain(surface, block);
   });
   reportStage("Sum:", timer);
@@ -192,17 +186,12 @@ void run(const Request& request) {
                                            points, potential, gradient);
   reportStage("Output:", timer);
   std::cout << "# " << numPoints << " points in " << table << '\n';
+  return 0;
 }
 
 }  // namespace
 }  // namespace velmo::bench
 
 int main(int argc, char** argv) {
-  try {
-    velmo::bench::run(velmo::bench::parseRequest({argv + 1, static_cast<std::size_t>(argc - 1)}));
-    return 0;
-  } catch (const std::exception& failure) {
-    std::cerr << "DirectSum: " << failure.what() << '\n';
-    return 1;
-  }
+  return velmo::samples::runTool("DirectSum", argc, argv, velmo::bench::run);
 }

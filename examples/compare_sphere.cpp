@@ -1,19 +1,17 @@
 #include <array>
-#include <charconv>
 #include <cmath>
-#include <exception>
 #include <fstream>
 #include <iostream>
 #include <limits>
 #include <numbers>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
-#include "samples/ChargedSphere.hpp"
+#include "samples/ClosedForm.hpp"
+#include "samples/CommandLine.hpp"
 
 namespace velmo::samples {
 namespace {
@@ -42,34 +40,29 @@ struct Request {
 double numberOf(std::string_view text) {
   const auto first = text.find_first_not_of(' ');
   if (first != std::string_view::npos) text.remove_prefix(first);
-  double value = 0.0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size())
-    throw RuntimeError(io::format("Expected a number, got '{}'", text));
-  return value;
+  const auto number = numberIn(text);
+  if (!number) throw RuntimeError(io::format("Expected a number, got '{}'", text));
+  return *number;
 }
 
-Request parseRequest(std::span<const char* const> arguments) {
+Request parseRequest(Words words) {
   Request request;
-  for (const std::string_view word : arguments) {
-    const auto equals = word.find('=');
-    const std::string_view name = word.substr(0, equals);
-    if (!word.starts_with("--")) {
-      if (!request.table.empty()) throw RuntimeError("Expected one table");
-      request.table = word;
-      continue;
-    }
-    const double value = numberOf(equals == std::string_view::npos ? "" : word.substr(equals + 1));
-    if (name == "--charge") {
-      request.sphere.charge = value;
-    } else if (name == "--radius") {
-      request.sphere.radius = value;
-    } else if (name == "--within") {
-      request.within = value;
-    } else {
-      throw RuntimeError(io::format("Unknown option '{}'", name));
-    }
-  }
+  const auto numberTo = [](double& value) {
+    return [&value](std::string_view text) {
+      value = numberOf(text);
+      return true;
+    };
+  };
+  const auto readTablePath = [&request](std::string_view word) {
+    if (!request.table.empty()) throw RuntimeError("Expected one table");
+    request.table = word;
+    return true;
+  };
+  readOptions({{"--charge", "Q", "", numberTo(request.sphere.charge)},
+               {"--radius", "R", "", numberTo(request.sphere.radius)},
+               {"--within", "X", "", numberTo(request.within)},
+               {"", "FILE.csv", "", readTablePath}},
+              words);
   if (request.table.empty()) throw RuntimeError("Expected the path of a table");
   return request;
 }
@@ -140,7 +133,12 @@ struct Side {
   }
 };
 
-int compare(const Request& request) {
+int compare(Words words) {
+  if (words.empty() || std::string_view(words.front()) == "--help") {
+    std::cout << kHelp;
+    return 0;
+  }
+  const Request request = parseRequest(words);
   Side outside;
   Side inside;
   for (const Row& row : readTable(request.table))
@@ -163,17 +161,5 @@ int compare(const Request& request) {
 
 /// Tells how far the result for a charged sphere is from its closed form.
 int main(int argc, char** argv) {
-  using namespace velmo::samples;
-  try {
-    const auto arguments = std::span<const char* const>(argv, static_cast<std::size_t>(argc))
-                               .subspan(argc > 0 ? 1 : 0);
-    if (arguments.empty() || std::string_view(arguments.front()) == "--help") {
-      std::cout << kHelp;
-      return 0;
-    }
-    return compare(parseRequest(arguments));
-  } catch (const std::exception& error) {
-    std::cerr << "compare_sphere: " << error.what() << '\n';
-    return 1;
-  }
+  return velmo::samples::runTool("compare_sphere", argc, argv, velmo::samples::compare);
 }

@@ -3,7 +3,6 @@
 #include <numbers>
 
 #include "io/Exception.hpp"
-#include "samples/ChargedSphere.hpp"
 #include "samples/ConductingEllipsoid.hpp"
 #include "samples/DiscPair.hpp"
 #include "samples/SampleRequest.hpp"
@@ -44,7 +43,7 @@ std::unique_ptr<ClosedForm> closedForm(const SampleRequest& request) {
       return std::make_unique<ConductingEllipsoid>(request.semiAxes, request.charge.value_or(1.0),
                                                    request.centre);
     case Body::SpherePair:
-      return std::make_unique<SphereGap>(radiiOf(request), request.gap, request.voltage,
+      return std::make_unique<SphereGap>(request.radii(), request.gap, request.voltage,
                                          request.centre);
     case Body::DiscPair:
       return std::make_unique<DiscPair>(request.radius, request.gap, request.sigma, request.centre);

@@ -1,3 +1,5 @@
+#include "samples/MakeSample.hpp"
+
 #include <cmath>
 #include <utility>
 #include <vector>
@@ -5,7 +7,6 @@
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
 #include "samples/ClosedForm.hpp"
-#include "samples/SampleRequest.hpp"
 
 namespace velmo::samples {
 
@@ -20,7 +21,7 @@ SurfaceMesh meshOf(const SampleRequest& request) {
     case Body::Ellipsoid:
       return ellipsoid(request.mesh, request.semiAxes, request.centre);
     case Body::SpherePair:
-      return spherePair(request.mesh, radiiOf(request), request.gap, request.centre);
+      return spherePair(request.mesh, request.radii(), request.gap, request.centre);
     case Body::DiscPair:
       return discPair(request.mesh, request.radius, request.gap, request.centre);
     case Body::Sphere:
@@ -76,15 +77,7 @@ Points pointsOf(const SampleRequest& request, const SurfaceMesh& mesh) {
   return randomInShell(request.count, request.centre, request.rMin, request.rMax, request.seed);
 }
 
-std::filesystem::path withExtension(const std::filesystem::path& out, const char* extension) {
-  return std::filesystem::path(out) += extension;
-}
-
 }  // namespace
-
-std::array<double, 2> radiiOf(const SampleRequest& request) {
-  return {request.radius, request.lowerRadius.value_or(request.radius)};
-}
 
 SurfaceMesh makeMesh(const SampleRequest& request) {
   SurfaceMesh mesh = meshOf(request);
@@ -118,10 +111,12 @@ Sample makeSample(const SampleRequest& request) {
 }
 
 std::string writeSample(const SampleRequest& request, const Sample& sample) {
-  const auto solution = withExtension(request.out, ".vtkhdf");
-  const auto points = withExtension(request.out, ".xyz");
-  const auto settings = withExtension(request.out, ".yaml");
-  writeSolution(solution, pieces(sample.mesh, sample.density, request.pieces), request.storage);
+  const auto solution = request.file(".vtkhdf");
+  const auto points = request.file(".xyz");
+  const auto settings = request.file(".yaml");
+  SolutionFile file = pieces(sample.mesh, sample.density, request.pieces);
+  file.store(request.storage);
+  file.write(solution);
   writeXyz(points, sample.points, "x y z of each evaluation point");
   writeSettings(settings, request.settings);
   return io::format(

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cmath>
-#include <iterator>
 #include <numbers>
 
 #include "grid/ElementGeometry.hpp"
@@ -10,7 +9,6 @@
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
 #include "samples/Random.hpp"
-#include "samples/TextFile.hpp"
 #include "topo/ReferenceElement.hpp"
 
 namespace velmo::samples {
@@ -135,14 +133,6 @@ Points offSurface(u64 count, const SurfaceMesh& mesh, double dMin, double dMax, 
     for (u64 axis = 0; axis < 3; ++axis) x[axis] += distance / norm(normal) * normal.at(axis);
   }
   return points;
-}
-
-void writeXyz(const std::filesystem::path& path, const Points& points, const std::string& comment) {
-  std::string text = io::format("# {}\n{}\n", comment, points.size() / 3);
-  auto out = std::back_inserter(text);
-  for (u64 i = 0; i < points.size(); i += 3)
-    io::format_to(out, "{:.16e} {:.16e} {:.16e}\n", points[i], points[i + 1], points[i + 2]);
-  writeText(path, text);
 }
 
 }  // namespace velmo::samples

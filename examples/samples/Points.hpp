@@ -1,7 +1,5 @@
 #pragma once
 
-#include <filesystem>
-#include <string>
 #include <vector>
 
 #include "io/Types.hpp"
@@ -38,10 +36,5 @@ using Points = std::vector<double>;
 /// negative distances lie behind the surface.
 [[nodiscard]] Points offSurface(u64 count, const SurfaceMesh& mesh, double dMin, double dMax,
                                 u64 seed);
-
-/// Writes an `.xyz` file: a comment line, the count, one point per line with 17 significant digits,
-/// which read back to the same bits.
-/// @throws utility::RuntimeError "Cannot write file '<path>'"
-void writeXyz(const std::filesystem::path& path, const Points& points, const std::string& comment);
 
 }  // namespace velmo::samples

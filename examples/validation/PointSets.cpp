@@ -22,7 +22,7 @@ double enclosingRadius(const SampleRequest& request) {
     case Body::Ellipsoid:
       return *std::max_element(request.semiAxes.begin(), request.semiAxes.end());
     case Body::SpherePair: {
-      const auto radii = radiiOf(request);
+      const auto radii = request.radii();
       return 0.5 * request.gap + 2.0 * std::max(radii[0], radii[1]);
     }
     case Body::DiscPair:
@@ -40,7 +40,7 @@ Points insideEllipsoid(const SampleRequest& request) {
 }
 
 Points insideSpheres(const SampleRequest& request) {
-  const auto radii = radiiOf(request);
+  const auto radii = request.radii();
   Points points;
   for (u64 i = 0; i < 2; ++i) {
     const double side = i == 0 ? 1.0 : -1.0;

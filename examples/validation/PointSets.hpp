@@ -3,7 +3,9 @@
 #include <string>
 #include <vector>
 
+#include "samples/Points.hpp"
 #include "samples/SampleRequest.hpp"
+#include "samples/SurfaceMesh.hpp"
 
 namespace velmo::validation {
 
@@ -15,6 +17,7 @@ struct PointSet {
   [[nodiscard]] u64 count() const noexcept { return points.size() / 3; }
 };
 
+/// Where the points of the sets lie.
 struct PlaceOptions {
   double nearLow = 0.1;   ///< least distance from the elements in element sizes, sqrt(2 area)
   double nearHigh = 1.0;  ///< greatest one

@@ -10,6 +10,7 @@
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
 #include "io/Types.hpp"
+#include "samples/CommandLine.hpp"
 
 namespace velmo::validation {
 
@@ -26,9 +27,9 @@ bool parseRow(std::string_view line, std::array<double, 7>& values) {
   for (u64 k = 0; k < values.size(); ++k) {
     const auto comma = line.find(',');
     if ((comma == std::string_view::npos) != (k + 1 == values.size())) return false;
-    const std::string_view cell = trimmed(line.substr(0, comma));
-    const auto [end, error] = std::from_chars(cell.data(), cell.data() + cell.size(), values.at(k));
-    if (error != std::errc() || end != cell.data() + cell.size()) return false;
+    const auto number = samples::numberIn(trimmed(line.substr(0, comma)));
+    if (!number) return false;
+    values.at(k) = *number;
     if (comma != std::string_view::npos) line.remove_prefix(comma + 1);
   }
   return true;

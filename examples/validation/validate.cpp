@@ -1,21 +1,18 @@
 #include <algorithm>
-#include <charconv>
 #include <cmath>
-#include <exception>
 #include <filesystem>
 #include <iostream>
 #include <span>
 #include <string>
 #include <string_view>
-#include <tuple>
-#include <utility>
 #include <vector>
 
 #include "grid/Geometry.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
 #include "samples/ClosedForm.hpp"
-#include "samples/SampleRequest.hpp"
+#include "samples/CommandLine.hpp"
+#include "samples/MakeSample.hpp"
 #include "validation/Errors.hpp"
 #include "validation/PointSets.hpp"
 #include "validation/RunResult.hpp"
@@ -24,6 +21,7 @@ namespace velmo::validation {
 namespace {
 
 using samples::SampleRequest;
+using samples::Words;
 using utility::RuntimeError;
 
 constexpr std::string_view kHelp = R"(validate write|settings [near=LOW,HIGH] [gap=N] OPTIONS
@@ -43,10 +41,6 @@ constexpr std::string_view kHead =
     "min_rel_dist,leaf_size,set,count,potential_l2,potential_max,field_l2,field_max,"
     "eval_potential_l2,eval_potential_max,eval_field_l2,eval_field_max,"
     "preparation,setup,apply,total\n";
-
-std::filesystem::path withExtension(const SampleRequest& request, const char* extension) {
-  return std::filesystem::path(request.out) += extension;
-}
 
 std::string nameOf(samples::Body body) {
   using samples::Body;
@@ -104,11 +98,10 @@ struct Task {
 void writeInputs(const Task& task) {
   const SampleRequest& request = task.request;
   const samples::SurfaceMesh mesh = makeMesh(request);
-  samples::writeSolution(withExtension(request, ".vtkhdf"),
-                         samples::pieces(mesh, makeDensity(request, mesh)));
-  samples::writeXyz(withExtension(request, ".xyz"), joined(pointSets(request, mesh, task.places)),
+  samples::pieces(mesh, makeDensity(request, mesh)).write(request.file(".vtkhdf"));
+  samples::writeXyz(request.file(".xyz"), joined(pointSets(request, mesh, task.places)),
                     "sets of points one behind the other");
-  samples::writeSettings(withExtension(request, ".yaml"), request.settings);
+  samples::writeSettings(request.file(".yaml"), request.settings);
 }
 
 std::vector<Row> tableOf(const std::filesystem::path& path, const samples::Points& points) {
@@ -162,53 +155,65 @@ int compare(const Task& task, const std::filesystem::path& table,
 }
 
 double numberOf(std::string_view text) {
-  double number = 0.0;
-  const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, number);
-  if (error != std::errc() || stop != end || !(number >= 0.0))
+  const auto number = samples::numberIn(text);
+  if (!number || !(*number >= 0.0))
     throw RuntimeError(io::format("Expected a number, got '{}'", text));
-  return number;
+  return *number;
 }
 
-/// Two numbers with a comma between them.
-std::pair<double, double> pairOf(std::string_view text) {
-  const auto comma = std::min(text.find(','), text.size());
-  return {numberOf(text.substr(0, comma)), numberOf(text.substr(std::min(comma + 1, text.size())))};
+/// Reads two numbers with a comma between them.
+samples::Reader numberPair(double& first, double& second) {
+  return [&first, &second](std::string_view text) {
+    const auto comma = std::min(text.find(','), text.size());
+    first = numberOf(text.substr(0, comma));
+    second = numberOf(text.substr(std::min(comma + 1, text.size())));
+    return true;
+  };
 }
 
-Task taskOf(std::span<const char* const> arguments) {
+samples::Reader word(std::string& value) {
+  return [&value](std::string_view text) {
+    value = text;
+    return true;
+  };
+}
+
+/// Words with dashes are those of the sample, the others this tool's own.
+Task taskOf(Words words) {
   Task task;
-  std::vector<const char*> options{"--density=exact"};
-  for (const char* const argument : arguments) {
-    const std::string_view word(argument);
-    if (word.starts_with("--")) {
-      options.push_back(argument);
-    } else if (word.starts_with("label=")) {
-      task.label = word.substr(6);
-    } else if (word.starts_with("reference=")) {
-      task.reference = word.substr(10);
-    } else if (word.starts_with("near=")) {
-      std::tie(task.places.nearLow, task.places.nearHigh) = pairOf(word.substr(5));
-    } else if (word.starts_with("gap=")) {
-      task.places.gapCount = static_cast<u64>(numberOf(word.substr(4)));
-    } else if (word.starts_with("within=")) {
-      std::tie(task.bounds.potential, task.bounds.field) = pairOf(word.substr(7));
-    } else {
-      throw RuntimeError(io::format("Unknown word '{}'", word));
-    }
-  }
-  task.request = samples::parseRequest(options);
+  std::vector<const char*> ofSample{"--density=exact"};
+  std::vector<const char*> own;
+  for (const char* const w : words)
+    (std::string_view(w).starts_with("--") ? ofSample : own).push_back(w);
+  const auto readGapCount = [&task](std::string_view text) {
+    task.places.gapCount = static_cast<u64>(numberOf(text));
+    return true;
+  };
+  const auto refuse = [](std::string_view text) -> bool {
+    throw RuntimeError(io::format("Unknown word '{}'", text));
+  };
+  samples::readOptions(
+      {{"label", "TEXT", "", word(task.label)},
+       {"reference", "TABLE", "", word(task.reference)},
+       {"near", "LOW,HIGH", "", numberPair(task.places.nearLow, task.places.nearHigh)},
+       {"gap", "N", "", readGapCount},
+       {"within", "POTENTIAL,FIELD", "", numberPair(task.bounds.potential, task.bounds.field)},
+       {"", "", "", refuse}},
+      own);
+  task.request = samples::parseRequest(ofSample);
   return task;
 }
 
-int run(std::string_view verb, std::span<const char* const> arguments) {
+int run(Words words) {
+  const std::string_view verb = words.empty() ? "--help" : words.front();
+  const Words arguments = words.subspan(std::min<std::size_t>(words.size(), 1));
   if (verb == "head") {
     std::cout << kHead;
   } else if (verb == "write") {
     writeInputs(taskOf(arguments));
   } else if (verb == "settings") {
     const Task task = taskOf(arguments);
-    samples::writeSettings(withExtension(task.request, ".yaml"), task.request.settings);
+    samples::writeSettings(task.request.file(".yaml"), task.request.settings);
   } else if (verb == "compare" && arguments.size() > 2) {
     return compare(taskOf(arguments.subspan(2)), arguments[0], arguments[1]);
   } else {
@@ -223,11 +228,5 @@ int run(std::string_view verb, std::span<const char* const> arguments) {
 
 /// Writes problems with known potentials and measures results against them.
 int main(int argc, char** argv) {
-  try {
-    const std::vector<const char*> arguments(argv + std::min(argc, 2), argv + argc);
-    return velmo::validation::run(argc > 1 ? argv[1] : "--help", arguments);
-  } catch (const std::exception& error) {
-    std::cerr << "validate: " << error.what() << '\n';
-    return 1;
-  }
+  return velmo::samples::runTool("validate", argc, argv, velmo::validation::run);
 }

@@ -10,7 +10,7 @@
 
 #include "app/SampleRuns.hpp"
 #include "io/Format.hpp"
-#include "samples/ChargedSphere.hpp"
+#include "samples/ClosedForm.hpp"
 
 namespace orvanta {
 namespace {

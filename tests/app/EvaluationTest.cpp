@@ -8,7 +8,7 @@
 
 #include "accuracy/Evaluation.hpp"
 #include "samples/Bodies.hpp"
-#include "samples/ChargedSphere.hpp"
+#include "samples/ClosedForm.hpp"
 #include "samples/Random.hpp"
 
 namespace orvanta {

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "accuracy/Evaluation.hpp"
-#include "samples/SampleRequest.hpp"
+#include "samples/MakeSample.hpp"
 #include "support/RunProgram.hpp"
 #include "support/TemporaryFolder.hpp"
 

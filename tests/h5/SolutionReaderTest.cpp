@@ -1,6 +1,7 @@
 #include "h5/SolutionReader.hpp"
 
 #include <gtest/gtest.h>
+#include <hdf5.h>
 
 #include <chrono>
 #include <functional>
@@ -12,38 +13,37 @@
 
 #include "grid/GridOperations.hpp"
 #include "io/Exception.hpp"
+#include "samples/SolutionFile.hpp"
 #include "support/ExpectThrow.hpp"
-#include "support/SolutionFile.hpp"
+#include "support/SmallSolution.hpp"
 #include "support/TemporaryFolder.hpp"
 #include "support/TextMutation.hpp"
 
 namespace velmo::h5 {
 namespace {
 
+using samples::Part;
+using samples::SolutionFile;
+using samples::Stored;
 using test::expectThrow;
-using test::RawArray;
-using test::RawSolution;
-using test::RawText;
-using test::Stored;
 using test::TemporaryFolder;
 
-using Form = RawText::Form;
-using Alteration = std::function<void(RawSolution&)>;
+using Alteration = std::function<void(SolutionFile&)>;
 
 /// The library reports each failed call on the standard error stream, here thousands of them.
 class SolutionReader : public ::testing::Test {
  protected:
   static void SetUpTestSuite() { H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr); }
 
-  VtkHdfSolution read(const RawSolution& raw) const {
+  VtkHdfSolution read(const SolutionFile& file) const {
     const std::filesystem::path path = folder_.path() / "solution.vtkhdf";
-    raw.write(path);
+    file.write(path);
     return readSolution(0, path);
   }
   VtkHdfSolution read(const Alteration& alter) const {
-    RawSolution raw;
-    alter(raw);
-    return read(raw);
+    SolutionFile file = test::smallSolution();
+    alter(file);
+    return read(file);
   }
 
   TemporaryFolder folder_;
@@ -67,29 +67,36 @@ void expectDefaultSolution(const VtkHdfSolution& solution) {
 
 TEST_F(SolutionReader, GivesTheSameSolutionHoweverItIsStored) {
   const Alteration storages[] = {
-      [](RawSolution&) {},
-      [](RawSolution& raw) {
-        for (RawArray& array : raw.arrays)
-          if (array.stored == Stored::Int64) array.stored = Stored::Int32;
+      [](SolutionFile&) {},
+      [](SolutionFile& file) {
+        for (Part& part : file.parts)
+          if (part.stored == Stored::Int64) part.stored = Stored::BigInt32;
       },
-      [](RawSolution& raw) {
-        for (RawArray& array : raw.arrays) array.isDeflated = !array.isAttribute;
+      [](SolutionFile& file) {
+        for (Part& part : file.parts) part.isCompressed = true;
       },
-      [](RawSolution& raw) { raw["Points"].rank = 1; },
-      [](RawSolution& raw) { raw["Connectivity"].rank = 2; },
-      [](RawSolution& raw) { raw["charges"].rank = 2; },
-      [](RawSolution& raw) { raw["Points"].doubles()[3] = 77; },  // a copy that a later one covers
-      [](RawSolution& raw) {
-        raw.ints("Version") = {2, 99};
+      [](SolutionFile& file) { file["Points"].rank = 1; },
+      [](SolutionFile& file) { file["Connectivity"].rank = 2; },
+      [](SolutionFile& file) { file["charges"].rank = 2; },
+      [](SolutionFile& file) {
+        file["Points"].doubles()[3] = 77;
+      },  // a copy that a later one covers
+      [](SolutionFile& file) {
+        file.ints("Version") = {2, 99};
       },
-      [](RawSolution& raw) { raw["FEOrder"].rank = 0; },
-      [](RawSolution& raw) {
-        raw.ints("NumberOfDofIds") = {3};
-        raw["NumberOfDofIds"].rank = 0;
+      [](SolutionFile& file) { file["FEOrder"].rank = 0; },
+      [](SolutionFile& file) {
+        file.ints("NumberOfDofIds") = {3};
+        file["NumberOfDofIds"].rank = 0;
       },
-      [](RawSolution& raw) { raw["FEOrder"].stored = Stored::Text; },  // no number stays 0
-      [](RawSolution& raw) { raw.texts[0].form = raw.texts[1].form = Form::Variable; },
-      [](RawSolution& raw) { raw.texts[0].form = raw.texts[1].form = Form::ZeroPadded; },
+      [](SolutionFile& file) { file["FEOrder"].stored = Stored::FixedText; },  // no number stays 0
+      [](SolutionFile& file) {
+        file["Type"].stored = file["BasisType"].stored = Stored::VariableText;
+      },
+      [](SolutionFile& file) {
+        file["Type"].text() += '\0';
+        file["BasisType"].text() += '\0';
+      },
   };
   for (std::size_t i = 0; i < std::size(storages); ++i) {
     SCOPED_TRACE(i);
@@ -97,28 +104,25 @@ TEST_F(SolutionReader, GivesTheSameSolutionHoweverItIsStored) {
   }
 }
 
-Alteration missing(const std::string& name) {
-  return [name](RawSolution& raw) { raw[name].stored = Stored::Missing; };
-}
 Alteration withoutGroup(std::size_t i) {
-  return [i](RawSolution& raw) {
-    raw.groups.erase(raw.groups.begin() + static_cast<std::ptrdiff_t>(i));
+  return [i](SolutionFile& file) {
+    file.groups.erase(file.groups.begin() + static_cast<std::ptrdiff_t>(i));
   };
 }
 Alteration set(const std::string& name, std::size_t i, std::int64_t value) {
-  return [=](RawSolution& raw) { raw.ints(name).at(i) = value; };
+  return [=](SolutionFile& file) { file.ints(name).at(i) = value; };
 }
 Alteration list(const std::string& name, const std::vector<std::int64_t>& values) {
-  return [=](RawSolution& raw) { raw.ints(name) = values; };
+  return [=](SolutionFile& file) { file.ints(name) = values; };
 }
 Alteration rank(const std::string& name, int value) {
-  return [=](RawSolution& raw) { raw[name].rank = value; };
+  return [=](SolutionFile& file) { file[name].rank = value; };
 }
-Alteration text(std::size_t i, const std::string& value, Form form = Form::Fixed) {
-  return [=](RawSolution& raw) {
-    raw.texts[i].text = value;
-    raw.texts[i].form = form;
-  };
+Alteration text(const std::string& name, const std::string& value) {
+  return [=](SolutionFile& file) { file[name].text() = value; };
+}
+Alteration stored(const std::string& name, Stored form) {
+  return [=](SolutionFile& file) { file[name].stored = form; };
 }
 
 constexpr std::int64_t kHuge = std::numeric_limits<std::int64_t>::max();
@@ -133,27 +137,26 @@ TEST_F(SolutionReader, RefusesEveryFaultInItsOwnWords) {
       {withoutGroup(2), "Group could not be opened"},
       {withoutGroup(3), "Group could not be opened"},
       {withoutGroup(4), "Group could not be opened"},
-      {text(0, "", Form::Missing), "Attribute could not be opened"},
-      {text(1, "", Form::Missing), "Attribute could not be opened"},
-      {missing("Version"), "Attribute could not be opened"},
-      {missing("FEOrder"), "Attribute could not be opened"},
-      {missing("Offsets"), "dopen2 failed"},
-      {missing("PointData/vtkGhostType"), "dopen2 failed"},
-      {missing("charges"), "dopen2 failed"},
+      {stored("Type", Stored::Missing), "Attribute could not be opened"},
+      {stored("BasisType", Stored::Missing), "Attribute could not be opened"},
+      {stored("Version", Stored::Missing), "Attribute could not be opened"},
+      {stored("FEOrder", Stored::Missing), "Attribute could not be opened"},
+      {stored("Offsets", Stored::Missing), "dopen2 failed"},
+      {stored("PointData/vtkGhostType", Stored::Missing), "dopen2 failed"},
+      {stored("charges", Stored::Missing), "dopen2 failed"},
       {rank("Types", 3), "ndims cannot exceed 2"},
       {rank("charges", 3), "ndims cannot exceed 2"},
-      {text(0, "", Form::Number), "Wrong attribute type"},
-      {text(1, "", Form::Number), "Wrong attribute type"},
+      {stored("Type", Stored::Int32), "Wrong attribute type"},
+      {stored("BasisType", Stored::Int32), "Wrong attribute type"},
       {list("Version", {2, 0, 1}), "Dimension mismatch"},
       {rank("Version", 0), "Dimension mismatch"},
       {list("Version", {1, 0}), "Only versions 2.x are supported"},
-      {[](RawSolution& raw) { raw["Version"].stored = Stored::Text; },
-       "Only versions 2.x are supported"},
-      {text(0, "MultiBlockDataSet"), "MultiBlockDataSet are currently not supported"},
-      {text(0, "PolyData", Form::Variable), "Unknown type(=PolyData) detected"},
-      {text(0, "UnstructuredGrid", Form::BlankPadded), "Unknown type(=UnstructuredGrid ) detected"},
-      {text(1, "H1"), "Wrong basis type. Must be L2"},
-      {text(1, "L2", Form::BlankPadded), "Wrong basis type. Must be L2"},
+      {stored("Version", Stored::FixedText), "Only versions 2.x are supported"},
+      {text("Type", "MultiBlockDataSet"), "MultiBlockDataSet are currently not supported"},
+      {text("Type", "PolyData"), "Unknown type(=PolyData) detected"},
+      {text("Type", "UnstructuredGrid "), "Unknown type(=UnstructuredGrid ) detected"},
+      {text("BasisType", "H1"), "Wrong basis type. Must be L2"},
+      {text("BasisType", "L2 "), "Wrong basis type. Must be L2"},
       {list("NumberOfPoints", {8}), "MPI sizes are not consistent"},
       {list("NumberOfCells", {1, 2, 0}), "MPI sizes are not consistent"},
       {set("PointData/vtkGlobalIds", 6, 3), "Max. node id has to be nodes.size()-1"},
@@ -176,10 +179,8 @@ TEST_F(SolutionReader, RefusesEveryFaultInItsOwnWords) {
        "'/VTKHDF/CellData/vtkGhostType' has 2 entries instead of 3"},
       {list("GhostDofs", {0, 0}), "'/ABB/L2/GhostDofs' has 2 entries instead of 3"},
       {list("FEOrder", {0, 0}), "Attribute 'FEOrder' has 2 entries instead of 1"},
-      {[](RawSolution& raw) { raw["charges"].stored = Stored::Text; },
-       "'/ABB/L2/charges' could not be read as numbers"},
-      {[](RawSolution& raw) { raw["Points"].stored = Stored::Compound; },
-       "'/VTKHDF/Points' could not be read as numbers"},
+      {stored("charges", Stored::FixedText), "'/ABB/L2/charges' could not be read as numbers"},
+      {stored("Points", Stored::Compound), "'/VTKHDF/Points' could not be read as numbers"},
       // Ids and places out of range or without entity.
       {set("PointData/vtkGhostType", 4, 0), "Max. node id has to be nodes.size()-1"},
       {list("PointData/vtkGlobalIds", {0, 1, 1, 3, 1, 1, 4, 0}),
@@ -204,7 +205,7 @@ TEST_F(SolutionReader, RefusesEveryFaultInItsOwnWords) {
       {set("GlobalDofIds", 1, 2),
        "'/ABB/L2/GlobalDofIds' holds the id 2 among 2 degrees of freedom"},
       {set("GlobalDofIds", 1, 1), "'/ABB/L2/GlobalDofIds' lacks the id 0"},
-      {[](RawSolution& raw) { raw["charges"].doubles()[1] = std::nan(""); },
+      {[](SolutionFile& file) { file["charges"].doubles()[1] = std::nan(""); },
        "'/ABB/L2/charges' holds a value that is not finite"},
   };
   for (const auto& fault : cases)
@@ -223,19 +224,19 @@ TEST_F(SolutionReader, RefusesAFileThatIsNone) {
 }
 
 TEST_F(SolutionReader, RefusesDeclaredSizesWithoutFetchingMemoryForThem) {
-  RawSolution raw;
-  constexpr hsize_t kMany = hsize_t{1} << 50;
+  SolutionFile file = test::smallSolution();
+  constexpr u64 kMany = u64{1} << 50U;
   for (const char* const name : {"Types", "CellData/vtkGhostType", "CellData/vtkGlobalIds"})
-    raw[name].unwritten = kMany - 3;
-  raw["Offsets"].unwritten = kMany + 2 - 5;
-  raw.ints("NumberOfCells")[1] = static_cast<std::int64_t>(kMany) - 1;
+    file[name].unwritten = kMany - 3;
+  file["Offsets"].unwritten = kMany + 2 - 5;
+  file.ints("NumberOfCells")[1] = static_cast<std::int64_t>(kMany) - 1;
 
-  expectThrow<utility::RuntimeError>([&] { (void)read(raw); },
+  expectThrow<utility::RuntimeError>([&] { (void)read(file); },
                                      "'/VTKHDF/Types' has more entries than the file can hold");
 }
 
 TEST_F(SolutionReader, RefusesChargesThatDoNotFitTheElements) {
-  VtkHdfSolution solution = read(RawSolution{});
+  VtkHdfSolution solution = read(test::smallSolution());
   const auto check = [&](std::int64_t order, std::size_t numCharges) {
     solution.feOrder = order;
     solution.charges.resize(numCharges);
@@ -253,34 +254,32 @@ TEST_F(SolutionReader, RefusesChargesThatDoNotFitTheElements) {
 }
 
 /// One to three sizes, counts, ids, types or forms of storage altered at random.
-RawSolution mutatedSolution(u64 seed) {
+SolutionFile mutatedSolution(u64 seed) {
   std::mt19937_64 random(seed);
   const auto below = [&random](u64 n) { return n == 0 ? 0 : random() % n; };
   const std::int64_t extremes[] = {-1, 0, 1, 2, 3, 4, 5, 7, 69, 70, kHuge, -kHuge - 1, 1LL << 32};
-  RawSolution raw;
+  SolutionFile file = test::smallSolution();
   const u64 count = 1 + below(3);
   for (u64 i = 0; i < count; ++i) {
-    RawArray& array = raw.arrays[below(raw.arrays.size())];
-    const u64 place = below(array.size());
+    Part& part = file.parts[below(file.parts.size())];
+    const u64 place = below(part.size());
     const std::int64_t extreme = extremes[below(std::size(extremes))];
     const u64 kind = below(10);
-    if (kind < 5 && array.values.index() == 0 && array.size() > 0) {
-      array.ints()[place] = kind < 2 ? static_cast<std::int64_t>(below(6)) : extreme;
+    if (kind < 5 && std::holds_alternative<samples::Ints>(part.values) && part.size() > 0) {
+      part.ints()[place] = kind < 2 ? static_cast<std::int64_t>(below(6)) : extreme;
     } else if (kind < 7) {
       std::visit([&](auto& values) { values.resize(kind == 6 ? place : values.size() + 1); },
-                 array.values);
+                 part.values);
     } else if (kind == 7) {
-      array.stored = static_cast<Stored>(below(test::kNumStored));
+      part.stored = static_cast<Stored>(below(samples::kNumStored));
     } else if (kind == 8) {
-      array.rank = static_cast<int>(below(4));
-      array.isDeflated = below(2) == 0;
-    } else if (below(2) == 0) {
-      array.unwritten = hsize_t{1} << below(60);
+      part.rank = below(4);
+      part.isCompressed = below(2) == 0;
     } else {
-      raw.texts[below(2)].form = static_cast<Form>(below(6));
+      part.unwritten = u64{1} << below(60);
     }
   }
-  return raw;
+  return file;
 }
 
 TEST_F(SolutionReader, EndsWellOrInWordsOnAlteredFiles) {

@@ -14,7 +14,7 @@
 #include "samples/ClosedForm.hpp"
 #include "samples/ConductingEllipsoid.hpp"
 #include "samples/DiscPair.hpp"
-#include "samples/SampleRequest.hpp"
+#include "samples/MakeSample.hpp"
 #include "samples/SphereGap.hpp"
 #include "support/ExpectThrow.hpp"
 
@@ -81,39 +81,6 @@ INSTANTIATE_TEST_SUITE_P(
         Form{"SphereGap", std::make_shared<SphereGap>(std::array<double, 2>{1.0, 0.6}, 0.5, 1.0)},
         Form{"DiscPair", std::make_shared<DiscPair>(1.0, 0.5, 1.0)}),
     [](const auto& form) { return form.param.name; });
-
-/// The integral of the density is the charge that the far potential Q / (4 pi r) shows. The centre
-/// of charge of a pair lies off the origin: the mean of two opposite points takes that out.
-TEST(ClosedForm, ShowsTheChargeOfItsDensity) {
-  for (const Body body : {Body::Ellipsoid, Body::SpherePair}) {
-    SampleRequest request;
-    request.body = body;
-    request.mesh = {.refine = 8, .geometryOrder = 3};
-    request.densityKind = DensityKind::Exact;
-    request.lowerRadius = 0.6;
-    request.charge = 2.0;
-    const auto form = closedForm(request);
-
-    const double total = makeDensity(request, makeMesh(request)).totalCharge();
-
-    const Real r = 1e5L;
-    const Real far =
-        (form->at({r, 0.0L, 0.0L}).potential + form->at({-r, 0.0L, 0.0L}).potential) / 2.0L;
-    // Cubic elements of size 0.14.
-    expectNear(total, 4.0L * pi * r * far, 3e-5L);
-    EXPECT_GT(std::abs(total), 1.0);
-  }
-}
-
-/// Values of the source of the algorithm, to their last digit, and the scaling of the integral.
-TEST(CarlsonRF, HasItsKnownValues) {
-  expectNear(carlsonRF(1.0L, 2.0L, 0.0L), 1.3110287771460599052L, 8 * eps);
-  expectNear(carlsonRF(0.5L, 0.0L, 1.0L), 1.8540746773013719184L, 8 * eps);
-  expectNear(carlsonRF(4.0L, 2.0L, 3.0L), 0.58408284167715170669L, 8 * eps);
-  for (const Real scale : {1e-6L, 9.0L, 1e8L})
-    expectNear(carlsonRF(4.0L * scale, 2.0L * scale, 3.0L * scale) * std::sqrt(scale),
-               0.58408284167715170669L, 8 * eps);
-}
 
 struct Spheroid {
   Vec3 semiAxes;
@@ -208,31 +175,9 @@ TEST(DiscPair, HasTheClosedFormOnItsAxis) {
     expectNear(value.gradient[2], slope(up) - slope(down), 64 * eps);
     EXPECT_EQ(value.gradient[0], 0.0L);
   }
-}
-
-/// In the plane of a disc far from the other: complete elliptic integrals.
-TEST(DiscPair, HasTheEllipticIntegralsInTheDiscsPlane) {
-  constexpr double kGap = 1e9;
-  const DiscPair pair(2.0, kGap, 1.0);
-  const Real other = 4.0L * pi / (4.0L * pi * kGap);
-  for (const Real rho : {0.3L, 1.0L, 1.9L, 2.2L, 5.0L}) {
-    const Real k = rho < 2.0L ? rho / 2.0L : 2.0L / rho;
-    const Real e = std::comp_ellint_2(k);
-    const Real expected =
-        rho < 2.0L ? 2.0L * e / pi : rho / pi * (e - (1.0L - k * k) * std::comp_ellint_1(k));
-    expectNear(pair.at({rho, 0.0L, 0.5L * kGap}).potential + other, expected, 1e-15L);
-  }
-}
-
-TEST(DiscPair, JumpsByItsDensityAndIsRefusedOnItsRim) {
-  const DiscPair pair(1.0, 0.5, 2.0);
-  const auto slopeAt = [&pair](Real z) { return pair.at({0.6L, 0.3L, z}).gradient[2]; };
-  const Real tiny = 1e-12L;
-  expectNear(slopeAt(0.25L + tiny) - slopeAt(0.25L - tiny), -2.0L, 1e-10L);
-  expectNear(slopeAt(-0.25L + tiny) - slopeAt(-0.25L - tiny), 2.0L, 1e-10L);
   test::expectThrow<utility::RuntimeError>(
       [&] {
-        (void)pair.at({1.0L, 0.0L, 0.25L});
+        (void)pair.at({0.5L, 0.0L, 1.0L + Real{0.4} / 2.0L});
       },
       "The field of a disc is infinite on its rim");
 }
@@ -246,9 +191,6 @@ TEST(ClosedForm, BelongsToTheBodyOfTheRequest) {
   expectNear(ball->at({5.0L, 0.0L, 0.0L}).potential, 0.5, 1e-15L);  // sigma R^2 / r
   EXPECT_EQ(ball->at({1.5L, 0.0L, 0.0L}).potential, ball->at({1.0L, 0.0L, 0.0L}).potential);
   expectNear(ball->surfaceField(), 0.5, 1e-15);
-  request.body = Body::Box;
-  test::expectThrow<utility::RuntimeError>([&] { (void)closedForm(request); },
-                                           "No closed form is known for a box or a plate");
 }
 
 }  // namespace

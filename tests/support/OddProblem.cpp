@@ -10,6 +10,8 @@
 namespace velmo::test {
 namespace {
 
+using samples::Doubles;
+using samples::Ints;
 using Limits = std::numeric_limits<double>;
 
 constexpr double kExtremes[] = {
@@ -86,7 +88,7 @@ class Maker {
     }
   }
 
-  void fill_(RawSolution& raw, u64 order) {
+  void fill_(samples::SolutionFile& file, u64 order) {
     const auto n = static_cast<std::int64_t>(numNodes_);
     const auto m = static_cast<std::int64_t>(types_.size());
     const u64 perLine = order + 1;
@@ -101,22 +103,22 @@ class Maker {
       return ids;
     };
 
-    raw.ints("NumberOfConnectivityIds") = {static_cast<std::int64_t>(connectivity_.size())};
-    raw.ints("NumberOfPoints") = {n};
-    raw.ints("NumberOfCells") = {m};
-    raw["Points"].doubles() = nodes_;
-    raw.ints("Types") = types_;
-    raw.ints("Connectivity") = connectivity_;
-    raw.ints("Offsets") = offsets_;
-    raw.ints("PointData/vtkGhostType") = Ints(numNodes_);
-    raw.ints("PointData/vtkGlobalIds") = count(numNodes_);
-    raw.ints("CellData/vtkGhostType") = Ints(types_.size());
-    raw.ints("CellData/vtkGlobalIds") = count(types_.size());
-    raw.ints("FEOrder") = {static_cast<std::int64_t>(order)};
-    raw.ints("NumberOfDofIds") = {static_cast<std::int64_t>(numCharges)};
-    raw.ints("GlobalDofIds") = count(numCharges);
-    raw.ints("GhostDofs") = Ints(numCharges);
-    raw["charges"].doubles() = charges;
+    file.ints("NumberOfConnectivityIds") = {static_cast<std::int64_t>(connectivity_.size())};
+    file.ints("NumberOfPoints") = {n};
+    file.ints("NumberOfCells") = {m};
+    file.doubles("Points") = nodes_;
+    file.ints("Types") = types_;
+    file.ints("Connectivity") = connectivity_;
+    file.ints("Offsets") = offsets_;
+    file.ints("PointData/vtkGhostType") = Ints(numNodes_);
+    file.ints("PointData/vtkGlobalIds") = count(numNodes_);
+    file.ints("CellData/vtkGhostType") = Ints(types_.size());
+    file.ints("CellData/vtkGlobalIds") = count(types_.size());
+    file.ints("FEOrder") = {static_cast<std::int64_t>(order)};
+    file.ints("NumberOfDofIds") = {static_cast<std::int64_t>(numCharges)};
+    file.ints("GlobalDofIds") = count(numCharges);
+    file.ints("GhostDofs") = Ints(numCharges);
+    file.doubles("charges") = charges;
   }
 
   /// A usual value, or one of a list of unusual ones.

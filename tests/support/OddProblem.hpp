@@ -5,7 +5,7 @@
 
 #include "conf/ESProblem.hpp"
 #include "io/Types.hpp"
-#include "support/SolutionFile.hpp"
+#include "samples/SolutionFile.hpp"
 
 namespace velmo::test {
 
@@ -13,8 +13,8 @@ namespace velmo::test {
 /// elements without area, nodes in one place, points on nodes, coordinates and charges at the ends
 /// of the range of doubles, orders and degrees beyond all bounds.
 struct OddProblem {
-  RawSolution solution;
-  Doubles points;  ///< shape (numPoints, 3)
+  samples::SolutionFile solution;
+  std::vector<double> points;  ///< shape (numPoints, 3)
   conf::ESProblem settings;
 };
 

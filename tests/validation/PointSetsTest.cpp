@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "samples/ClosedForm.hpp"
+#include "samples/MakeSample.hpp"
 
 namespace velmo::validation {
 

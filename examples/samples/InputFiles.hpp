@@ -5,6 +5,7 @@
 
 #include "conf/MethodSettings.hpp"
 #include "io/Types.hpp"
+#include "samples/Points.hpp"
 
 namespace velmo::samples {
 
@@ -17,9 +18,12 @@ struct SettingsOptions {
   u64 numThreads = 0;  ///< 0 uses every processor
 };
 
-/// A complete settings file in YAML with a comment at each key that matters here.
-[[nodiscard]] std::string settingsText(const SettingsOptions& options);
+/// Writes an `.xyz` file: a comment line, the count, one point per line with 17 significant digits,
+/// which read back to the same bits.
+/// @throws utility::RuntimeError "Cannot write file '<path>'"
+void writeXyz(const std::filesystem::path& path, const Points& points, const std::string& comment);
 
+/// Writes a complete settings file in YAML with a comment at each key that matters here.
 /// @throws utility::RuntimeError "Cannot write file '<path>'"
 void writeSettings(const std::filesystem::path& path, const SettingsOptions& options);
 

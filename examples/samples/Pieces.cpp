@@ -1,4 +1,4 @@
-#include "samples/RawSolution.hpp"
+#include "samples/Pieces.hpp"
 
 #include <algorithm>
 #include <array>
@@ -14,13 +14,13 @@ namespace velmo::samples {
 
 namespace {
 
-constexpr std::uint8_t kOwned = 0;
-constexpr std::uint8_t kGhost = 1;
+constexpr std::int64_t kOwned = 0;
+constexpr std::int64_t kGhost = 1;
 
 /// One entity of a piece.
 struct Member {
   u64 id;
-  std::uint8_t ghost;
+  std::int64_t ghost;
 };
 
 u64 longestAxis(const SurfaceMesh& mesh) {
@@ -54,7 +54,7 @@ std::vector<u64> ownersOfElements(const SurfaceMesh& mesh, u64 numPieces) {
   return owner;
 }
 
-/// Builds the arrays piece by piece.
+/// Fills the arrays piece by piece.
 class Cutter {
  public:
   Cutter(const SurfaceMesh& mesh, const Density& density, const PieceOptions& options)
@@ -68,7 +68,7 @@ class Cutter {
     for (u64 e = 0; e < mesh.numElements(); ++e)
       for (const u64 node : mesh.nodes(e))
         nodeOwner_[node] = std::min(nodeOwner_[node], elementOwner_[e]);
-    raw_.feOrder = static_cast<std::int64_t>(density.order);
+    file_.ints("FEOrder") = {static_cast<std::int64_t>(density.order)};
   }
 
   void addPiece(u64 piece) {
@@ -78,7 +78,7 @@ class Cutter {
     addDofs(cells);
   }
 
-  RawSolution take() { return std::move(raw_); }
+  SolutionFile take() { return std::move(file_); }
 
  private:
   std::vector<Member> inOrder(std::vector<Member> members) {
@@ -120,35 +120,43 @@ class Cutter {
 
     members = inOrder(std::move(members));
 
+    Doubles& points = file_.doubles("Points");
+    Ints& ghosts = file_.ints("PointData/vtkGhostType");
+    Ints& ids = file_.ints("PointData/vtkGlobalIds");
     for (u64 i = 0; i < members.size(); ++i) {
       const double* const x = mesh_.coordinates.data() + 3 * members[i].id;
-      raw_.points.insert(raw_.points.end(), x, x + 3);
-      raw_.pointGhosts.push_back(members[i].ghost);
-      raw_.pointIds.push_back(static_cast<std::int64_t>(members[i].id));
+      points.insert(points.end(), x, x + 3);
+      ghosts.push_back(members[i].ghost);
+      ids.push_back(static_cast<std::int64_t>(members[i].id));
       localNode_[members[i].id] = i;
     }
-    raw_.numberOfPoints.push_back(static_cast<std::int64_t>(members.size()));
+    file_.ints("NumberOfPoints").push_back(static_cast<std::int64_t>(members.size()));
   }
 
   void addCells(const std::vector<Member>& cells) {
-    constexpr std::uint8_t kLagrangeTriangle = 69;
-    constexpr std::uint8_t kLagrangeQuadrilateral = 70;
+    constexpr std::int64_t kLagrangeTriangle = 69;
+    constexpr std::int64_t kLagrangeQuadrilateral = 70;
+    Ints& types = file_.ints("Types");
+    Ints& connectivity = file_.ints("Connectivity");
+    Ints& offsets = file_.ints("Offsets");
+    Ints& ghosts = file_.ints("CellData/vtkGhostType");
+    Ints& ids = file_.ints("CellData/vtkGlobalIds");
     std::int64_t numIds = 0;
-    raw_.offsets.push_back(0);
+    offsets.push_back(0);
     for (const Member& cell : cells) {
       const bool isTriangle =
           grid::referenceTypeOf(mesh_.elementTypes[cell.id]) == topo::ReferenceType::Triangle;
-      raw_.types.push_back(isTriangle ? kLagrangeTriangle : kLagrangeQuadrilateral);
-      raw_.cellGhosts.push_back(cell.ghost);
-      raw_.cellIds.push_back(static_cast<std::int64_t>(cell.id));
+      types.push_back(isTriangle ? kLagrangeTriangle : kLagrangeQuadrilateral);
+      ghosts.push_back(cell.ghost);
+      ids.push_back(static_cast<std::int64_t>(cell.id));
       for (const u64 node : mesh_.nodes(cell.id)) {
-        raw_.connectivity.push_back(static_cast<std::int64_t>(localNode_[node]));
+        connectivity.push_back(static_cast<std::int64_t>(localNode_[node]));
         ++numIds;
       }
-      raw_.offsets.push_back(numIds);
+      offsets.push_back(numIds);
     }
-    raw_.numberOfCells.push_back(static_cast<std::int64_t>(cells.size()));
-    raw_.numberOfConnectivityIds.push_back(numIds);
+    file_.ints("NumberOfCells").push_back(static_cast<std::int64_t>(cells.size()));
+    file_.ints("NumberOfConnectivityIds").push_back(numIds);
   }
 
   void addDofs(const std::vector<Member>& cells) {
@@ -159,12 +167,15 @@ class Cutter {
 
     dofs = inOrder(std::move(dofs));
 
+    Ints& ids = file_.ints("GlobalDofIds");
+    Ints& ghosts = file_.ints("GhostDofs");
+    Doubles& charges = file_.doubles("charges");
     for (const Member& dof : dofs) {
-      raw_.dofIds.push_back(static_cast<std::int64_t>(dof.id));
-      raw_.dofGhosts.push_back(dof.ghost);
-      raw_.charges.push_back(density_.charges[dof.id]);
+      ids.push_back(static_cast<std::int64_t>(dof.id));
+      ghosts.push_back(dof.ghost);
+      charges.push_back(density_.charges[dof.id]);
     }
-    raw_.numberOfDofIds.push_back(static_cast<std::int64_t>(dofs.size()));
+    file_.ints("NumberOfDofIds").push_back(static_cast<std::int64_t>(dofs.size()));
   }
 
   const SurfaceMesh& mesh_;
@@ -174,12 +185,12 @@ class Cutter {
   std::vector<u64> elementOwner_;
   std::vector<u64> nodeOwner_;
   std::vector<u64> localNode_;  ///< position of a node in the current piece
-  RawSolution raw_;
+  SolutionFile file_;
 };
 
 }  // namespace
 
-RawSolution pieces(const SurfaceMesh& mesh, const Density& density, const PieceOptions& options) {
+SolutionFile pieces(const SurfaceMesh& mesh, const Density& density, const PieceOptions& options) {
   if (density.numElements() != mesh.numElements())
     throw utility::RuntimeError("Density and mesh have different numbers of elements");
   if (options.numPieces == 0 || options.numPieces > mesh.numElements())

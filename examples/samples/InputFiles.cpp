@@ -1,11 +1,22 @@
-#include "samples/SettingsFile.hpp"
+#include "samples/InputFiles.hpp"
 
+#include <fstream>
+#include <iterator>
+#include <string_view>
+
+#include "io/Exception.hpp"
 #include "io/Format.hpp"
-#include "samples/TextFile.hpp"
 
 namespace velmo::samples {
 
 namespace {
+
+/// Writes a whole file, replacing an existing one.
+void writeText(const std::filesystem::path& path, std::string_view text) {
+  std::ofstream file(path, std::ios::binary);
+  file << text << std::flush;
+  if (!file) throw utility::RuntimeError("Cannot write file '" + path.string() + "'");
+}
 
 std::string treeText(const tree::Options& options) {
   if (options.adaptive) return io::format("{{adaptive: true, leafSize: {}}}", options.leafSize);
@@ -35,8 +46,6 @@ constexpr const char* kSolvers = R"(
   systemSolver: {type: GMRES, rtol: 1e-5, atol: 1e-20, maxIter: 100}
   postSolver: {type: GMRES, rtol: 1e-5, atol: 1e-20, maxIter: 100}
 )";
-
-}  // namespace
 
 std::string settingsText(const SettingsOptions& options) {
   std::string text = kProblem;
@@ -73,6 +82,16 @@ std::string settingsText(const SettingsOptions& options) {
   text += kSolvers;
   text += io::format("\n  numThreads: {}  # 0: one per processor\n", options.numThreads);
   return text;
+}
+
+}  // namespace
+
+void writeXyz(const std::filesystem::path& path, const Points& points, const std::string& comment) {
+  std::string text = io::format("# {}\n{}\n", comment, points.size() / 3);
+  auto out = std::back_inserter(text);
+  for (u64 i = 0; i < points.size(); i += 3)
+    io::format_to(out, "{:.16e} {:.16e} {:.16e}\n", points[i], points[i + 1], points[i + 2]);
+  writeText(path, text);
 }
 
 void writeSettings(const std::filesystem::path& path, const SettingsOptions& options) {
