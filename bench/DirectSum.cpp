@@ -48,7 +48,7 @@ constexpr u64 kTargetBlock = 512;
 constexpr u64 kExactBlock = 32;
 
 /// Microseconds, as some stages take less than one of the report's milliseconds.
-void reportStage(std::string_view name, io::Timer& timer) {
+void printStage(std::string_view name, io::Timer& timer) {
   const std::chrono::duration<double> elapsed = io::Timer::Clock::now() - timer.start;
   std::cout << io::format("# {:<30} {:>11.6f}s\n", name, elapsed.count());
   timer.restart();
@@ -159,12 +159,12 @@ int run(samples::Words words) {
   if (!inputs) throw utility::RuntimeError("No points file");
   orvanta::applyThreadSetting(inputs->problem);
   const grid::GridData points = everyNth(inputs->pointCloud, request.every);
-  reportStage("Input:", timer);
+  printStage("Input:", timer);
 
   const h5::VtkHdfSolution solution = h5::readSolution(0, request.name + ".vtkhdf");
   h5::checkChargeCount(solution);
   const ChargedSurface surface(solution, inputs->problem.postEval.quad);
-  reportStage("Preparation:", timer);
+  printStage("Preparation:", timer);
 
   const u64 numPoints = points.numNodes;
   std::vector<double> potential(numPoints, 0.0);
@@ -180,11 +180,11 @@ int run(samples::Words words) {
   thread::internal_::parallelForTP(blocks.begin(), blocks.end(), [&](const TargetBlock& block) {
     request.exact ? sumExact(surface, block) : sumPlain(surface, block);
   });
-  reportStage("Sum:", timer);
+  printStage("Sum:", timer);
 
   const auto table = orvanta::writeResults(request.name + (request.exact ? ".exact" : ".plain"),
                                            points, potential, gradient);
-  reportStage("Output:", timer);
+  printStage("Output:", timer);
   std::cout << "# " << numPoints << " points in " << table << '\n';
   return 0;
 }

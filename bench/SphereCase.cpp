@@ -48,14 +48,14 @@ SphereCase::SphereCase(u64 refine, u64 leafSize, u64 threads)
 
 std::unique_ptr<tree::FmmTree> SphereCase::makeTree() const {
   return std::make_unique<tree::FmmTree>(points_, surface_, tree::Options{.leafSize = leafSize_}, 0,
-                                        0);
+                                         0);
 }
 
 void SphereCase::makeEvaluator() {
   evaluator_.reset();
   evaluator_ = std::make_unique<evaluator::FmmEvaluator>(*tree_, std::pair<u64, u64>{0, 0},
-                                                        bem::fmm::Settings{.degree = kDegree},
-                                                        bem::EvalQuadratureSettings{}, 0);
+                                                         bem::fmm::Settings{.degree = kDegree},
+                                                         bem::EvalQuadratureSettings{}, 0);
 }
 
 u64 SphereCase::numConversions() const {

@@ -24,9 +24,9 @@ namespace orvanta {
 namespace io = velmo::io;
 using velmo::u64;
 using velmo::bem::makeDofTransfer;
-using velmo::tree::FmmTree;
 using velmo::sparse::IndexLayout;
 using velmo::sparse::ParVec;
+using velmo::tree::FmmTree;
 
 namespace {
 
@@ -115,7 +115,7 @@ std::tuple<std::filesystem::path, std::filesystem::path> processPost(
            << std::endl;
   const auto order = static_cast<u64>(solution.feOrder);
   velmo::evaluator::FmmEvaluator evaluator(fmmTree, {order, order}, settings.fmm, settings.quad,
-                                          comm);
+                                           comm);
   warnOfDivergence(evaluator.convergenceRatio());
   io::reportStage("FMM setup", stageTimer);
 

@@ -6,7 +6,6 @@
 #include <random>
 #include <vector>
 
-
 namespace velmo::bits {
 namespace {
 

@@ -14,7 +14,7 @@
 #include "conf/LoadYamlFile.hpp"
 #include "grid/ElementGeometry.hpp"
 #include "grid/Geometry.hpp"
-#include "grid/XyzReader.hpp"
+#include "grid/PointReaders.hpp"
 #include "h5/SolutionReader.hpp"
 #include "io/Exception.hpp"
 #include "sfun/HierarchicalBasisFunction.hpp"
