@@ -1,6 +1,5 @@
 #include "app/ProcessPost.hpp"
 
-#include <iostream>
 #include <span>
 #include <utility>
 #include <vector>
@@ -35,15 +34,6 @@ void requireOrder(const velmo::h5::VtkHdfSolution& solution, u64 order) {
     throw velmo::utility::RuntimeError(
         "FE-orders don't match between solution file and  settings file: " +
         std::to_string(solution.feOrder) + " != " + std::to_string(order));
-}
-
-/// Divergence of the far field would show in the results only.
-void warnOfDivergence(double ratio) {
-  if (ratio < 1.0) return;
-  std::cerr << io::format(
-      "(WW) Elements reach past boxes of the octree that take them for distant (R/d = {:.2f}): "
-      "results can be wrong by orders of magnitude there. Raise leafSize of bem.tree.\n",
-      ratio);
 }
 
 ParVec viewOf(std::span<double> values, velmo::comm::Comm comm) {
@@ -116,7 +106,6 @@ std::tuple<std::filesystem::path, std::filesystem::path> processPost(
   const auto order = static_cast<u64>(solution.feOrder);
   velmo::evaluator::FmmEvaluator evaluator(fmmTree, {order, order}, settings.fmm, settings.quad,
                                            comm);
-  warnOfDivergence(evaluator.convergenceRatio());
   io::reportStage("FMM setup", stageTimer);
 
   std::vector<double> coefficients =

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "evaluator/Convergence.hpp"
 #include "fmm/CoefficientIndex.hpp"
 #include "io/Exception.hpp"
 #include "tree/LocallyEssentialTree.hpp"
@@ -19,21 +18,20 @@ FmmEvaluator::FmmEvaluator(tree::FmmTree& tree, std::pair<u64, u64> orders,
       gradientDofs_(fe::elementDofs(tree.sourceGrid().topology, gradientShapes_)),
       potentialDofs_(fe::elementDofs(tree.sourceGrid().topology, potentialShapes_)),
       elements_(grid::surfaceElements(tree.sourceGrid().topology, tree.sourceGrid().geometry)),
-      potentialSources_(tree, elements_, potentialShapes_, settings.leafQuadratureOrder,
+      sourcePlan_(tree, ElementReach(elements_)),
+      potentialSources_(sourcePlan_, elements_, potentialShapes_, settings.leafQuadratureOrder,
                         settings.degree),
       transfer_(bem::LaplaceFundSol<3>{}, settings.degree, tree.boundingBox().size()),
-      plan_(tree.tree()),
-      targets_(tree, settings.degree),
+      transferPlan_(tree.tree(), sourcePlan_.hasMoments),
+      targets_(tree, sourcePlan_, settings.degree),
       nearQuadrature_(elements_, gradientShapes_, potentialShapes_, quadrature),
-      nearPass_(tree, nearQuadrature_) {
+      nearPass_(tree, sourcePlan_, nearQuadrature_) {
   if (orders.first != orders.second)
-    gradientSources_.emplace(tree, elements_, gradientShapes_, settings.leafQuadratureOrder,
+    gradientSources_.emplace(sourcePlan_, elements_, gradientShapes_, settings.leafQuadratureOrder,
                              settings.degree);
   clearExpansions(gradientSources_ ? 2 : 1);
   fmm::CommunicateMoments::initialize(tree.tree(), comm_);
 }
-
-double FmmEvaluator::convergenceRatio() const { return slowestConvergence(*tree_, elements_); }
 
 bool FmmEvaluator::oneDensity(const sparse::ParVec& gradientDensity,
                               const sparse::ParVec& potentialDensity) const {
@@ -68,7 +66,7 @@ void FmmEvaluator::upwardPass() {
   for (u64 level = tree.numLevels - 2; level >= 2; --level) transfer_.m2mLevel(tree, level);
 }
 
-void FmmEvaluator::conversionPass() { transfer_.m2lConversion(tree_->tree(), plan_); }
+void FmmEvaluator::conversionPass() { transfer_.m2lConversion(tree_->tree(), transferPlan_); }
 
 void FmmEvaluator::downwardPass() {
   auto& tree = tree_->tree();

@@ -11,6 +11,7 @@
 #include "conf/MethodSettings.hpp"
 #include "evaluator/NearPass.hpp"
 #include "evaluator/SourceOperators.hpp"
+#include "evaluator/SourcePlan.hpp"
 #include "evaluator/TargetOperators.hpp"
 #include "fe/DofData.hpp"
 #include "fe/ShapeFunList.hpp"
@@ -58,9 +59,7 @@ class FmmEvaluator {
   void nearPass(sparse::ParVec& gradientDensity, sparse::ParVec& potentialDensity,
                 sparse::ParVec& field, sparse::ParVec& potential);
 
-  /// See `slowestConvergence`: from 1 on the far field diverges somewhere.
-  [[nodiscard]] double convergenceRatio() const;
-
+  [[nodiscard]] const SourcePlan& plan() const noexcept { return sourcePlan_; }
   [[nodiscard]] const NearPass& near() const noexcept { return nearPass_; }
 
  private:
@@ -75,13 +74,14 @@ class FmmEvaluator {
   fe::DofData gradientDofs_;
   fe::DofData potentialDofs_;
   grid::SurfaceElements elements_;
+  SourcePlan sourcePlan_;
   SourceOperators potentialSources_;
   std::optional<SourceOperators> gradientSources_;  ///< none where both densities have one basis
   u64 numColumns_ = 0;
   std::vector<std::complex<double>> multipoleStorage_;
   std::vector<std::complex<double>> localStorage_;
   bem::fmm::FarfieldTransfer<bem::LaplaceFundSol<3>> transfer_;
-  fmm::TransferPlan plan_;
+  fmm::TransferPlan transferPlan_;
   TargetOperators targets_;
   bem::NearFieldQuadrature nearQuadrature_;
   NearPass nearPass_;

@@ -4,16 +4,33 @@
 
 namespace velmo::evaluator {
 
-NearPass::NearPass(const tree::FmmTree& tree, const bem::NearFieldQuadrature& quadrature)
-    : tree_(&tree), quadrature_(&quadrature) {
+namespace {
+
+/// Calls `visit` for all stretches of elements that meet a leaf's targets by quadrature, in order.
+template <class Visit>
+void forEachNearRun(const tree::FmmTree& tree, const SourcePlan& plan, tree::BoxIndex leaf,
+                    const Visit& visit) {
+  for (const tree::BoxIndex source : tree.tree().boxes[leaf].positions(tree::ListKind::U))
+    visit(tree.tree().sourceRanges()[source]);
+  if (plan.direct.runs.empty()) return;
+  for (tree::BoxIndex box = leaf; box != tree::kNoBox; box = tree.tree().links().parent[box])
+    for (const tree::ObjectRange& run : plan.direct.of(box)) visit(run);
+}
+
+}  // namespace
+
+NearPass::NearPass(const tree::FmmTree& tree, const SourcePlan& plan,
+                   const bem::NearFieldQuadrature& quadrature)
+    : tree_(&tree), plan_(&plan), quadrature_(&quadrature) {
   const auto& boxes = tree.tree();
   std::vector<double> costs;
   for (const tree::BoxIndex leaf : boxes.nonHaloLeafPositions()) {
     if (!boxes.boxes[leaf].hasTargets()) continue;
     leaves_.push_back(leaf);
     double numSources = 0.0;
-    for (const tree::BoxIndex source : boxes.boxes[leaf].positions(tree::ListKind::U))
-      numSources += static_cast<double>(boxes.sourceRanges()[source].count);
+    forEachNearRun(tree, plan, leaf, [&](const tree::ObjectRange& elements) {
+      numSources += static_cast<double>(elements.count);
+    });
     const double pairs = numSources * static_cast<double>(boxes.targetRanges()[leaf].count);
     numPairs_ += pairs;
     costs.push_back(pairs + 1.0);
@@ -23,17 +40,15 @@ NearPass::NearPass(const tree::FmmTree& tree, const bem::NearFieldQuadrature& qu
 
 void NearPass::apply(const bem::SourceCharges& forPotential, const bem::SourceCharges& forGradient,
                      std::span<double> potential, std::span<double> field) const {
-  const auto& boxes = tree_->tree();
   const std::span<const double> coordinates = tree_->targetCoordinates();
   runLeafTasks(tasks_, [&](LeafTask task) {
     for (u64 i = task.first; i < task.end; ++i) {
       const tree::BoxIndex leaf = leaves_[i];
-      const auto [first, n] = boxes.targetRanges()[leaf];
+      const auto [first, n] = tree_->tree().targetRanges()[leaf];
       bem::NearTask near(*quadrature_, coordinates.subspan(3 * first, 3 * n));
-      for (const tree::BoxIndex source : boxes.boxes[leaf].positions(tree::ListKind::U)) {
-        const tree::ObjectRange elements = boxes.sourceRanges()[source];
+      forEachNearRun(*tree_, *plan_, leaf, [&](const tree::ObjectRange& elements) {
         near.run(elements.first, elements.first + elements.count, forPotential, forGradient);
-      }
+      });
       near.addTo(potential.subspan(first, n), field.subspan(3 * first, 3 * n));
     }
   });

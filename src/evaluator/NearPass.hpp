@@ -5,17 +5,21 @@
 
 #include "bem/NearFieldQuadrature.hpp"
 #include "evaluator/LeafTasks.hpp"
+#include "evaluator/SourcePlan.hpp"
 #include "tree/FmmTree.hpp"
 
 namespace velmo::evaluator {
 
-/// The near field of all targets: each leaf with the leaves in its list U, in list order.
+/// The near field of all targets: each leaf with the leaves in its list U, in list order, then with
+/// the large elements that the plan sends directly to it and to the boxes above it, from the leaf
+/// upwards.
 ///
 /// A task takes whole target leaves and writes their results alone, so no addition is atomic and
 /// the order of all additions is that of the lists.
 class NearPass {
  public:
-  NearPass(const tree::FmmTree& tree, const bem::NearFieldQuadrature& quadrature);
+  NearPass(const tree::FmmTree& tree, const SourcePlan& plan,
+           const bem::NearFieldQuadrature& quadrature);
 
   /// Adds to the results of all targets, in sorted order.
   /// @param potential shape (numTargets)
@@ -28,6 +32,7 @@ class NearPass {
 
  private:
   const tree::FmmTree* tree_;
+  const SourcePlan* plan_;
   const bem::NearFieldQuadrature* quadrature_;
   std::vector<tree::BoxIndex> leaves_;  ///< with targets
   std::vector<LeafTask> tasks_;

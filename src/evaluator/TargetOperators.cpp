@@ -5,8 +5,8 @@
 #include "math/Constants.hpp"
 
 namespace velmo::evaluator {
-TargetOperators::TargetOperators(const tree::FmmTree& tree, u64 degree)
-    : table_(fmm::requireDegree(degree)), higherTable_(degree + 1) {
+TargetOperators::TargetOperators(const tree::FmmTree& tree, const SourcePlan& plan, u64 degree)
+    : plan_(&plan), table_(fmm::requireDegree(degree)), higherTable_(degree + 1) {
   const std::span<const double> coordinates = tree.targetCoordinates();
   for (u64 t = 0; t < tree.numTargets(); ++t) {
     x_.push_back(coordinates[3 * t]);
@@ -56,6 +56,7 @@ void TargetOperators::applyToLeaf(const tree::FmmTree& tree, tree::BoxIndex leaf
   kernel.localToPoints(table_, expansion, centres + 3 * u64{leaf}, math::kOneOverFourPi, points,
                        out);
   for (const tree::BoxIndex box : boxes.boxes[leaf].positions(tree::ListKind::W)) {
+    if (plan_->hasMoments[box] == 0) continue;
     const auto& multipole = boxes.boxes[box].multipole;
     expansion.setMultipole(multipole.column(potentialColumn).values(),
                            multipole.column(gradientColumn).values());

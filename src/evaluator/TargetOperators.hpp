@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "evaluator/LeafTasks.hpp"
+#include "evaluator/SourcePlan.hpp"
 #include "fmm/ExpansionKernel.hpp"
 #include "tree/FmmTree.hpp"
 
@@ -18,7 +19,7 @@ class TargetOperators {
  public:
   /// @throws utility::RuntimeError "Expansion degree must be >= 2",
   ///   "Failed to insert regular operator"
-  TargetOperators(const tree::FmmTree& tree, u64 degree);
+  TargetOperators(const tree::FmmTree& tree, const SourcePlan& plan, u64 degree);
 
   /// Adds to the results of all targets, in sorted order.
   /// @param potentialColumn, gradientColumn columns of the expansions that the results come from
@@ -32,6 +33,7 @@ class TargetOperators {
                    u64 gradientColumn, fmm::DerivedExpansion& expansion, std::vector<double>& sums,
                    std::span<double> potential, std::span<double> field) const;
 
+  const SourcePlan* plan_;
   fmm::RecursionTable table_;           ///< of the expansions' degree p
   fmm::RecursionTable higherTable_;     ///< of degree p + 1: gradients of multipoles
   std::vector<double> x_, y_, z_;       ///< targets in sorted order

@@ -1,7 +1,6 @@
 #include "fmm/TransferPlan.hpp"
 
 #include <numeric>
-#include <span>
 
 #include "bits/MortonGrid.hpp"
 
@@ -32,7 +31,8 @@ void sortByDirection(std::span<TransferPlan::Pair> pairs, std::vector<TransferPl
 
 }  // namespace
 
-TransferPlan::TransferPlan(const tree::SrcTrgTree<Box<3>>& tree) {
+TransferPlan::TransferPlan(const tree::SrcTrgTree<Box<3>>& tree,
+                           std::span<const std::uint8_t> hasMoments) {
   const auto& ids = tree.links().ids;
   std::vector<Pair> buffer;
   const auto closeTask = [&](u64 level) {
@@ -45,7 +45,8 @@ TransferPlan::TransferPlan(const tree::SrcTrgTree<Box<3>>& tree) {
     for (u64 box = tree.levelBegins()[level]; box < tree.levelBegins()[level + 1]; ++box) {
       const auto target = static_cast<tree::BoxIndex>(box);
       for (const tree::BoxIndex source : tree.boxes[box].positions(tree::ListKind::V))
-        pairs.push_back({target, source, directionBetween(ids[target], ids[source])});
+        if (hasMoments[source] != 0)
+          pairs.push_back({target, source, directionBetween(ids[target], ids[source])});
       if (pairs.size() - (tasks.empty() ? 0 : tasks.back().endPair) >= kPairsPerTask)
         closeTask(level);
     }

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "io/Types.hpp"
@@ -9,7 +10,8 @@
 
 namespace velmo::fmm {
 
-/// The pairs of all lists V, sorted so that pairs with one direction follow each other.
+/// The pairs of all lists V whose sources have moments, sorted so that pairs with one direction
+/// follow each other.
 ///
 /// A direction is the offset from target to source in boxes of their level, each component in
 /// [-3, 3]. The pairs are split into tasks by target box, so that tasks write different boxes;
@@ -40,7 +42,8 @@ struct TransferPlan {
   }
 
   TransferPlan() = default;
-  explicit TransferPlan(const tree::SrcTrgTree<Box<3>>& tree);
+  /// @param hasMoments per box: 0 for a source whose multipole is zero and need not be converted
+  TransferPlan(const tree::SrcTrgTree<Box<3>>& tree, std::span<const std::uint8_t> hasMoments);
 
   std::vector<Pair> pairs;
   std::vector<Task> tasks;

@@ -1,0 +1,103 @@
+#include "evaluator/ElementReach.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+
+#include "grid/ElementGeometry.hpp"
+#include "grid/ElementTypes.hpp"
+
+namespace velmo::evaluator {
+namespace {
+
+/// 1.631^2, rounded up; see ElementReach.
+constexpr double kBasisSum = 2.67;
+
+/// Where the nodes of an element would be if it were that of its vertices: values of the linear
+/// basis at the nodes that are no vertices, shape (numNodes - numVertices, numVertices),
+/// column-major.
+struct StraightNodes {
+  explicit StraightNodes(u64 code)
+      : numVertices(grid::numNodesOf(grid::linearBaseOf(code))),
+        numOthers(grid::numNodesOf(code) - numVertices),
+        values(numOthers * numVertices) {
+    if (numOthers == 0) return;
+    const topo::NodePoints nodes =
+        topo::nodePoints(grid::referenceTypeOf(code), grid::orderOf(code));
+    grid::geometricBasis(grid::linearBaseOf(code))
+        .eval({nodes.points.data() + 2 * numVertices, 2 * numOthers}, values.data());
+  }
+
+  /// Largest distance of a node from where it would be.
+  [[nodiscard]] double offset(const double* nodes) const noexcept {
+    double largest = 0.0;
+    for (u64 k = 0; k < numOthers; ++k) {
+      double squared = 0.0;
+      for (u64 axis = 0; axis < 3; ++axis) {
+        double d = nodes[3 * (numVertices + k) + axis];
+        for (u64 j = 0; j < numVertices; ++j) d -= values[j * numOthers + k] * nodes[3 * j + axis];
+        squared += d * d;
+      }
+      // Keeps what is no number, so that no bound holds for it.
+      if (!(squared <= largest)) largest = squared;
+    }
+    return std::sqrt(largest);
+  }
+
+  u64 numVertices;
+  u64 numOthers;
+  std::vector<double> values;
+};
+
+double squaredDistance(const double* a, const double* b) noexcept {
+  const double d[3] = {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
+  return d[0] * d[0] + d[1] * d[1] + d[2] * d[2];
+}
+
+}  // namespace
+
+void Extent::add(const double* point) noexcept {
+  for (int i = 0; i < 3; ++i) {
+    low[i] = std::min(low[i], point[i]);
+    high[i] = std::max(high[i], point[i]);
+  }
+}
+
+double Extent::squaredDistance(const double* point) const noexcept {
+  double sum = 0.0;
+  for (int i = 0; i < 3; ++i) {
+    const double d = std::max({low[i] - point[i], point[i] - high[i], 0.0});
+    sum += d * d;
+  }
+  return sum;
+}
+
+ElementReach::ElementReach(const grid::SurfaceElements& elements) : elements_(&elements) {
+  std::map<u64, StraightNodes> types;
+  for (u64 e = 0; e < elements.numElements(); ++e) {
+    const u64 code = elements.types[e];
+    const StraightNodes& type = types.try_emplace(code, code).first->second;
+    if (type.numOthers == 0) continue;
+    if (bulges_.empty()) bulges_.resize(elements.numElements());
+    bulges_[e] = kBasisSum * type.offset(elements.nodes(e).data());
+  }
+}
+
+double ElementReach::farthest(u64 element, const double* point) const noexcept {
+  const double* const nodes = elements_->nodes(element).data();
+  double largest = 0.0;
+  for (u64 v = 0; v < numVertices(element); ++v) {
+    const double squared = squaredDistance(nodes + 3 * v, point);
+    if (!(squared <= largest)) largest = squared;
+  }
+  return std::sqrt(largest) + bulge(element);
+}
+
+double ElementReach::nearest(u64 element, const double* point) const noexcept {
+  const double* const nodes = elements_->nodes(element).data();
+  Extent extent;
+  for (u64 v = 0; v < numVertices(element); ++v) extent.add(nodes + 3 * v);
+  return std::sqrt(extent.squaredDistance(point)) - bulge(element);
+}
+
+}  // namespace velmo::evaluator
