@@ -3,6 +3,7 @@
 #include <malloc.h>
 
 #include <algorithm>
+#include <complex>
 #include <span>
 
 #include "grid/PointCloud.hpp"
@@ -62,6 +63,12 @@ u64 SphereCase::numConversions() const {
   u64 count = 0;
   for (const auto& box : tree_->tree().boxes) count += box.listV().size();
   return count;
+}
+
+u64 SphereCase::expansionBytes() const {
+  u64 count = 0;
+  for (const auto& box : tree_->tree().boxes) count += box.multipole.size + box.local.size;
+  return count * sizeof(std::complex<double>);
 }
 
 void SphereCase::apply() { evaluator_->apply({*density_, *density_}, {*field_, *potential_}); }

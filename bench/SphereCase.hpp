@@ -56,6 +56,9 @@ class SphereCase {
   [[nodiscard]] u64 treeBytes() const noexcept { return treeBytes_; }
   [[nodiscard]] u64 evaluatorBytes() const noexcept { return evaluatorBytes_; }
 
+  /// Those of them that hold the expansions of the boxes.
+  [[nodiscard]] u64 expansionBytes() const;
+
  private:
   u64 leafSize_;
   grid::GridData surface_;
