@@ -19,12 +19,13 @@ std::unique_ptr<sparse::ParVec> viewOf(std::span<double> values) {
                                           linalg::MatrixView<double, -1, 1>(values));
 }
 
-}  // namespace
-
+/// Bytes that the program holds on the heap.
 u64 heapBytes() {
   const auto heap = mallinfo2();
   return heap.uordblks + heap.hblkhd;
 }
+
+}  // namespace
 
 SphereCase::SphereCase(u64 refine, u64 leafSize, u64 threads)
     : leafSize_(leafSize), surface_(samples::gridData(samples::sphere({.refine = refine}))) {
