@@ -26,6 +26,7 @@ void apply(benchmark::State& state) {
   perObject("conversions", sphere.numConversions());
   perObject("treeBytes", sphere.treeBytes());
   perObject("evaluatorBytes", sphere.evaluatorBytes());
+  perObject("expansionBytes", sphere.expansionBytes());
 }
 
 BENCHMARK(apply)

@@ -3,6 +3,7 @@
 #include <malloc.h>
 
 #include <algorithm>
+#include <complex>
 #include <span>
 
 #include "grid/GridData.hpp"
@@ -18,12 +19,13 @@ std::unique_ptr<sparse::ParVec> viewOf(std::span<double> values) {
                                           linalg::MatrixView<double, -1, 1>(values));
 }
 
-}  // namespace
-
+/// Bytes that the program holds on the heap.
 u64 heapBytes() {
   const auto heap = mallinfo2();
   return heap.uordblks + heap.hblkhd;
 }
+
+}  // namespace
 
 SphereCase::SphereCase(u64 refine, u64 leafSize, u64 threads)
     : leafSize_(leafSize), surface_(samples::gridData(samples::sphere({.refine = refine}))) {
@@ -62,6 +64,12 @@ u64 SphereCase::numConversions() const {
   u64 count = 0;
   for (const auto& box : tree_->tree().boxes) count += box.listV().size();
   return count;
+}
+
+u64 SphereCase::expansionBytes() const {
+  u64 count = 0;
+  for (const auto& box : tree_->tree().boxes) count += box.multipole.size + box.local.size;
+  return count * sizeof(std::complex<double>);
 }
 
 void SphereCase::apply() { evaluator_->apply({*density_, *density_}, {*field_, *potential_}); }

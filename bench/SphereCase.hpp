@@ -11,9 +11,6 @@
 
 namespace velmo::bench {
 
-/// Bytes that the program holds on the heap.
-[[nodiscard]] u64 heapBytes();
-
 /// The whole evaluation in memory: a sphere of 20 n^2 flat triangles with a constant density, as
 /// many targets in the shell between 0.9 and 1.1 radii, expansions of degree 8, default quadrature.
 class SphereCase {
@@ -55,6 +52,9 @@ class SphereCase {
   /// Heap bytes that tree and evaluator brought.
   [[nodiscard]] u64 treeBytes() const noexcept { return treeBytes_; }
   [[nodiscard]] u64 evaluatorBytes() const noexcept { return evaluatorBytes_; }
+
+  /// Those of them that hold the expansions of the boxes.
+  [[nodiscard]] u64 expansionBytes() const;
 
  private:
   u64 leafSize_;

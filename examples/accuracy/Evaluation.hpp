@@ -40,13 +40,14 @@ struct Values {
 /// What the tree of a problem looks like.
 struct TreeFigures {
   u64 numLevels = 0;
-  u64 numV = 0;  ///< entries of the lists of all boxes
-  u64 numW = 0;
-  u64 numX = 0;
-  double overhang =
-      0.0;  ///< how far an element's node lies outside its leaf at most, in half edges
+  u64 numV = 0;  ///< entries of the V lists of all boxes
+  u64 numW = 0;  ///< of the W lists
+  u64 numX = 0;  ///< of the X lists
+  /// How far a node of an element lies outside its leaf at most, in half edges of the leaf.
+  double overhang = 0.0;
 };
 
+/// Builds the tree of a problem and measures it.
 [[nodiscard]] TreeFigures treeFigures(const Problem& problem, const tree::Options& options);
 
 /// Greatest error of any point, relative to the greatest value of all points.
@@ -55,6 +56,7 @@ struct Errors {
   double field = 0.0;  ///< of the vectors' lengths
 };
 
+/// @pre both hold values of the same points
 [[nodiscard]] Errors errors(const Values& values, const Values& expected);
 
 }  // namespace velmo::accuracy

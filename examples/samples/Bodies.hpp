@@ -6,6 +6,9 @@
 #include "samples/SurfaceMesh.hpp"
 #include "samples/Vec3.hpp"
 
+/// Meshes of the bodies. All lengths and coordinates have the unit of the solution file; each
+/// function throws utility::RuntimeError "The <length> of a <body> must be positive" for a length
+/// that is not, and what `refined` and `withOrder` throw (PolygonMesh.hpp) for the options.
 namespace velmo::samples {
 
 /// Kinds of elements of a mesh; `Mixed` cuts every second quadrilateral into two triangles.

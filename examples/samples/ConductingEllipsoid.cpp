@@ -21,8 +21,10 @@ Real weightedSum(const RealVec3& d, const RealVec3& squares, Real lambda, int po
   return sum;
 }
 
-}  // namespace
-
+/// Carlson's symmetric integral of the first kind,
+/// 1/2 integral from 0 to infinity of ds / sqrt((s + x) (s + y) (s + z)), to 64 bits.
+/// Source: B. C. Carlson, Numerical computation of real or complex elliptic integrals, 1995.
+/// @pre x, y, z >= 0, at most one of them 0
 Real carlsonRF(Real x, Real y, Real z) {
   // The duplication theorem brings the arguments together; the tail is a series to order 5 in
   // their differences e, whose next term is below the last bit for differences of this size.
@@ -44,6 +46,8 @@ Real carlsonRF(Real x, Real y, Real z) {
     z = (z + lambda) / 4.0L;
   }
 }
+
+}  // namespace
 
 ConductingEllipsoid::ConductingEllipsoid(const Vec3& semiAxes, double charge, const Vec3& centre)
     : centre_{centre[0], centre[1], centre[2]}, charge_(charge) {

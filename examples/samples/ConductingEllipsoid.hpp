@@ -4,12 +4,6 @@
 
 namespace velmo::samples {
 
-/// Carlson's symmetric integral of the first kind,
-/// 1/2 integral from 0 to infinity of ds / sqrt((s + x) (s + y) (s + z)), to 64 bits.
-/// Source: B. C. Carlson, Numerical computation of real or complex elliptic integrals, 1995.
-/// @pre x, y, z >= 0, at most one of them 0
-[[nodiscard]] Real carlsonRF(Real x, Real y, Real z);
-
 /// Conductor with the surface x^2/a^2 + y^2/b^2 + z^2/c^2 = 1 and the charge Q.
 ///
 /// Density Q / (4 pi a b c) / sqrt(x^2/a^4 + y^2/b^4 + z^2/c^4); potential outside

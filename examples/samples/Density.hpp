@@ -8,7 +8,7 @@
 
 namespace velmo::samples {
 
-/// Charge per unit of area at a point (x, y, z) of the surface.
+/// Charge per unit of area at a point (x, y, z) of the surface, in the unit of the solution file.
 using SurfaceDensity = std::function<double(const double*)>;
 
 /// Coefficients of a surface charge density in the element-local L2 functions of one order, element
@@ -26,7 +26,8 @@ struct Density {
 
 /// L2 projection of the density per unit of reference area, sigma times the area element J, onto
 /// the functions phi_i of order 0 to 3 of each element: sum_j c_j (phi_i, phi_j) = (phi_i, sigma
-/// J). The charge of each element is kept, since a constant is among the functions.
+/// J). The charge of each element is kept, since a constant is among the functions. J is the area
+/// of the parallelogram that the tangents of the element's map span.
 [[nodiscard]] Density projected(const SurfaceMesh& mesh, u64 order, const SurfaceDensity& sigma);
 
 /// The projection of a constant `sigma`.

@@ -8,18 +8,24 @@
 
 namespace velmo::samples {
 
-/// Evaluation points, shape (count, 3), point after point.
+/// Evaluation points, shape (count, 3), point after point, in the unit of the solution file. Equal
+/// arguments give equal bits.
 using Points = std::vector<double>;
 
-/// Uniform in the volume rMin <= |x - centre| <= rMax.
+/// Uniform in the volume rMin <= |x - centre| <= rMax: a fraction t of the volume lies below the
+/// radius cbrt(rMin^3 + t (rMax^3 - rMin^3)).
+/// @throws utility::RuntimeError "A shell needs 0 <= inner radius <= outer radius, not <a> and <b>"
 [[nodiscard]] Points randomInShell(u64 count, const Vec3& centre, double rMin, double rMax,
                                    u64 seed);
 
 /// Directions of a Fibonacci lattice, radii from rMin to rMax in an order that is independent of
-/// the direction: an even cover of the shell without random numbers.
+/// the direction: an even cover of the shell without random numbers. Point i has the height
+/// z = 1 - (2 i + 1) / count on the unit sphere and the longitude 2 pi (2 - phi) i, where phi is
+/// the golden ratio.
+/// @throws utility::RuntimeError as `randomInShell`
 [[nodiscard]] Points fibonacciShell(u64 count, const Vec3& centre, double rMin, double rMax);
 
-/// Equally spaced from `from` to `to`, both included.
+/// Equally spaced from `from` to `to`, both included; one point alone is `from`.
 [[nodiscard]] Points onLine(u64 count, const Vec3& from, const Vec3& to);
 
 /// (numU, numV) grid over origin + s u + t v with s, t in [0, 1]; u runs fastest.

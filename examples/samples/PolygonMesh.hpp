@@ -22,7 +22,9 @@ struct PolygonMesh {
   std::vector<Face> faces;
 };
 
-/// Every edge cut into `n` equal parts: n^2 faces of the same kind for each face.
+/// Every edge cut into `n` equal parts: n^2 faces of the same kind for each face. The old vertices
+/// keep their numbers; new ones follow, those on an edge once for both of its faces.
+/// @throws utility::RuntimeError "A mesh needs at least one part per edge"
 [[nodiscard]] PolygonMesh refined(const PolygonMesh& mesh, u64 n);
 
 /// Which quadrilaterals to cut along a diagonal.
@@ -35,7 +37,8 @@ enum class Split { All, EverySecond };
 enum class QuadNodes { Full, EdgesOnly };
 
 /// Elements of geometric order 1 to 3 whose nodes lie on the flat faces at the reference element's
-/// node points.
+/// node points. Neighbours share the nodes of their common edge.
+/// @throws utility::RuntimeError "Geometric order must be 1, 2 or 3, not <n>"
 [[nodiscard]] SurfaceMesh withOrder(const PolygonMesh& mesh, u64 order, QuadNodes quadNodes);
 
 }  // namespace velmo::samples

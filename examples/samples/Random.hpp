@@ -10,7 +10,7 @@
 namespace velmo::samples {
 
 /// Seeded numbers that are the same with every standard library: the distributions of <random> are
-/// not, the engine is.
+/// not, the engine is. Each thread needs its own.
 class Random {
  public:
   explicit Random(u64 seed) : engine_(seed) {}
@@ -18,6 +18,7 @@ class Random {
   /// Uniform in [0, 1), 53 random bits.
   [[nodiscard]] double uniform() { return static_cast<double>(engine_() >> 11U) * 0x1p-53; }
 
+  /// Uniform in [low, high).
   [[nodiscard]] double uniform(double low, double high) { return low + (high - low) * uniform(); }
 
   /// Below `count`; the bias of the remainder is count / 2^64.

@@ -15,9 +15,9 @@ namespace velmo::samples {
 /// common edge. The vertices run counter-clockwise seen from the side that the normal points to.
 struct SurfaceMesh {
   std::vector<double> coordinates;  ///< shape (numNodes, 3), node after node
-  std::vector<u64> elementTypes;    ///< element type codes
-  std::vector<u64> offsets{0};      ///< shape (numElements + 1)
-  std::vector<u64> connectivity;    ///< node numbers
+  std::vector<u64> elementTypes;    ///< shape (numElements), such as 203 or 309
+  std::vector<u64> offsets{0};      ///< of an element's nodes in `connectivity`, (numElements + 1)
+  std::vector<u64> connectivity;    ///< node numbers, element after element
 
   [[nodiscard]] u64 numNodes() const noexcept { return coordinates.size() / 3; }
   [[nodiscard]] u64 numElements() const noexcept { return elementTypes.size(); }

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <type_traits>
 
+/// Points and vectors of the samples with the few operations that they need.
 namespace velmo::samples {
 
 /// Three components of one precision.
@@ -39,6 +40,7 @@ template <class T>
   return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
+/// Euclidean length.
 template <class T>
 [[nodiscard]] T norm(const Vector3<T>& a) noexcept {
   return std::sqrt(dot(a, a));

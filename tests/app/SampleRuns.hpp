@@ -2,10 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
-#include <charconv>
 #include <filesystem>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,6 +10,7 @@
 #include "samples/MakeSample.hpp"
 #include "support/RunProgram.hpp"
 #include "support/TemporaryFolder.hpp"
+#include "validation/RunResult.hpp"
 
 /// Runs of the program on samples, and its tables read back.
 namespace orvanta {
@@ -64,25 +62,12 @@ struct Table {
 
 /// Reads a result file, strictly: seven numbers per line, nothing else.
 inline Table readTable(const fs::path& path) {
-  std::istringstream text(readFile(path));
-  std::string line;
-  std::getline(text, line);
-  EXPECT_EQ(line + "\n", tableHead);
+  EXPECT_TRUE(readFile(path).starts_with(tableHead)) << path;
   Table table;
-  while (std::getline(text, line)) {
-    std::array<double, 7> row{};
-    const char* next = line.data();
-    const char* const end = line.data() + line.size();
-    for (double& value : row) {
-      if (next != end && *next == ' ') ++next;
-      const auto [stop, error] = std::from_chars(next, end, value);
-      EXPECT_EQ(error, std::errc()) << line;
-      next = stop == end ? end : stop + 1;
-    }
-    EXPECT_EQ(next, end) << line;
-    table.points.insert(table.points.end(), row.begin(), row.begin() + 3);
-    table.values.potential.push_back(row[3]);
-    table.values.field.insert(table.values.field.end(), row.begin() + 4, row.end());
+  for (const auto& [x, potential, gradient] : velmo::validation::readTable(path)) {
+    table.points.insert(table.points.end(), x.begin(), x.end());
+    table.values.potential.push_back(potential);
+    table.values.field.insert(table.values.field.end(), gradient.begin(), gradient.end());
   }
   return table;
 }

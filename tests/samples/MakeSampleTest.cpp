@@ -113,13 +113,30 @@ TEST(Sample, ReadsBackToTheSameBitsHoweverItIsStored) {
   }
 }
 
+TEST(SolutionFile, StoresWhatTheOptionsAskFor) {
+  SolutionFile file;
+  EXPECT_FALSE(StorageOptions{}.gzip);
+
+  file.store({.gzip = true, .integers = IntegerWidth::Mixed, .strings = TextForm::Variable});
+
+  EXPECT_TRUE(std::ranges::all_of(file.parts, &Part::isCompressed));
+  EXPECT_EQ(file["BasisType"].stored, Stored::VariableText);
+  EXPECT_EQ(file["FEOrder"].stored, Stored::Int64);
+  // Every second of the nine integer datasets is narrow.
+  const auto numNarrow = std::ranges::count(file.parts, Stored::Int32, &Part::stored);
+  EXPECT_EQ(numNarrow, 4);
+  EXPECT_EQ(file["GlobalDofIds"].stored, Stored::Int64);
+  EXPECT_EQ(file["NumberOfDofIds"].stored, Stored::Int32);
+}
+
 TEST(Sample, OfOneSeedHasTheSameFilesEveryTime) {
   const test::TemporaryFolder folder;
   const auto write = [&folder](const char* seed, const char* name) {
     SampleRequest request = parse({"--refine=2", "--pieces=2", "--shuffle", "--renumber", seed});
     request.out = folder.path() / name;
-    EXPECT_NE(writeSample(request, makeSample(request)).find("80 elements, 42 nodes"),
-              std::string::npos);
+    const std::string told = writeSample(request, makeSample(request));
+    EXPECT_NE(told.find("80 elements, 42 nodes, 80 coefficients"), std::string::npos);
+    EXPECT_NE(told.find(": 1000 points\n"), std::string::npos);
   };
   write("--seed=4", "first");
   write("--seed=4", "second");
