@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <cstdint>
 #include <vector>
 
 #include "bem/LaplaceFundSol.hpp"
@@ -111,7 +112,8 @@ TEST(LevelTransfer, ConvertsAsPairByPairWithAnyNumberOfThreads) {
     for (const u64 threads : {1, 2, 3}) {
       thread::setNumThreads(threads);
       World world(options);
-      transfer.m2lConversion(world.tree(), TransferPlan(world.tree()));
+      const std::vector<std::uint8_t> hasMoments(world.tree().boxes.size(), 1);
+  transfer.m2lConversion(world.tree(), TransferPlan(world.tree(), hasMoments));
       if (first.empty()) first = world.locals;
       EXPECT_EQ(std::memcmp(world.locals.data(), first.data(), first.size() * sizeof(Complex)), 0);
     }
