@@ -38,7 +38,6 @@ class NeighbourOffsets {
   [[nodiscard]] const GridOffset* begin() const noexcept { return offsets_.data(); }
   [[nodiscard]] const GridOffset* end() const noexcept { return offsets_.data() + size_; }
   [[nodiscard]] std::size_t size() const noexcept { return size_; }
-  [[nodiscard]] bool empty() const noexcept { return size_ == 0; }
   /// @pre fewer than 26 steps are held
   void add(GridOffset offset) noexcept { offsets_[size_++] = offset; }
 

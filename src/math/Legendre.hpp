@@ -92,8 +92,6 @@ class LegendreBatch {
     }
   }
 
-  /// The present order n.
-  [[nodiscard]] u64 order() const noexcept { return order_; }
   /// P_n, shape (count); valid until the next `advance`.
   [[nodiscard]] const double* values() const noexcept { return rows_[order_ % 2].data(); }
   /// P'_n, shape (count).
@@ -142,8 +140,6 @@ class IntegratedLegendreBatch {
     }
   }
 
-  /// The present order n; 1 before the first `advance`.
-  [[nodiscard]] u64 order() const noexcept { return order_; }
   /// L_n, shape (count); valid until the next `advance`, like the other rows.
   [[nodiscard]] const double* values() const noexcept { return integrated_.data(); }
   /// dL_n/dx = P_(n-1).

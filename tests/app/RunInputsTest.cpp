@@ -8,7 +8,6 @@
 #include <utility>
 #include <vector>
 
-#include "app/RunInputs.hpp"
 #include "io/Channels.hpp"
 #include "io/Exception.hpp"
 #include "support/ExpectThrow.hpp"
@@ -42,7 +41,16 @@ TEST(RunInputs, ChooseTheReaderByTheExactExtension) {
     EXPECT_EQ(inputs->pointCloud.coordinates, c.coordinates);
     EXPECT_EQ(inputs->numPoints, c.coordinates.size() / 3);
   }
-  EXPECT_FALSE(readRunInputs(folder.path() / "no such file", {}, ""));
+}
+
+TEST(RunInputs, TellOfAMissingPointsFileWhereSomebodyListens) {
+  std::ostringstream words;
+  EXPECT_FALSE(readRunInputs("no such file", {}, ""));
+  velmo::io::warn.setStreams({&words});
+  EXPECT_FALSE(readRunInputs("no such file", {}, ""));
+  velmo::io::warn.setStreams({});
+
+  EXPECT_EQ(words.str(), "Input file \"no such file\" does not exist\n");
 }
 
 TEST(RunInputs, DeriveTheBaseNameOfTheResult) {

@@ -6,8 +6,6 @@
 #include <random>
 #include <vector>
 
-#include "bits/MortonID.hpp"
-
 namespace velmo::bits {
 namespace {
 
