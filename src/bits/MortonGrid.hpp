@@ -97,7 +97,7 @@ struct CellCube {
   return {compact(bits), compact(bits >> 1), compact(bits >> 2)};
 }
 
-/// The cell of the same level that lies `offset` cells away.
+/// The cell of the same level that lies `offset` cells away: each coordinate plus its step.
 /// @pre it lies inside the grid of the level
 [[nodiscard]] Morton shifted(Morton id, GridOffset offset) noexcept;
 

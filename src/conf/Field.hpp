@@ -58,7 +58,7 @@ template <class Owner, class T>
 template <class T>
 struct Fields;
 
-/// A structure of the settings tree, as against a number, a text or a list.
+/// A structure of the settings tree, not a number, a text or a list.
 template <class T>
 concept HasFields = requires {
   Fields<T>::section;

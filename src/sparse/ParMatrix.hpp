@@ -30,9 +30,11 @@ class ParMatrixBase {
   ParMatrixBase& operator=(ParMatrixBase&&) noexcept = default;
   virtual ~ParMatrixBase() = default;
 
-  /// out += alpha A in.
+  /// out += alpha A in. `in` is as long as the columns, `out` as the rows; what other ranks own of
+  /// `out` goes to its remote part, which is then marked as scattered.
+  /// @throws utility::RuntimeError also what csr::Matrix::matMultAdd throws
   virtual void matMult(ParVec& in, ParVec& out, T alpha) const = 0;
-  /// out += alpha A^T in.
+  /// out += alpha A^T in. `in` is as long as the rows, `out` as the columns.
   virtual void matMultTrans(ParVec& in, ParVec& out, T alpha) const = 0;
   /// out += alpha A^H in.
   virtual void matMultConjTrans(ParVec& in, ParVec& out, T alpha) const = 0;
