@@ -10,8 +10,15 @@
 
 namespace orvanta {
 
-/// Evaluates the potential and the field of the solution at all points and writes the result file.
+/// Evaluates the potential and the field of the solution at all points and writes the result file:
+/// reads the solution, builds the octree over elements and points, sums far and near field, and
+/// brings the results back to the order of the input. Reports its stages on the log.
 ///
+/// Reads of `problem`: `fem.order`, `bem.tree`, `postEval` and `postProc.outBasename`. Called on
+/// the main thread, once per process; the pool's threads work inside. Nothing is written when it
+/// throws.
+///
+/// @param solutionPath the `.vtkhdf` file
 /// @param points point cloud in the order of the input
 /// @return the result file and an empty path, the place of a second file
 /// @throws velmo::utility::RuntimeError "FE-orders don't match between solution file and  settings

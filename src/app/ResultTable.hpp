@@ -9,7 +9,9 @@
 namespace orvanta {
 
 /// Writes the table of all points with potential and field to `basename` + ".csv": a head line,
-/// then a row per point in input order, seven numbers of 17 digits each.
+/// then a row per point in input order with x, y, z, the potential and the three components of the
+/// field, in the format {:> .17E}, separated by commas. A double read back from it is the same.
+/// Rows are formatted by the pool's threads.
 ///
 /// A file that can't be opened or written is passed over without a word.
 ///
@@ -22,7 +24,11 @@ std::filesystem::path writeResults(const std::string& basename, const velmo::gri
                                    std::span<const double> field);
 
 /// Reports the ranges of the potential and of each component of the field, and the greatest
-/// magnitude of the field. Values that are no numbers are passed over.
+/// magnitude of the field, on channel `out`. Values that are no numbers are passed over; without
+/// any others a range runs from the largest double to the smallest.
+///
+/// @param potential shape (numPoints)
+/// @param field     shape (numPoints, 3)
 void reportExtrema(std::span<const double> potential, std::span<const double> field);
 
 }  // namespace orvanta

@@ -38,7 +38,6 @@ class NeighbourOffsets {
   [[nodiscard]] const GridOffset* begin() const noexcept { return offsets_.data(); }
   [[nodiscard]] const GridOffset* end() const noexcept { return offsets_.data() + size_; }
   [[nodiscard]] std::size_t size() const noexcept { return size_; }
-  [[nodiscard]] bool empty() const noexcept { return size_ == 0; }
   /// @pre fewer than 26 steps are held
   void add(GridOffset offset) noexcept { offsets_[size_++] = offset; }
 
@@ -98,7 +97,7 @@ struct CellCube {
   return {compact(bits), compact(bits >> 1), compact(bits >> 2)};
 }
 
-/// The cell of the same level that lies `offset` cells away.
+/// The cell of the same level that lies `offset` cells away: each coordinate plus its step.
 /// @pre it lies inside the grid of the level
 [[nodiscard]] Morton shifted(Morton id, GridOffset offset) noexcept;
 

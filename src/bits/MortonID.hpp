@@ -51,7 +51,8 @@ class MortonID {
     return (63 - std::countl_zero(value_)) / 3;
   }
 
-  /// Child `k` of 8. @pre the level is below 21
+  /// Child `k` of 8; bit 0 of k is the upper half in x, bit 1 in y, bit 2 in z. @pre the level is
+  /// below 21
   [[nodiscard]] constexpr MortonID child(unsigned k) const noexcept {
     assert(k < 8 && level() < kMaxLevel);
     return MortonID(value_ << 3 | k);
@@ -81,7 +82,7 @@ class MortonID {
     return value_ << (63 - 3 * level());
   }
 
-  /// Strict: a cell isn't its own ancestor.
+  /// Whether `other` lies in this cell. Strict: a cell isn't its own ancestor.
   [[nodiscard]] constexpr bool isAncestorOf(MortonID other) const noexcept {
     const int mine = level();
     const int others = other.level();

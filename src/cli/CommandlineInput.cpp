@@ -1,12 +1,12 @@
 #include "cli/CommandlineInput.hpp"
 
 #include <algorithm>
+#include <fstream>
 #include <iostream>
+#include <sstream>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
-
-#include "cli/ResponseFile.hpp"
 
 namespace velmo::cli {
 namespace {
@@ -42,13 +42,39 @@ std::string labelOf(const RawArgument& argument) {
   return label;
 }
 
+/// The tokens of a text file with one "key value" per line. A key of one letter gives the tokens
+/// "-k" and "value", a longer one the token "--key=value", or "--key" when there is no value. Lines
+/// that begin with "#" and empty lines give none, and a value that begins with "#" is a comment.
+std::vector<std::string> readResponseFile(const std::string& path) {
+  std::ifstream file(path);
+  if (!file) throw std::runtime_error("Expecting a file at: " + path);
+
+  std::vector<std::string> tokens;
+  for (std::string line; std::getline(file, line);) {
+    if (line.starts_with('#')) continue;
+    std::string key;
+    std::string value;
+    std::istringstream(line) >> key >> value;
+    if (value.starts_with('#')) value.clear();
+    if (key.empty()) continue;
+    const bool isShort = key.size() == 1;
+    std::string& token = tokens.emplace_back(isShort ? "-" : "--");
+    token += key;
+    if (value.empty()) continue;
+    if (isShort)
+      tokens.push_back(value);
+    else
+      token.append("=").append(value);
+  }
+  return tokens;
+}
+
 }  // namespace
 
 CommandlineInput::CommandlineInput(int argc, char** argv, std::string description)
-    : description_(std::move(description)), programPath_(argc > 0 ? argv[0] : "") {
-  programName_ = programPath_.substr(programPath_.find_last_of("/\\") + 1);
+    : pages_{argc > 0 ? argv[0] : "", std::move(description), {}} {
   helpRequested_ = argc <= 1;
-  arguments_.push_back({programPath_, 0, {}, true});
+  arguments_.push_back({pages_.programPath, 0, {}, true});
 
   const std::vector<std::string> tokens(argv + std::min(argc, 1), argv + argc);
   if (tokens.size() == 1 && tokens[0].starts_with('@'))
@@ -92,11 +118,11 @@ void CommandlineInput::checkNamesAreFree_(const std::string& name, char shortNam
   if (shortName == 'h' || name == "help")
     throw std::runtime_error("Sorry '-h' is already occupied for '--help'");
   if (name == "version") throw std::runtime_error("Sorry '--version' is already occupied");
-  for (const Parameter& other : parameters_)
+  for (const Parameter& other : pages_.parameters)
     if (shortName != 0 && other.shortName == shortName)
       throw std::runtime_error(std::string("CommandlineInput: short name already occupied: ") +
                                shortName);
-  for (const Parameter& other : parameters_)
+  for (const Parameter& other : pages_.parameters)
     if (other.name == name)
       throw std::runtime_error("CommandlineInput: long name already occupied: " + name);
 }
@@ -104,8 +130,8 @@ void CommandlineInput::checkNamesAreFree_(const std::string& name, char shortNam
 // The text of the parameter's value; null when there is none.
 const std::string* CommandlineInput::declare_(Parameter parameter) {
   checkNamesAreFree_(parameter.name, parameter.shortName);
-  parameters_.push_back(std::move(parameter));
-  const Parameter& declared = parameters_.back();
+  pages_.parameters.push_back(std::move(parameter));
+  const Parameter& declared = pages_.parameters.back();
 
   const auto found = std::ranges::find_if(arguments_, [&](const RawArgument& argument) {
     return argument.name == declared.name ||
@@ -134,15 +160,15 @@ const std::string* CommandlineInput::declare_(Parameter parameter) {
 bool CommandlineInput::finish(bool quiet) {
   finished_ = true;
   if (helpRequested_) {
-    if (!quiet) printUsage(std::cerr);
+    if (!quiet) pages_.printUsage(std::cerr);
     return false;
   }
   if (versionRequested_) {
-    if (!quiet) printVersion(std::cerr);
+    if (!quiet) pages_.printVersion(std::cerr);
     return false;
   }
   if (templateRequested_) {
-    if (!quiet) writeInputTemplate(std::cout);
+    if (!quiet) pages_.writeInputTemplate(std::cout);
     return false;
   }
   if (failed_) return false;

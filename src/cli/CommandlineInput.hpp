@@ -2,11 +2,12 @@
 
 #include <deque>
 #include <filesystem>
-#include <iosfwd>
 #include <sstream>
 #include <string>
 #include <type_traits>
 #include <vector>
+
+#include "cli/CommandlinePages.hpp"
 
 namespace velmo::cli {
 
@@ -14,31 +15,27 @@ namespace velmo::cli {
 struct RawArgument {
   std::string name;    ///< long name without dashes; empty for a short option
   char shortName = 0;  ///< letter of a short option; 0 for a long one
-  std::string value;
-  bool used = false;  ///< whether a declaration has taken the value
-};
-
-/// One declared parameter, as the usage page shows it.
-struct Parameter {
-  std::string name;
-  char shortName = 0;  ///< 0 if none
-  bool required = false;
-  std::string typeName;
-  std::string defaultValue;
-  std::string description;
-  std::vector<std::string> choices;  ///< shown, not enforced
+  std::string value;   ///< empty if there is none
+  bool used = false;   ///< whether a declaration has taken the value
 };
 
 /// Command-line parser in three steps: construct it from main()'s arguments, declare each parameter
 /// and receive its value, call finish().
 ///
-/// `--name=value` and `-n value` are the same; a long option never takes the next token. A sole
-/// argument `@file` is replaced by the options of that file (see readResponseFile). Messages and
-/// pages go to the standard error stream: the parser may run before any log has a stream.
+/// `--name=value` and `-n value` are the same; a long option never takes the next token. A token
+/// behind a short option is its value unless it begins as an option; "-1" and "-.5" are numbers.
+/// `--help`, `-h`, `--version` and `-v` ask for pages, and so does a call without arguments for the
+/// usage page. A sole argument `@file` is replaced by the options of that file, one "key value" per
+/// line; lines that begin with "#" are comments.
+///
+/// Messages and pages go to the standard error stream: the parser may run before any log has a
+/// stream. Messages begin with "[CLI] (EE) " or, for what is passed over, with "[CLI] (WW) ". Not
+/// to be shared by threads.
 class CommandlineInput {
  public:
   /// @param description text for the usage page
-  /// @throws std::runtime_error when a response file can't be opened
+  /// @throws std::runtime_error "Expecting a file at: <path>" for a response file that can't be
+  ///         opened
   CommandlineInput(int argc, char** argv, std::string description);
   CommandlineInput(const CommandlineInput&) = delete;
   CommandlineInput& operator=(const CommandlineInput&) = delete;
@@ -51,7 +48,10 @@ class CommandlineInput {
   ///
   /// Text is converted by the stream's `>>`: a string ends at its first white space, a path may be
   /// quoted.
-  /// @throws std::runtime_error when a name is taken
+  /// @throws std::runtime_error "Sorry '-h' is already occupied for '--help'",
+  ///   "Sorry '--version' is already occupied",
+  ///   "CommandlineInput: short name already occupied: <letter>",
+  ///   "CommandlineInput: long name already occupied: <name>"
   template <class T>
   [[nodiscard]] T requiredParameter(const std::string& name, char shortName,
                                     const std::string& description,
@@ -62,7 +62,7 @@ class CommandlineInput {
   }
 
   /// Declares an optional parameter and gives its value or the default.
-  /// @throws std::runtime_error when a name is taken
+  /// @throws std::runtime_error as requiredParameter()
   template <class T>
   [[nodiscard]] T optionalParameter(const std::string& name, char shortName,
                                     const std::type_identity_t<T>& defaultValue,
@@ -81,12 +81,8 @@ class CommandlineInput {
   /// @return whether the program may go on
   [[nodiscard]] bool finish(bool quiet = false);
 
-  void printUsage(std::ostream& stream) const;
-  void printVersion(std::ostream& stream) const;
-
-  /// Writes "<program>.inp", a response file with all parameters and their defaults, to the working
-  /// directory, unless there is one; says so on `messages`.
-  void writeInputTemplate(std::ostream& messages) const;
+  /// The pages, with the parameters declared so far.
+  [[nodiscard]] const CommandlinePages& pages() const noexcept { return pages_; }
 
  private:
   template <class T>
@@ -119,10 +115,7 @@ class CommandlineInput {
 
   std::vector<RawArgument> arguments_;  ///< the first is the program itself
   std::deque<std::string> leftovers_;   ///< tokens that are neither option nor option value
-  std::vector<Parameter> parameters_;
-  std::string description_;
-  std::string programPath_;
-  std::string programName_;
+  CommandlinePages pages_;
   bool helpRequested_ = false;
   bool versionRequested_ = false;
   bool templateRequested_ = false;

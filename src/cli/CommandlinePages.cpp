@@ -1,19 +1,22 @@
+#include "cli/CommandlinePages.hpp"
+
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 #include <fstream>
 #include <ostream>
 #include <string_view>
 
-#include "cli/CommandlineInput.hpp"
-#include "cli/Version.hpp"
 #include "io/Format.hpp"
 
 namespace velmo::cli {
 namespace {
 
-static_assert(kVersion == VELMO_PROJECT_VERSION, "the build system names another version");
+constexpr std::string_view kVersion = VELMO_PROJECT_VERSION;  // from the build system
+constexpr std::string_view kBranch = "HEAD";
+constexpr std::string_view kRevision = "de3dfb899";
 
 constexpr const char* kBugAddress = "the maintainers of this installation";
 constexpr const char* kHomePage = "see the documentation of this installation";
@@ -74,13 +77,17 @@ void printTable(std::ostream& stream, const std::vector<Parameter>& rows) {
 
 }  // namespace
 
-void CommandlineInput::printUsage(std::ostream& stream) const {
-  stream << "Usage:  " << programPath_ << " ";
-  printSynopsis(stream, parameters_);
-  stream << "\n\n";
-  if (!description_.empty()) stream << description_ << "\n\n";
+std::string CommandlinePages::programName() const {
+  return programPath.substr(programPath.find_last_of("/\\") + 1);
+}
 
-  std::vector<Parameter> rows = parameters_;
+void CommandlinePages::printUsage(std::ostream& stream) const {
+  stream << "Usage:  " << programPath << " ";
+  printSynopsis(stream, parameters);
+  stream << "\n\n";
+  if (!description.empty()) stream << description << "\n\n";
+
+  std::vector<Parameter> rows = parameters;
   const std::string flag(kFlagType);
   rows.push_back({"help", 'h', false, flag, {}, "Prints this help message and exit", {}});
   rows.push_back({"version", 'v', false, flag, {}, "Prints version info and exit", {}});
@@ -92,10 +99,11 @@ void CommandlineInput::printUsage(std::ostream& stream) const {
   stream.flush();
 }
 
-void CommandlineInput::printVersion(std::ostream& stream) const {
-  stream << "KELDORN " << programName_ << kVersion << "\n"
+void CommandlinePages::printVersion(std::ostream& stream) const {
+  const std::string program = programName();
+  stream << "KELDORN " << program << kVersion << "\n"
          << kLegalNotice << "\n\n"
-         << "Velmo " << programName_ << "\n"
+         << "Velmo " << program << "\n"
          << "GIT branch:   " << kBranch << "\n"
          << "GIT revision: " << kRevision << "\n"
          << "Hostname:     " << hostName() << "\n"
@@ -103,24 +111,25 @@ void CommandlineInput::printVersion(std::ostream& stream) const {
   stream.flush();
 }
 
-void CommandlineInput::writeInputTemplate(std::ostream& messages) const {
-  const std::string fileName = programName_ + ".inp";
+void CommandlinePages::writeInputTemplate(std::ostream& messages) const {
+  const std::string program = programName();
+  const std::string fileName = program + ".inp";
   if (std::filesystem::exists(fileName)) {
     messages << "(EE) Trying to generate input file '" << fileName << "', but it already exists!\n"
              << "(EE) First remove that existing file, before I can generate a new one\n";
     return;
   }
-  const std::size_t nameWidth = longest(parameters_, &Parameter::name);
-  const std::size_t defaultWidth = longest(parameters_, &Parameter::defaultValue);
-  const std::size_t typeWidth = longest(parameters_, &Parameter::typeName);
+  const std::size_t nameWidth = longest(parameters, &Parameter::name);
+  const std::size_t defaultWidth = longest(parameters, &Parameter::defaultValue);
+  const std::size_t typeWidth = longest(parameters, &Parameter::typeName);
   std::ofstream file(fileName);
-  for (const Parameter& parameter : parameters_) {
+  for (const Parameter& parameter : parameters) {
     file << io::format("{:<{}}", parameter.name, nameWidth)
          << io::format(" {:<{}}", parameter.defaultValue, defaultWidth)
          << io::format("  # {:<{}} {:<}\n", parameter.typeName, typeWidth, parameter.description);
   }
   messages << "Created an input template file '" << fileName << "'\n"
-           << "Call: ./" << programName_ << " @" << fileName << std::endl;
+           << "Call: ./" << program << " @" << fileName << std::endl;
 }
 
 }  // namespace velmo::cli

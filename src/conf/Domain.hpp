@@ -24,7 +24,9 @@ struct Part : Base {
   void describe(SchemaWriter& writer) const override;
 };
 
-/// What all placements share: an entry of "placements".
+/// What all placements share: an entry of "placements". The texts of `type` are the `kType` of the
+/// kinds below; a file with any other is refused, and so is one in which a key of its kind is
+/// missing or a vector has another length.
 struct GridTransformBase : Base {
   std::vector<u64> partIDs;  ///< "partIDs", required: parts that this placement moves
   u64 position = 0;          ///< "position", optional: place in the order of application

@@ -7,38 +7,46 @@
 
 #include "io/Types.hpp"
 
+/// What a table of settings is made of: one `Field` per member of a structure, as constants, so
+/// that decoder, encoder and schema can walk the members without naming them. Nothing here throws
+/// or has a state.
 namespace velmo::conf {
 
 /// Whether a block must hold a key.
-enum class Presence { kRequired, kOptional };
+enum class Presence {
+  kRequired,  ///< a block without it is refused
+  kOptional   ///< without it, the constructor's value stays
+};
 
 /// How a field looks in a form and in a file, where that doesn't follow from its type.
 struct FieldForm {
-  std::string_view title = {};  ///< where empty, the key stands as the title
-  std::string_view description = {};
-  std::string_view schemaKey = {};  ///< where empty, the key of the file
-  std::span<const std::string_view> choices = {};
-  bool isConstant = false;
-  u64 minItems = 0;
-  bool uniqueItems = true;
-  bool flowStyle = false;
+  std::string_view title = {};                     ///< where empty, the key stands as the title
+  std::string_view description = {};               ///< left out of the form where empty
+  std::string_view schemaKey = {};                 ///< where empty, the key of the file
+  std::span<const std::string_view> choices = {};  ///< texts that a form offers
+  bool isConstant = false;                         ///< a text that can only be its default
+  u64 minItems = 0;                                ///< of a list
+  bool uniqueItems = true;                         ///< of a list: no entry twice
+  bool flowStyle = false;                          ///< a list that is written in one line
 };
 
 /// One field of a structure: what the decoder, the encoder and the schema need to know of it.
 template <class Owner, class T>
 struct Field {
   T Owner::*member;
-  std::string_view fullKey;
+  std::string_view fullKey;  ///< "section.key", or the key alone where there is no section
   Presence presence;
   FieldForm form;
 };
 
+/// The field of a key that a block must hold.
 template <class Owner, class T>
 [[nodiscard]] constexpr Field<Owner, T> required(T Owner::*member, std::string_view fullKey,
                                                  const FieldForm& form = {}) {
   return {member, fullKey, Presence::kRequired, form};
 }
 
+/// The field of a key that may be missing.
 template <class Owner, class T>
 [[nodiscard]] constexpr Field<Owner, T> optional(T Owner::*member, std::string_view fullKey,
                                                  const FieldForm& form = {}) {
@@ -50,6 +58,7 @@ template <class Owner, class T>
 template <class T>
 struct Fields;
 
+/// A structure of the settings tree, not a number, a text or a list.
 template <class T>
 concept HasFields = requires {
   Fields<T>::section;

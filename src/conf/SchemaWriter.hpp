@@ -11,12 +11,14 @@
 
 #include "io/Types.hpp"
 
+/// JSON schemas as text. The writer knows nothing of the settings; `Schema.cpp` tells it what to
+/// write. One thread at a time; write errors of the stream are not looked at.
 namespace velmo::conf {
 
 /// What every item of a schema has.
 struct SchemaItem {
-  std::string_view key;
-  std::string_view title;
+  std::string_view key;               ///< under which the item stands in its object
+  std::string_view title;             ///< for people
   std::string_view description = {};  ///< left out where empty
   bool isRequired = false;
 };
@@ -31,24 +33,33 @@ struct SchemaWriter {
   bool first = true;                  ///< no item of the present object is written yet
   std::vector<std::string> required;  ///< required keys of the present object
 
+  /// Writes to `stream`, which has to outlive the writer.
   explicit SchemaWriter(std::ostream& stream) : out(&stream) {}
+
+  // Items of the present object, one call each. A default that is not given is left out.
 
   void integer(const SchemaItem& item, std::optional<std::int64_t> defaultValue = {});
   /// A default that JSON cannot express, infinite or not a number, is left out.
   void number(const SchemaItem& item, std::optional<double> defaultValue = {});
+  /// With the hint "checkbox" for a form.
   void boolean(const SchemaItem& item, std::optional<bool> defaultValue = {});
   void string(const SchemaItem& item, std::optional<std::string_view> defaultValue = {});
   /// A text that can only be `value`.
   /// @throws velmo::utility::RuntimeError "Cannot set const value without default"
   void constString(const SchemaItem& item, std::optional<std::string_view> value);
+  /// A text out of `choices`.
   void enumeration(const SchemaItem& item, std::span<const std::string_view> choices,
                    std::optional<std::string_view> defaultValue = {});
 
-  /// `items` writes the schema of one entry: type(), objectBody() or oneOf().
+  /// A list of `minItems` entries or more. `items` writes the schema of one entry: type(),
+  /// objectBody() or oneOf().
   void array(const SchemaItem& item, u64 minItems, bool uniqueItems, const Members& items);
   /// `members` writes the items of the object.
   void object(const SchemaItem& item, const Members& members);
 
+  // Parts of an item or of a document.
+
+  /// The line that names the type: "integer", "object" and so on.
   void type(std::string_view name);
   /// A block of items under a key that stands for itself, such as "$defs".
   void group(std::string_view key, const Members& members);

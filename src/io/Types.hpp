@@ -5,10 +5,12 @@
 
 namespace velmo {
 
-/// Sizes, indices and ids.
+/// Sizes, indices and ids. Always 64 bits, also where std::size_t is not; conversions to double are
+/// written as casts.
 using u64 = std::uint64_t;
 
-/// The value of an index or id that stands for "none".
+/// The value of an index or id that stands for "none": all bits set, above every size that can
+/// occur, so that a comparison with a size refuses it.
 inline constexpr u64 kNone = std::numeric_limits<u64>::max();
 
 }  // namespace velmo

@@ -5,18 +5,38 @@
 /// Eight doubles that are computed with at once, in registers of the instruction set that a source
 /// file is built for: one of 512 bits, a pair of 256, or two pairs of 128. Compilers split a vector
 /// that is wider than the registers through memory, ten times slower; pairs stay in registers.
+///
+/// This header holds what is the same for all sets. `LanesBaseline.hpp`, `LanesAvx2.hpp` and
+/// `LanesAvx512.hpp` each add, in a namespace of their own, the types `Lanes` and `LaneMask` and
+/// the operations that need instructions of the set:
+///
+/// | operation         | gives                               | promise                            |
+/// |-------------------|-------------------------------------|------------------------------------|
+/// | loadLanes(p)      | p[0] to p[7]                        | exact, any alignment               |
+/// | loadHalves(p, q)  | p[0] to p[3], then q[0] to q[3]     | exact, any alignment               |
+/// | root(x)           | x^(1/2)                             | correctly rounded, 0 for 0         |
+/// | inverseRoot(x)    | x^(-1/2) of normal x                | a few last places                  |
+/// | bitsOf(mask)      | bit l is set where lane l is        | exact, 8 bits                      |
+/// | laneMask(bits)    | lane l is set where bit l is        | exact                              |
+///
+/// The arithmetic operators round once per lane like those of double. A source that is built with
+/// FMA may fuse a product with the sum behind it; so sets agree to rounding, not in the last bit.
+/// Comparisons with a number that is none are false. All operations are inlined into the one source
+/// that is built for their set, and have no state.
 namespace velmo::math {
 
+/// Registers of 128, 256 and 512 bits.
 using Double2 [[gnu::vector_size(16)]] = double;
 using Double4 [[gnu::vector_size(32)]] = double;
 using Double8 [[gnu::vector_size(64)]] = double;
-/// What comparisons return: integers with all bits set or none.
+/// What comparisons of them return: integers of 64 bits, all set (true) or none (false).
 using Mask2 = decltype(Double2{} < Double2{});
 using Mask4 = decltype(Double4{} < Double4{});
 using Mask8 = decltype(Double8{} < Double8{});
 
 /// Two halves, each a register or a pair again, with the operators of a vector. Halves of numbers
 /// make lanes; halves of integers, all bits set or none, make the masks that comparisons return.
+/// Lane l stands in `low` for l < 4, in `high` for the others.
 template <class Half>
 struct LanePair {
   Half low{};
@@ -51,7 +71,8 @@ struct LanePair {
   }
 };
 
-/// The sum of all lanes, added pairwise in a fixed order, the same for every width of registers.
+/// The sum of all lanes, added pairwise in a fixed order, the same for every width of registers:
+/// ((v0 + v4) + (v2 + v6)) + ((v1 + v5) + (v3 + v7)) for eight.
 [[nodiscard, gnu::always_inline]] inline double sumOfLanes(Double2 v) { return v[0] + v[1]; }
 [[nodiscard, gnu::always_inline]] inline double sumOfLanes(Double4 v) {
   return (v[0] + v[2]) + (v[1] + v[3]);
@@ -72,6 +93,7 @@ template <class Register>
   return v;
 }
 
+/// Lane l to to[l], memory of any alignment.
 template <class Register>
 [[gnu::always_inline]] inline void storeLanes(double* to, Register v) {
   __builtin_memcpy(to, &v, sizeof v);
@@ -83,7 +105,7 @@ template <class Half>
   storeLanes(to + sizeof(Half) / sizeof(double), v.high);
 }
 
-/// The value where the mask is set, +0 elsewhere.
+/// The value where the mask is set, +0 elsewhere: infinities and NaN of the other lanes vanish.
 template <class Register, class Mask>
 [[nodiscard, gnu::always_inline]] inline Register whereSet(Mask mask, Register v) {
   return reinterpret_cast<Register>(reinterpret_cast<Mask>(v) & mask);
@@ -95,7 +117,7 @@ template <class Half, class Mask>
   return {whereSet(mask.low, v.low), whereSet(mask.high, v.high)};
 }
 
-/// Element j of row i becomes element i of row j.
+/// Element j of row i becomes element i of row j, in place: as many rows as a row has lanes.
 [[gnu::always_inline]] inline void transpose(Double2 (&v)[2]) {
   const Double2 first = __builtin_shufflevector(v[0], v[1], 0, 2);
   v[1] = __builtin_shufflevector(v[0], v[1], 1, 3);

@@ -4,9 +4,11 @@
 
 #include "math/Lanes.hpp"
 
-/// Operations on lanes for AVX2 and FMA. Included only by sources that are built for this set.
+/// Operations on lanes for AVX2 and FMA. Included only by sources that are built for this
+/// set. The table in `Lanes.hpp` says what each gives.
 namespace velmo::math::lanesAvx2 {
 
+/// Eight lanes in two registers of 256 bits.
 using Lanes = LanePair<Double4>;
 using LaneMask = LanePair<Mask4>;
 
@@ -19,6 +21,7 @@ using LaneMask = LanePair<Mask4>;
   return loadHalves(from, from + 4);
 }
 
+/// Correctly rounded.
 [[gnu::always_inline]] inline Lanes root(Lanes squared) {
   return {_mm256_sqrt_pd(squared.low), _mm256_sqrt_pd(squared.high)};
 }

@@ -4,9 +4,11 @@
 
 #include "math/Lanes.hpp"
 
-/// Operations on lanes for AVX-512. Included only by sources that are built for this set.
+/// Operations on lanes for AVX-512. Included only by sources that are built for this
+/// set. The table in `Lanes.hpp` says what each gives.
 namespace velmo::math::lanesAvx512 {
 
+/// Eight lanes in one register of 512 bits.
 using Lanes = Double8;
 using LaneMask = Mask8;
 
@@ -23,6 +25,7 @@ using LaneMask = Mask8;
 /// The processor's estimate y has 14 bits; with e = 1 - x y^2 the series
 /// x^(-1/2) = y (1 + e/2 + 3 e^2/8 + 5 e^3/16 + O(e^4)) brings it to the last place in one step,
 /// for two thirds of the time of a square root and a division.
+/// @pre squared is a normal number. Others give numbers that are no inverse root.
 [[gnu::always_inline]] inline Lanes inverseRoot(Lanes squared) {
   const Lanes y = _mm512_maskz_rsqrt14_pd(0xff, squared);
   const Lanes e = 1.0 - (squared * y) * y;
@@ -30,6 +33,7 @@ using LaneMask = Mask8;
   return y + (series * e) * y;
 }
 
+/// Correctly rounded.
 [[gnu::always_inline]] inline Lanes root(Lanes squared) {
   return _mm512_maskz_sqrt_pd(0xff, squared);
 }

@@ -5,13 +5,16 @@
 #include "math/Lanes.hpp"
 
 /// Operations on lanes for every x86-64 processor. Included only by sources that are built for this
-/// set.
+/// set. The table in `Lanes.hpp` says what each gives.
 namespace velmo::math::lanesBaseline {
 
+/// Four lanes in two registers of 128 bits.
 using HalfOfLanes = LanePair<Double2>;
+/// Eight lanes in four registers.
 using Lanes = LanePair<HalfOfLanes>;
 using LaneMask = LanePair<LanePair<Mask2>>;
 
+/// The lanes from four numbers in a row.
 [[gnu::always_inline]] inline HalfOfLanes loadFour(const double* from) {
   return {loadRegister<Double2>(from), loadRegister<Double2>(from + 2)};
 }
@@ -25,6 +28,7 @@ using LaneMask = LanePair<LanePair<Mask2>>;
   return {loadFour(low), loadFour(high)};
 }
 
+/// Correctly rounded.
 [[gnu::always_inline]] inline HalfOfLanes root(HalfOfLanes squared) {
   return {_mm_sqrt_pd(squared.low), _mm_sqrt_pd(squared.high)};
 }
@@ -33,6 +37,7 @@ using LaneMask = LanePair<LanePair<Mask2>>;
   return {root(squared.low), root(squared.high)};
 }
 
+/// A root and a division, each correctly rounded; infinite for 0.
 [[gnu::always_inline]] inline Lanes inverseRoot(Lanes squared) { return 1.0 / root(squared); }
 
 [[gnu::always_inline]] inline unsigned bitsOf(Mask2 mask) {

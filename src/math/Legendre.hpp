@@ -75,7 +75,8 @@ class LegendreBatch {
     std::fill_n(derivatives_.data(), count, 1.0);
   }
 
-  /// On to the next order.
+  /// On to the next order n, with a = (2n - 1) / n and b = (n - 1) / n:
+  /// P'_n = x P'_(n-1) + n P_(n-1), P_n = a x P_(n-1) - b P_(n-2).
   void advance() noexcept {
     ++order_;
     const auto n = static_cast<double>(order_);
@@ -91,7 +92,6 @@ class LegendreBatch {
     }
   }
 
-  [[nodiscard]] u64 order() const noexcept { return order_; }
   /// P_n, shape (count); valid until the next `advance`.
   [[nodiscard]] const double* values() const noexcept { return rows_[order_ % 2].data(); }
   /// P'_n, shape (count).
@@ -105,7 +105,8 @@ class LegendreBatch {
   BatchRow derivatives_;
 };
 
-/// Steps through L_2, L_3, ...; with `Scaled` the homogeneous form L_n(x, t), else t = 1.
+/// Steps through L_2, L_3, ... for one batch of arguments; with `Scaled` the homogeneous form
+/// L_n(x, t), else t = 1. Not to be shared by threads.
 template <bool Scaled>
 class IntegratedLegendreBatch {
  public:
@@ -117,7 +118,8 @@ class IntegratedLegendreBatch {
     std::copy_n(x, count, rows_[1].data());
   }
 
-  /// On to the next order.
+  /// On to the next order n: P_n = a x P_(n-1) - b t^2 P_(n-2) with a and b as in LegendreBatch,
+  /// and L_n = (P_n - t^2 P_(n-2)) / (2n - 1).
   void advance() noexcept {
     ++order_;
     const auto n = static_cast<double>(order_);
@@ -138,7 +140,6 @@ class IntegratedLegendreBatch {
     }
   }
 
-  [[nodiscard]] u64 order() const noexcept { return order_; }
   /// L_n, shape (count); valid until the next `advance`, like the other rows.
   [[nodiscard]] const double* values() const noexcept { return integrated_.data(); }
   /// dL_n/dx = P_(n-1).

@@ -16,7 +16,8 @@ namespace velmo::sparse::csr {
 /// Row-compressed matrix whose pattern fills up as values arrive. Instantiated for double.
 ///
 /// Each row has a fixed number of places. Used places come first, ascending by column; free ones
-/// hold the column id `kNone` and count as zeros in every product.
+/// hold the column id `kNone` and count as zeros in every product. Rows and columns are found by
+/// binary search; products run on one thread and allocate nothing.
 template <class T>
 class Matrix {
  public:
@@ -25,8 +26,8 @@ class Matrix {
 
   /// The column ids and values of one row, free places included.
   struct Row {
-    std::span<const u64> colIds;
-    std::span<const T> values;
+    std::span<const u64> colIds;  ///< shape (places of the row)
+    std::span<const T> values;    ///< of the same shape
   };
 
   /// Makes room for `rowSizes[r]` entries in each row r, all free.
@@ -75,10 +76,10 @@ class Matrix {
   void getDiagonal(OutVector out) const;
 
   u64 numCols = 0;
-  u64 maxRowSize = 0;
+  u64 maxRowSize = 0;           ///< places of the longest row
   std::vector<u64> rowOffsets;  ///< shape (rows + 1), empty before allocation
-  std::vector<u64> colIds;
-  std::vector<T> values;
+  std::vector<u64> colIds;      ///< shape (places of all rows), row after row
+  std::vector<T> values;        ///< of the same shape
 
  private:
   /// First place of the row whose column is not below `col`, the row's end if there is none.

@@ -6,10 +6,14 @@
 #include "comm/Comm.hpp"
 #include "io/Types.hpp"
 
+/// How indices are split over ranks, and what ranks exchange for it. Built on the main thread,
+/// constant afterwards.
 namespace velmo::sparse {
 
-/// How a global index range is split over ranks, one contiguous range each.
+/// How a global index range is split over ranks, one contiguous range each. Local indices of a rank
+/// count from its `ownedBegin()`.
 struct IndexLayout {
+  /// No indices, on the world's communicator.
   IndexLayout() = default;
 
   /// Layout in which this rank owns `localSize` indices behind those of the ranks before it.
@@ -19,7 +23,9 @@ struct IndexLayout {
   /// @throws utility::RuntimeError "Partition: index <index> outside partition: [<offsets>]"
   [[nodiscard]] u64 ownerOf(u64 index) const;
 
+  /// Indices of all ranks.
   [[nodiscard]] u64 globalSize() const noexcept { return offsets.back(); }
+  /// The range [ownedBegin, ownedEnd) of this rank.
   [[nodiscard]] u64 ownedBegin() const noexcept { return offsets[thisRank()]; }
   [[nodiscard]] u64 ownedEnd() const noexcept { return offsets[thisRank() + 1]; }
   [[nodiscard]] u64 ownedSize() const noexcept { return ownedEnd() - ownedBegin(); }
@@ -28,13 +34,14 @@ struct IndexLayout {
   }
   [[nodiscard]] u64 thisRank() const noexcept { return static_cast<u64>(comm::rank(comm)); }
 
-  std::vector<u64> offsets{0, 0};  ///< first index of each rank, then the global size
+  std::vector<u64> offsets{0, 0};  ///< first index of each rank, then the global size; ascending
   comm::Comm comm = 0;
 };
 
 /// Which entries of a distributed vector this rank needs from others, and which others need from
 /// it. All lists of counts have one entry per rank; in one process no id is ever foreign.
 struct ExchangePlan {
+  /// A plan without ids.
   ExchangePlan() = default;
 
   /// Plan for the ids in `nonLocalIds`, in any order, each once.

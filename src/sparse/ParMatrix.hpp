@@ -10,6 +10,8 @@
 #include "sparse/IndexLayout.hpp"
 #include "sparse/ParVec.hpp"
 
+/// Matrices between distributed vectors. A matrix is filled once and then multiplied with: its
+/// pattern is that of allocate().
 namespace velmo::sparse {
 
 /// A matrix between distributed vectors.
@@ -28,9 +30,11 @@ class ParMatrixBase {
   ParMatrixBase& operator=(ParMatrixBase&&) noexcept = default;
   virtual ~ParMatrixBase() = default;
 
-  /// out += alpha A in.
+  /// out += alpha A in. `in` is as long as the columns, `out` as the rows; what other ranks own of
+  /// `out` goes to its remote part, which is then marked as scattered.
+  /// @throws utility::RuntimeError also what csr::Matrix::matMultAdd throws
   virtual void matMult(ParVec& in, ParVec& out, T alpha) const = 0;
-  /// out += alpha A^T in.
+  /// out += alpha A^T in. `in` is as long as the rows, `out` as the columns.
   virtual void matMultTrans(ParVec& in, ParVec& out, T alpha) const = 0;
   /// out += alpha A^H in.
   virtual void matMultConjTrans(ParVec& in, ParVec& out, T alpha) const = 0;
@@ -38,8 +42,8 @@ class ParMatrixBase {
   /// @throws utility::RuntimeError "Provided storage too small"
   virtual void getDiagonal(linalg::MatrixView<T, -1, 1, 1> out) const = 0;
 
-  IndexLayout rowLayout;
-  IndexLayout colLayout;
+  IndexLayout rowLayout;          ///< split of the rows, that is of `out` in matMult()
+  IndexLayout colLayout;          ///< split of the columns, that is of `in`
   std::vector<u64> nonLocalCols;  ///< columns in use that other ranks own, ascending
   std::vector<u64> nonLocalRows;  ///< rows in use that other ranks own, ascending
 };
@@ -72,11 +76,11 @@ class ParMatrix final : public ParMatrixBase<T> {
   void matMultConjTrans(ParVec& in, ParVec& out, T alpha) const override;
   void getDiagonal(linalg::MatrixView<T, -1, 1, 1> out) const override;
 
-  ExchangePlan rowPlan;
-  ExchangePlan colPlan;
+  ExchangePlan rowPlan;  ///< of `nonLocalRows`
+  ExchangePlan colPlan;  ///< of `nonLocalCols`
   /// Owned rows with owned and remote columns, then remote rows with owned and remote columns.
   std::array<Matrix<T>, 4> blocks;
-  bool hasNoRemote = true;
+  bool hasNoRemote = true;  ///< all rows and columns in use are owned
 
  private:
   void multiplyTransposed_(ParVec& in, ParVec& out, T alpha, bool conjugate) const;

@@ -12,6 +12,8 @@
 #include "linalg/MatrixView.hpp"
 #include "sparse/IndexLayout.hpp"
 
+/// Distributed vectors: a view of what this rank owns beside a sparse vector of what it doesn't. In
+/// one process nothing is remote.
 namespace velmo::sparse {
 
 /// target += value, safe beside other calls of it on the same double: compare-and-swap on the
@@ -23,7 +25,8 @@ inline void atomicAdd(double& target, double value) noexcept {
   }
 }
 
-/// Sparse vector with a fixed pattern.
+/// Sparse vector with a fixed pattern: one value per id, found by binary search. Nothing may run
+/// beside setIds(); reads may run beside each other, and add() beside add() if `op` is atomic.
 class Vector {
  public:
   /// Sets the pattern, with all values 0. `newIds` ascend; equal neighbours are let through.
@@ -33,11 +36,12 @@ class Vector {
   /// Sets all values to 0.
   void zero() noexcept;
 
+  /// The value of an id.
   /// @throws utility::DomainError "Vector index cannot be found: <id>"
   [[nodiscard]] double get(u64 id) const;
 
   /// Calls `op(value of wantedIds[k], summands[k])` for each k in order. `op` takes a double
-  /// reference and a double.
+  /// reference and a double; both lists have the same length (asserted).
   /// @throws utility::RuntimeError
   ///   "Attempting to add too many new values to sparse vector - capacity exceeded: <capacity>",
   ///   "Failed to find Index <id> in sparse::Vector, did you call reserve() correctly? "
@@ -80,15 +84,16 @@ class ParVec {
   /// @throws std::domain_error "ParVec remote index out of range: <text> Scatter the ParVec?"
   [[nodiscard]] double get(u64 index) const;
 
-  /// Adds to the value at a global index. Many threads may add at once.
+  /// Adds to the value at a global index. Many threads may add at once; the order of the sums, and
+  /// so their last bits, is then that of the threads.
   /// @throws std::out_of_range "Index <index> is out of global range [0,<size>) "
   /// @throws utility::RuntimeError what Vector::add throws for a remote index that isn't held
   void add(u64 index, double value);
 
-  IndexLayout layout;
-  linalg::MatrixView<double, -1, 1, 1> local;
-  Vector remote;
-  bool scattered = false;  ///< the remote part holds valid values
+  IndexLayout layout;                          ///< the split of the global indices
+  linalg::MatrixView<double, -1, 1, 1> local;  ///< the owned range, shape (ownedSize)
+  Vector remote;                               ///< entries outside the owned range
+  bool scattered = false;                      ///< the remote part holds valid values
 };
 
 }  // namespace velmo::sparse

@@ -12,7 +12,8 @@
 #include "io/Types.hpp"
 #include "thread/ThreadPool.hpp"
 
-/// Loops over the process's worker threads. Loops may nest; the calling thread only waits, unless
+/// Loops over the process's worker threads. The pool is started by the first of them, also by one
+/// without elements. Loops may nest; the calling thread only waits, unless
 /// it is a worker itself.
 namespace velmo::thread {
 
@@ -76,7 +77,8 @@ struct PendingTasks {
 /// Tasks start in order and end in any order, so each writes to a place of its own. There is no
 /// chunking: for a share per worker pass the list that ranges() gives. When tasks throw, all of
 /// them run all the same, and then the exception of the first one in the order of the elements
-/// leaves the loop. Allocates some memory per task: a task should take microseconds or more.
+/// leaves the loop. Whichever way it is left, all tasks have ended, and the caller sees what they
+/// wrote. Allocates some memory per task: a task should take microseconds or more.
 template <std::forward_iterator Iterator, class Function>
 void parallelFor(Iterator first, Iterator last, Function&& function) {
   ThreadPool& workers = pool();

@@ -9,7 +9,8 @@
 #include "io/Types.hpp"
 #include "thread/ThreadsafeQueue.hpp"
 
-/// The process's worker threads. Loops over them stand in thread/ParallelFor.hpp.
+/// The process's worker threads. Loops over them stand in thread/ParallelFor.hpp. Count and pool
+/// are set and first asked for by the main thread; submit() may be called from any.
 namespace velmo::thread {
 
 /// A fixed number of workers that poll one shared queue.
@@ -18,7 +19,7 @@ namespace velmo::thread {
 /// load while the main thread works alone. A worker count above the number of cores costs time.
 class ThreadPool {
  public:
-  /// Starts the workers.
+  /// Starts `numWorkers` threads.
   /// @throws std::system_error when a thread can't be started; those that run are joined first
   explicit ThreadPool(u64 numWorkers);
   ThreadPool(const ThreadPool&) = delete;
@@ -28,9 +29,11 @@ class ThreadPool {
   /// futures report a broken promise.
   ~ThreadPool();
 
+  /// Threads of this pool, fixed for its life.
   [[nodiscard]] u64 numWorkers() const noexcept { return threads_.size(); }
 
-  /// Queues a callable without arguments; an exception it throws comes back with `get()`.
+  /// Queues a callable without arguments; an exception it throws comes back with `get()`. What the
+  /// callable refers to must live until then.
   ///
   /// A worker of this pool runs the callable at once, so nested loops can't wait for themselves. A
   /// worker of another pool runs it when it has finished the task in which it called.
@@ -65,11 +68,13 @@ class ThreadPool {
 /// Worker count of the process: the hardware's, or 1 when that is unknown, until it is set.
 [[nodiscard]] u64 numThreads();
 
-/// Sets the worker count. A running pool of another size is replaced; none is started.
+/// Sets the worker count. A running pool of another size is replaced, its threads joined; none is
+/// started.
 /// @pre `n` >= 1 (asserted), and no parallel loop is running
 void setNumThreads(u64 n);
 
-/// Rounds the worker count up to a whole number, which it is: keeps it.
+/// Rounds the worker count up to a whole number, which it is: keeps it. For code that is shared
+/// with the main solver.
 void setDefaultNumThreads();
 
 /// The process's pool, started at the first call with `numThreads()` workers and joined by static

@@ -8,7 +8,8 @@ namespace velmo::thread {
 
 /// Move-only owner of a callable without arguments and result.
 ///
-/// std::function would ask for a copy constructor, which packaged tasks don't have.
+/// std::function would ask for a copy constructor, which packaged tasks don't have. Destroying a
+/// wrapper drops a task that never ran; its future then reports a broken promise.
 class FunctionWrapper {
  public:
   template <class F>
@@ -36,7 +37,13 @@ class FunctionWrapper {
 /// Unbounded first-in-first-out queue of tasks for many producers and consumers.
 ///
 /// A linked list that always ends in an empty node, so that `push` touches the tail alone and
-/// `tryPop` the head, each under its own lock. Locks are taken in one order: head, then tail.
+/// `tryPop` the head, each under its own lock. Locks are taken in one order: head, then tail, the
+/// second only to read where the list ends. Tasks come out in the order in which they went in; what
+/// is left is dropped with the queue. All operations are safe from any thread; std::system_error
+/// when a lock can't be taken.
+///
+/// Source: the two-lock queue of Michael and Scott, Simple, fast, and practical non-blocking and
+/// blocking concurrent queue algorithms, 15th PODC (1996).
 class ThreadsafeQueue {
  public:
   ThreadsafeQueue();
@@ -44,6 +51,7 @@ class ThreadsafeQueue {
   ThreadsafeQueue& operator=(const ThreadsafeQueue&) = delete;
   ~ThreadsafeQueue();
 
+  /// Appends a task. Allocates outside the lock.
   void push(FunctionWrapper task);
 
   /// The oldest task, or null when there is none; doesn't wait.

@@ -41,7 +41,16 @@ TEST(RunInputs, ChooseTheReaderByTheExactExtension) {
     EXPECT_EQ(inputs->pointCloud.coordinates, c.coordinates);
     EXPECT_EQ(inputs->numPoints, c.coordinates.size() / 3);
   }
-  EXPECT_FALSE(readRunInputs(folder.path() / "no such file", {}, ""));
+}
+
+TEST(RunInputs, TellOfAMissingPointsFileWhereSomebodyListens) {
+  std::ostringstream words;
+  EXPECT_FALSE(readRunInputs("no such file", {}, ""));
+  velmo::io::warn.setStreams({&words});
+  EXPECT_FALSE(readRunInputs("no such file", {}, ""));
+  velmo::io::warn.setStreams({});
+
+  EXPECT_EQ(words.str(), "Input file \"no such file\" does not exist\n");
 }
 
 TEST(RunInputs, DeriveTheBaseNameOfTheResult) {

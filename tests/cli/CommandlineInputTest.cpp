@@ -149,8 +149,8 @@ TEST(CommandlineInput, WritesATemplateThatIsAResponseFile) {
     cli.requestTemplate();
     static_cast<void>(cli.requiredParameter<std::string>("in", 'i', "The input"));
     static_cast<void>(cli.optionalParameter<std::filesystem::path>("set", 's', "a.yaml", "A file"));
-    cli.writeInputTemplate(messages);
-    cli.writeInputTemplate(messages);
+    cli.pages().writeInputTemplate(messages);
+    cli.pages().writeInputTemplate(messages);
     static_cast<void>(cli.finish(true));
   }
   std::stringstream written;

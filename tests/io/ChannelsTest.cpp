@@ -58,7 +58,9 @@ TEST(StreamBundle, DropsTextWithoutAStreamAndTextWithoutALineEnd) {
     StreamBundle bundle({}, "");
     bundle << "lost" << std::endl;
     EXPECT_TRUE(bundle.good());
+    EXPECT_FALSE(bundle.hasStreams());
     bundle.setStreams({&target});
+    EXPECT_TRUE(bundle.hasStreams());
     bundle << "kept\nlost";
   }
   nullStream << "lost" << std::endl;

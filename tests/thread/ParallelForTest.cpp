@@ -42,7 +42,7 @@ TEST(ParallelFor, NestsWithoutWaitingForItself) {
   setNumThreads(2);
   std::array<u64, 16> sums{};
 
-  parallelFor(sums.begin(), sums.end(), [](u64& sum) { sum = sumByTasks(10); });
+  internal_::parallelForTP(sums.begin(), sums.end(), [](u64& sum) { sum = sumByTasks(10); });
 
   for (const u64 sum : sums) EXPECT_EQ(sum, 55U);
 }
