@@ -177,7 +177,7 @@ int run(samples::Words words) {
                       std::span(potential).subspan(first, count),
                       std::span(gradient).subspan(3 * first, 3 * count)});
   }
-  thread::internal_::parallelForTP(blocks.begin(), blocks.end(), [&](const TargetBlock& block) {
+  thread::parallelFor(blocks.begin(), blocks.end(), [&](const TargetBlock& block) {
     request.exact ? sumExact(surface, block) : sumPlain(surface, block);
   });
   printStage("Sum:", timer);
