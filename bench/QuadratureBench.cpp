@@ -53,10 +53,14 @@ struct FlatTriangle {
 
   /// A point off the barycentre, `distance` element sizes above the plane.
   [[nodiscard]] std::array<double, 3> target(double distance) const {
-    const auto map = elements.affineMap(0);
-    const auto foot = map(0.55, 0.2);
-    const auto& a = map.alongX;
-    const auto& b = map.alongY;
+    const std::array<double, 2> reference{0.55, 0.2};
+    const std::vector<u64> vertices{0, 1, 2};
+    const grid::ElementGeometry map = geometry.element(vertices, 0);
+    std::array<double, 3> foot{};
+    std::array<double, 3> a{};
+    std::array<double, 3> b{};
+    map.positions({reference.data(), 2}, foot.data());
+    map.tangents({reference.data(), 2}, a.data(), b.data());
     const std::array<double, 3> normal{a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2],
                                        a[0] * b[1] - a[1] * b[0]};
     const double scale = distance * elements.sizes[0] / std::hypot(normal[0], normal[1], normal[2]);

@@ -32,7 +32,8 @@ class ShapeCache {
   void add(std::span<const topo::ReferenceType> elements, const ShapeFunList<2, 3>& list,
            const quad::SurfaceRuleSet& rules);
 
-  /// The block of an element as a column of nQ nS values, valid as long as the cache.
+  /// The block of an element as a column of nQ nS values, valid as long as the cache: the plain
+  /// look-up by element, which tests hold `matrix` against.
   ///
   /// @throws utility::RuntimeError
   ///         "This basis type has not been cached: L2/<order>" for an unknown key,

@@ -1,10 +1,7 @@
 #include "fe/ShapeFunList.hpp"
 
-#include <algorithm>
 #include <cassert>
 #include <stdexcept>
-
-#include "sfun/HierarchicalDofGenerator.hpp"
 
 namespace velmo::fe {
 namespace {
@@ -20,17 +17,6 @@ void evaluateBasis(const Basis& basis, geom::ReferencePoints points,
                    linalg::MatrixView<double> out) {
   assert(out.rows == points.numPoints() && out.cols == basis.numFunctions());
   basis.eval(points, out.data);
-}
-
-template <int D>
-std::vector<double> collectPoints(u64 order) {
-  std::vector<double> collected;
-  (void)sfun::HierarchicalDofGenerator<D>(order).solve(
-      [&collected](geom::ReferencePoints points, std::span<double> values) {
-        collected.assign(points.data, points.data + points.size);
-        std::fill(values.begin(), values.end(), 0.0);
-      });
-  return collected;
 }
 
 }  // namespace
@@ -67,12 +53,6 @@ void ShapeFunList<2, 3>::evaluate(ReferenceType kind, geom::ReferencePoints poin
     evaluateBasis(std::get<1>(bases_), points, out);
   else
     failOnKind();
-}
-
-std::vector<double> ShapeFunList<2, 3>::samplingPoints(ReferenceType kind) const {
-  if (kind == ReferenceType::Triangle) return collectPoints<2>(order);
-  if (kind == ReferenceType::Quadrilateral) return collectPoints<3>(order);
-  failOnKind();
 }
 
 template struct ShapeFunList<2, 3>::BasisFunction_<2>;

@@ -3,7 +3,6 @@
 #include <array>
 #include <functional>
 #include <tuple>
-#include <vector>
 
 #include "io/Types.hpp"
 #include "linalg/MatrixView.hpp"
@@ -12,7 +11,8 @@
 
 namespace velmo::fe {
 
-/// How many degrees of freedom each kind of entity carries.
+/// How many degrees of freedom each kind of entity carries. Arrays are indexed by the value of
+/// `topo::ReferenceType`: 0 the point, 1 the line, 2 the triangle, 3 the quadrilateral.
 struct ShapeFunCounts {
   u64 order = 0;                                            ///< polynomial order
   std::array<u64, 8> count{};                               ///< functions by reference type
@@ -38,21 +38,24 @@ class ShapeFunList<2, 3> : public ShapeFunCounts {
  public:
   using Bases = std::tuple<sfun::TriangleL2Basis, sfun::QuadrilateralL2Basis>;
 
-  /// Writes the functions at the points to a matrix of shape (numPoints, number of functions).
+  /// Writes the functions at the points to a matrix of shape (numPoints, number of functions),
+  /// column-major: function i at point q stands in row q of column i.
   using Evaluator = std::function<void(geom::ReferencePoints, linalg::MatrixView<double>)>;
 
   /// The basis on reference type N, behind one signature for all shapes.
   template <int N>
   struct BasisFunction_ {
-    /// With `onlyShape` the evaluator leaves its output as it stands. It refers to `bases`.
+    /// With `onlyShape` the evaluator leaves its output as it stands. It refers to `bases`, which
+    /// must outlive it.
     [[nodiscard]] static Evaluator invoke(bool onlyShape, const Bases& bases);
   };
 
-  /// Order 0 is the piecewise constant density.
-  /// @throws utility::RuntimeError for an order beyond sfun::kMaxBasisOrder
+  /// @param order polynomial order, 0 to sfun::kMaxBasisOrder; 0 is the piecewise constant density
+  /// @throws utility::RuntimeError "Polynomial order <p> is beyond the largest supported order 255"
   explicit ShapeFunList(u64 order);
 
-  /// Evaluator for triangles or quadrilaterals; refers to this list.
+  /// Evaluator for triangles or quadrilaterals; refers to this list. Tests hold `evaluate`, which
+  /// the program calls, against it.
   /// @throws std::runtime_error "velmo::topo::detail_::applyToRets: must not reach this point"
   [[nodiscard]] Evaluator evaluator(topo::ReferenceType kind) const;
 
@@ -60,10 +63,6 @@ class ShapeFunList<2, 3> : public ShapeFunCounts {
   /// @throws std::runtime_error as `evaluator`
   void evaluate(topo::ReferenceType kind, geom::ReferencePoints points,
                 linalg::MatrixView<double> out) const;
-
-  /// Points where a function must be sampled to be projected onto the functions of `kind`, shape
-  /// (numPoints, 2). Collected by a projection of the zero function at each call: setup code.
-  [[nodiscard]] std::vector<double> samplingPoints(topo::ReferenceType kind) const;
 
  private:
   Bases bases_;

@@ -9,12 +9,15 @@
 
 namespace velmo::grid {
 
-/// Node positions by node id, in the unit of the grid. Built once, then read by any thread.
+/// Node positions by node id, in the unit of the grid: x, y, z of each node. Owns a copy of them.
+/// Built once in time linear in the number of nodes, then read by any number of threads; a look-up
+/// takes constant time.
 class Coordinates {
  public:
   Coordinates() = default;
 
-  /// The points of a cloud, in the order of its elements.
+  /// The points of a cloud, in the order of its elements: element i is the node connectivity[i].
+  /// @pre cloud.worldDim >= 3 (refused otherwise); components beyond the third are left out
   /// @throws std::runtime_error "Input coordinate dimension too small",
   ///         "Constructor only allowed for point clouds", and the duplicate message below
   explicit Coordinates(const GridData& cloud);
@@ -26,9 +29,10 @@ class Coordinates {
   ///         "Coordinates: the lists of a grid don't fit together"
   Coordinates(u64 count, std::span<const u64> ids, std::span<const double> coordinates, u64 stride);
 
+  /// Number of nodes.
   [[nodiscard]] u64 size() const noexcept { return values_.size() / 3; }
 
-  /// Position of the node `id`.
+  /// Position of the node `id`; a view that lives as long as this.
   /// @throws std::out_of_range "invalid unordered_map<K, T> key"
   [[nodiscard]] std::span<const double, 3> position(u64 id) const {
     return std::span<const double, 3>(values_.data() + 3 * placeOf(id), 3);

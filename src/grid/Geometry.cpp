@@ -56,11 +56,6 @@ void Grid::buildHighOrderNodes_(std::span<const u64> connectivity, std::span<con
   }
 }
 
-u64 Grid::numNodesOf(u64 index, u64 numVertices) const {
-  const u64 code = utility::checkedAt(elementTypes, index);
-  return order > 1 ? grid::numNodesOf(code) : numVertices;
-}
-
 void Grid::collectNodes(std::span<const u64> vertexIds, u64 index, double* out) const {
   const u64 numVertices =
       topo::numVertices(referenceTypeOf(utility::checkedAt(elementTypes, index)));
@@ -77,7 +72,7 @@ void Grid::collectNodes(std::span<const u64> vertexIds, u64 index, double* out) 
 ElementGeometry Grid::element(std::span<const u64> vertexIds, u64 index) const {
   ElementGeometry geometry;
   geometry.type = utility::checkedAt(elementTypes, index);
-  geometry.numNodes = numNodesOf(index, vertexIds.size());
+  geometry.numNodes = order > 1 ? numNodesOf(geometry.type) : vertexIds.size();
   geometry.coordinates.resize(3 * geometry.numNodes);
   collectNodes(vertexIds, index, geometry.coordinates.data());
   const sfun::NodalBasis* const basis = &geometricBasis(geometry.type);

@@ -12,11 +12,12 @@
 
 namespace velmo::grid::Geometry {
 
-/// The node ids of each element beyond its vertices.
+/// The node ids of each element beyond its vertices, in the order of `topo::nodePoints`.
 struct HighOrderNodes {
   std::vector<u64> ids;
   std::vector<u64> offsets{0};  ///< element starts in `ids` and its end
 
+  /// The ids of one element; a view. @pre element < offsets.size() - 1
   [[nodiscard]] std::span<const u64> of(u64 element) const noexcept {
     return std::span(ids).subspan(offsets[element], offsets[element + 1] - offsets[element]);
   }
@@ -33,31 +34,33 @@ class Grid {
   /// @param allElementTypes   type code of each element
   /// @param nodeIds           shape (numNodes)
   /// @param nodeCoordinates   shape (numNodes, dim)
-  /// @throws std::runtime_error    what `ElementInfo` and `Coordinates` throw
-  /// @throws utility::RuntimeError "Element <i> does not hold the <n> nodes of its type"
+  /// @throws std::runtime_error    what `ElementInfo` and `Coordinates` throw;
+  ///         "Geometry::Grid::Order '<order>' not allowed" beyond 3
+  /// @throws utility::RuntimeError "Geometry::Grid: there are fewer types than elements"; "Element
+  /// <i> does not hold the <n> nodes of its type"
   Grid(u64 numElements, u64 numNodes, std::span<const u64> connectivity,
        std::span<const u64> offsets, std::span<const u64> allElementTypes,
        std::span<const u64> nodeIds, std::span<const double> nodeCoordinates, u64 dim);
 
   [[nodiscard]] u64 numElements() const noexcept { return elementTypes.size(); }
 
-  /// Number of nodes that shape an element with `numVertices` vertices: the count of its type, or
-  /// the vertices alone up to order 1.
-  /// @throws std::out_of_range "invalid vector subscript"
-  [[nodiscard]] u64 numNodesOf(u64 index, u64 numVertices) const;
-
-  /// Copies the node coordinates of an element, vertices first; shape (numNodesOf, 3).
+  /// Copies the node coordinates of an element, vertices first, then its high-order nodes; shape
+  /// (number of nodes of its type, 3), row-major.
+  ///
+  /// @param vertexIds ids of its vertices, from the topology
+  /// @param index     number of the element, which is also its number in the topology
   /// @throws std::out_of_range "invalid unordered_map<K, T> key" for an unknown node
   /// @throws utility::RuntimeError "Element <i> does not hold the <n> nodes of its type"
   void collectNodes(std::span<const u64> vertexIds, u64 index, double* out) const;
 
-  /// The map of one element; allocates. `SurfaceElements` serves loops over all elements.
+  /// The map of one element, with a copy of its nodes; allocates. `SurfaceElements` serves loops
+  /// over all elements, and tests hold it against this plain form.
   /// @throws as `collectNodes`
   [[nodiscard]] ElementGeometry element(std::span<const u64> vertexIds, u64 index) const;
 
-  u64 order = 0;                  ///< geometric order of all elements
+  u64 order = 0;                  ///< geometric order of all elements: 0 (none) to 3
   std::vector<u64> elementTypes;  ///< type codes of the elements of dimension 2
-  Coordinates coordinates;
+  Coordinates coordinates;        ///< all nodes of the grid, used or not
   std::unique_ptr<HighOrderNodes> highOrderNodes;  ///< null up to order 1
 
  private:

@@ -8,13 +8,13 @@
 
 namespace velmo::grid {
 
-/// Nodes and centres of the elements of a grid. Nodes are found by id; world dimension 3.
-///
-/// All functions throw std::runtime_error
-///   "ElementsToPoints: entity id <i> not found <size>" for a place i past the connectivity,
-///   "ElementsToPoints: node <id> not found" for an id that no node has.
+// Nodes are found by id in the sorted `nodeIds`. elementNodes, ElementsToPoints and vertexMeans ask
+// for at least three components per node and throw std::runtime_error
+//   "ElementsToPoints: entity id <i> not found <size>" for a place i past the connectivity,
+//   "ElementsToPoints: node <id> not found" for an id that no node has.
 
-/// Coordinates of the nodes of one element in its node order, three doubles per node.
+/// Coordinates of the nodes of one element in its node order, three doubles per node. The plain
+/// view of an element that tests compare grids by.
 [[nodiscard]] std::vector<double> elementNodes(const GridData& grid, u64 element);
 
 /// Centre of each element, the plain mean of all its nodes: three doubles per element into

@@ -20,11 +20,15 @@ std::istream& skipComments(std::istream& stream);
 /// must throw on failbit.
 ///
 /// Numbers of the usual form are converted in the buffer; every other text goes through the
-/// extraction operator itself, so that both accept the same texts with the same values.
+/// extraction operator itself, so that both accept the same texts with the same values. The scanner
+/// reads ahead to the end of a line: others may read from the stream only after `discardLine`.
 class LineScanner {
  public:
+  /// Refers to `stream`, which must outlive this; it belongs to one thread.
   explicit LineScanner(std::istream& stream);
 
+  // The next value. All throw std::ios_base::failure at the end of the file; numbers also for a
+  // text that is none, or one out of range.
   [[nodiscard]] double nextDouble() { return next_<double>(); }
   [[nodiscard]] u64 nextUnsigned() { return next_<u64>(); }
   [[nodiscard]] std::string nextWord();

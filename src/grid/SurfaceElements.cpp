@@ -1,5 +1,6 @@
 #include "grid/SurfaceElements.hpp"
 
+#include <array>
 #include <cassert>
 #include <cmath>
 #include <deque>
@@ -99,14 +100,6 @@ void requireEqualElements(bool equal) {
 }
 
 }  // namespace
-
-AffineMap SurfaceElements::affineMap(u64 e) const noexcept {
-  assert(isAffine(e));
-  const double* const v = coordinates.data() + 3 * nodeOffsets[e];
-  return {{v[0], v[1], v[2]},
-          {v[3] - v[0], v[4] - v[1], v[5] - v[2]},
-          {v[6] - v[3], v[7] - v[4], v[8] - v[5]}};
-}
 
 void SurfaceElements::positionsFromValues(u64 e, std::span<const double> values,
                                           double* out) const noexcept {

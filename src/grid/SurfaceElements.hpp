@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <span>
 #include <vector>
 
@@ -11,23 +10,16 @@
 
 namespace velmo::grid {
 
-/// The type code of the one element whose map is affine: a triangle of three nodes.
+/// The type code of the one element whose map is affine: a triangle of three nodes. Its area
+/// element is the same everywhere, and kernels take its map from two differences of vertices.
 inline constexpr u64 kAffineType = 203;
 
-/// The map of an affine triangle: origin + x alongX + y alongY for reference coordinates x, y.
-struct AffineMap {
-  std::array<double, 3> origin;
-  std::array<double, 3> alongX;
-  std::array<double, 3> alongY;
-
-  [[nodiscard]] constexpr std::array<double, 3> operator()(double x, double y) const noexcept {
-    return {origin[0] + x * alongX[0] + y * alongY[0], origin[1] + x * alongX[1] + y * alongY[1],
-            origin[2] + x * alongX[2] + y * alongY[2]};
-  }
-};
-
 /// What depends on a surface element alone, for all elements of a grid in a few long arrays, in
-/// the order of the elements. Lengths in the unit of the grid.
+/// the order of the elements. Built once by `surfaceElements`, then read by any number of threads.
+///
+/// Lengths and areas are in the unit of the grid. All arrays have one entry per element, but for
+/// `nodeOffsets` (one more) and `coordinates`, where element e has the rows nodeOffsets[e] to
+/// nodeOffsets[e + 1] - 1.
 struct SurfaceElements {
   std::vector<u64> types;                   ///< element type codes
   std::vector<topo::ReferenceType> shapes;  ///< triangle or quadrilateral
@@ -40,20 +32,16 @@ struct SurfaceElements {
   [[nodiscard]] u64 numElements() const noexcept { return types.size(); }
   [[nodiscard]] u64 numNodes(u64 e) const noexcept { return nodeOffsets[e + 1] - nodeOffsets[e]; }
 
-  /// Node coordinates of an element, shape (numNodes, 3).
+  /// Node coordinates of an element, shape (numNodes, 3), row-major; a view of `coordinates`.
+  /// @pre e < numElements()
   [[nodiscard]] std::span<const double> nodes(u64 e) const noexcept {
     return std::span(coordinates).subspan(3 * nodeOffsets[e], 3 * numNodes(e));
   }
 
+  /// Image of the reference barycentre of an element; a view of `centres`. @pre e < numElements()
   [[nodiscard]] std::span<const double, 3> centre(u64 e) const noexcept {
     return std::span<const double, 3>(centres.data() + 3 * e, 3);
   }
-
-  /// Whether `affineMap` holds for the element.
-  [[nodiscard]] bool isAffine(u64 e) const noexcept { return types[e] == kAffineType; }
-
-  /// v0 + x (v1 - v0) + y (v2 - v1) for the vertices v. @pre isAffine(e)
-  [[nodiscard]] AffineMap affineMap(u64 e) const noexcept;
 
   /// Positions from the values of the element's geometric basis at some points. The values depend
   /// on the type alone: evaluate `geometricBasis(types[e])` once per type.
@@ -63,7 +51,9 @@ struct SurfaceElements {
   void positionsFromValues(u64 e, std::span<const double> values, double* out) const noexcept;
 };
 
-/// Collects all elements of a surface, in time linear in their number.
+/// Collects all elements of a surface, in time linear in their number. Areas are
+/// sum over q of w_q |a x b| with the tangents a, b at the points of the area rule of order 5, as
+/// `ElementGeometry::area` gives them for one element: tests hold this fast form against that one.
 /// @throws utility::RuntimeError "surfaceElements: topology and geometry have different elements"
 /// @throws std::out_of_range     "invalid unordered_map<K, T> key" for an unknown node
 [[nodiscard]] SurfaceElements surfaceElements(const topo::Grid<2>& topology,

@@ -11,9 +11,10 @@ namespace velmo::h5 {
 
 /// A dataset of rank 0, 1 or 2 that is opened but not yet read, so that all sizes of a file can be
 /// checked against each other before memory is fetched for any of them.
-/// All failures are utility::RuntimeError.
+/// All failures are utility::RuntimeError. Owns its handle; belongs to one thread.
 class Dataset {
  public:
+  /// Opens the dataset `name` of the file or group `location` and takes its extents.
   /// @throws as dopen2 and dget_space, "ndims cannot exceed 2",
   ///         "The extents of '<path>' are too large"
   Dataset(hid_t location, std::string_view name);
@@ -24,11 +25,13 @@ class Dataset {
   /// Number of entries, the product of the extents: 1 for rank 0.
   [[nodiscard]] u64 size() const noexcept { return size_; }
 
+  /// Passes when there are as many entries as expected.
   /// @throws "'<path>' has <n> entries instead of <expected>"
   void requireSize(u64 expected) const;
 
   /// All entries in storage order, converted by the library. T is std::int64_t, std::uint8_t or
-  /// double.
+  /// double. One call of the library into one vector that the caller owns. Sizes that no file of
+  /// this length can hold are refused before memory is fetched for them.
   ///
   /// @throws "'<path>' has more entries than the file can hold",
   ///         "'<path>' could not be read as numbers"

@@ -8,7 +8,11 @@
 
 namespace velmo::h5 {
 
-/// Move-only owner of an HDF5 id; holds -1 when empty.
+/// Move-only owner of an HDF5 id; holds -1 when empty. The destructor gives the id back, also when
+/// an exception passes through, so an id of the library never stands alone.
+///
+/// Copies of the id that `get` hands out must not outlive the owner, and nobody else may close
+/// them. A handle belongs to one thread: the library is not called from several.
 ///
 /// @tparam Close    the library's function that gives the id back
 /// @tparam kBuiltIn an id that stands for a default of the library and is never closed
@@ -16,8 +20,13 @@ template <auto Close, hid_t kBuiltIn = -1>
 class Handle {
  public:
   Handle() noexcept = default;
+
+  /// Takes over `id`, whatever it is: a negative one marks a call that failed, which the functions
+  /// below refuse.
   explicit Handle(hid_t id) noexcept : id_(id) {}
   Handle(Handle&& other) noexcept : id_(std::exchange(other.id_, -1)) {}
+
+  /// Exchanges the ids: the other handle closes the one that was here.
   Handle& operator=(Handle&& other) noexcept {
     std::swap(id_, other.id_);
     return *this;
@@ -28,6 +37,7 @@ class Handle {
     if (id_ != -1 && id_ != kBuiltIn) Close(id_);
   }
 
+  /// The id, still owned by this handle; -1 when empty.
   [[nodiscard]] hid_t get() const noexcept { return id_; }
 
  private:
@@ -39,22 +49,27 @@ using Group = Handle<H5Gclose>;
 using Attribute = Handle<H5Aclose>;
 using DatasetHandle = Handle<H5Dclose>;
 using Datatype = Handle<H5Tclose>;
+// 0 names a default of the library here: the whole dataspace, the default properties.
 using Dataspace = Handle<H5Sclose, 0>;
 using PropertyList = Handle<H5Pclose, 0>;
 
-/// The few HDF5 calls of the reader with owners for their ids and exceptions for their failures.
-/// All throw utility::RuntimeError.
+// The few HDF5 calls of the reader with owners for their ids and exceptions for their failures. All
+// throw utility::RuntimeError. `location` is the id of a file or group, `name` a path from there.
 
+/// Opens a group.
 /// @throws "h5::gopen2" without a location, "Group could not be opened"
 [[nodiscard]] Group gopen2(hid_t location, std::string_view name);
 
+/// Opens an attribute of a group or dataset.
 /// @throws "h5::aopen" without a location, "Attribute could not be opened"
 [[nodiscard]] Attribute aopen(hid_t location, std::string_view name);
 
+/// Opens a dataset; `access` are its access properties.
 /// @throws "dopen2 failed"
 [[nodiscard]] DatasetHandle dopen2(hid_t location, std::string_view name,
                                    const PropertyList& access = PropertyList(H5P_DEFAULT));
 
+/// A copy of the dataspace of a dataset, its extents.
 /// @throws "dget_space failed"
 [[nodiscard]] Dataspace dget_space(hid_t dataset);
 

@@ -21,7 +21,7 @@ struct VtkHdfSolution {
 ///
 /// @throws utility::RuntimeError (std::out_of_range for a point number past all points) whose text
 ///         names what is missing in the file or does not fit together, see SolutionReader.cpp,
-///         Wrappers.hpp, Dataset.hpp and MergePieces.hpp
+///         Handle.hpp, Dataset.hpp and MergePieces.hpp
 [[nodiscard]] VtkHdfSolution readSolution(comm::Comm comm, const std::filesystem::path& path);
 
 /// Checks that there are as many charges as the elements have shape functions of order p =

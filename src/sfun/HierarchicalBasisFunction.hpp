@@ -33,7 +33,11 @@ inline constexpr u64 kMaxBasisOrder = 255;
 /// All evaluations take points inside or on the reference element and write function-major arrays,
 /// shape (numPoints, number of functions), point index fastest: values[i * numPoints + q].
 /// Gradients are two such arrays, d/dx then d/dy. The raw functions stand in `RawFunctions.hpp`;
-/// `eval` gives those of the generator. Const operations are re-entrant.
+/// `eval` gives those of the generator. Const operations are re-entrant, allocate nothing and write
+/// only to the caller's arrays.
+///
+/// The program evaluates densities by `eval` and geometry maps by `eval` and `evalGradient`. The
+/// raw functions, one sub-entity at a time, are the plain view that tests hold these against.
 template <int D, class Generator>
 class HierarchicalBasisFunction {
  public:
@@ -42,9 +46,12 @@ class HierarchicalBasisFunction {
   ///         supported order 255"
   explicit HierarchicalBasisFunction(u64 order);
 
+  /// Polynomial order p.
   [[nodiscard]] u64 order() const noexcept { return order_; }
+
   /// (p + 1)(p + 2) / 2 on the triangle, (p + 1)^2 on the quadrilateral.
   [[nodiscard]] u64 numFunctions() const noexcept { return Raw::count(order_); }
+
   /// Orders of the functions on edges and in the interior.
   [[nodiscard]] u64 edgeOrder() const noexcept { return order_; }
   [[nodiscard]] u64 interiorOrder() const noexcept { return order_; }
@@ -53,11 +60,14 @@ class HierarchicalBasisFunction {
   /// element-local functions.
   [[nodiscard]] const auto& transformation() const noexcept { return transformation_; }
 
-  /// The generator's functions.
+  /// The generator's functions at the points, shape (numPoints, numFunctions()).
   void eval(geom::ReferencePoints points, double* values) const;
+
+  /// Their derivatives: two arrays of that shape, d/dx and then d/dy.
   void evalGradient(geom::ReferencePoints points, double* gradients) const;
 
-  /// The raw functions; for order 0 the constant of integral 1.
+  /// The raw functions; for order 0 the constant of integral 1. Shapes as in `eval` and
+  /// `evalGradient`.
   void evalRaw(geom::ReferencePoints points, double* values) const;
   void evalRawGradient(geom::ReferencePoints points, double* gradients) const;
 
@@ -69,7 +79,8 @@ class HierarchicalBasisFunction {
   /// @throws utility::RuntimeError "P0::LegendreGenerator:evalEdge_:subent '<subent>' not known!"
   void evalEdge_(u64 subent, geom::ReferencePoints points, double* out) const;
 
-  /// Raw functions of the interior.
+  /// Raw functions of the interior, shape (numPoints, (p - 1)(p - 2)/2) on the triangle and
+  /// (numPoints, (p - 1)^2) on the quadrilateral; none below order 3 and 2.
   void evalInterior_(geom::ReferencePoints points, double* out) const;
 
  private:

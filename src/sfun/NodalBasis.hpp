@@ -18,17 +18,21 @@ class NodalBasis {
   NodalBasis& operator=(const NodalBasis&) = delete;
   virtual ~NodalBasis() = default;
 
+  /// Number of nodes, which is the number of functions.
   [[nodiscard]] virtual u64 numNodes() const noexcept = 0;
 
-  /// `values`: shape (numPoints, numNodes), column-major: values[k * numPoints + q].
+  /// Writes N_k(point q) into an array of the caller, `values`: shape (numPoints, numNodes),
+  /// column-major: values[k * numPoints + q].
   virtual void eval(geom::ReferencePoints points, double* values) const = 0;
 
-  /// `gradients`: two blocks shaped as in `eval`, d/dx then d/dy.
+  /// Writes the derivatives with respect to the reference coordinates, `gradients`: two blocks
+  /// shaped as in `eval`, d/dx then d/dy.
   virtual void evalGradient(geom::ReferencePoints points, double* gradients) const = 0;
 };
 
 /// Lagrange basis of order 1, 2 or 3: total degree `order` on the triangle, degree `order` in each
-/// variable on the quadrilateral. Built once, at first use; safe to call from many threads.
+/// variable on the quadrilateral. N_k = sum over i of T(k, i) raw_i with the matrix T of
+/// `Nodal::NodalTransformation`. Built once, at first use; safe to call from many threads.
 /// @throws utility::RuntimeError "No nodal basis of order <order>" for another order
 /// @throws std::runtime_error "velmo::topo::detail_::applyToRets: must not reach this point" for
 ///         another shape
@@ -41,7 +45,8 @@ class NodalBasis {
 /// Nodal basis of the span of the monomials x^a y^b, a and b in {0, 1, 2}, without x^2 y^2: the
 /// space of an eight-node quadrilateral, which has no complete polynomial space of its own.
 ///
-/// With V(m, k) monomial m at node k, N_k = sum over m of C(k, m) monomial_m with C = inv(V).
+/// With V(m, k) monomial m at node k, N_k = sum over m of C(k, m) monomial_m with C = inv(V). The
+/// monomials m = 0 to 7 are 1, y, y^2, x, x y, x y^2, x^2, x^2 y. Const after construction.
 class MonomialBasis final : public NodalBasis {
  public:
   static constexpr u64 kNumNodes = 8;

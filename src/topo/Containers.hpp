@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
+#include <memory>
+#include <mutex>
 #include <span>
 #include <stdexcept>
 
@@ -14,14 +16,23 @@
 
 namespace velmo::topo {
 
-/// Vector of at most `N` values that never allocates.
+/// Vector of at most `N` values that lie in the object itself: it never allocates, and a copy is a
+/// copy of all N places. Entities hold their vertex ids in one, with N = 8, the most vertices of
+/// any shape. The places 0 .. size() - 1 are in use, 0 <= size() <= N always holds.
+///
+/// Pointers and iterators lead into the object: they end with it, and with a move or a copy they
+/// don't follow. One object must not be changed by one thread while others use it.
+///
+/// @tparam T a type with a default value, which fills the places that are not in use
 template <class T, std::size_t N>
 class TinyVector {
  public:
   using value_type = T;
 
+  /// Empty.
   TinyVector() = default;
 
+  /// A copy of the values, in their order.
   /// @throws std::runtime_error "TinyVector::CAPACITY exceeded" for more than `N` values
   explicit TinyVector(std::span<const T> values) {
     requireCapacity(values.size());
@@ -31,17 +42,17 @@ class TinyVector {
   TinyVector(std::initializer_list<T> values)
       : TinyVector(std::span<const T>(values.begin(), values.size())) {}
 
-  /// @throws std::runtime_error "TinyVector::CAPACITY exceeded"
+  /// Appends a value.
+  /// @throws std::runtime_error "TinyVector::CAPACITY exceeded" when `N` values are there already,
+  ///         which stay as they are
   void push_back(const T& value) {
     requireCapacity(size_ + 1);
     data_[size_++] = value;
   }
-  void clear() noexcept { size_ = 0; }
 
   [[nodiscard]] u64 size() const noexcept { return size_; }
-  [[nodiscard]] bool empty() const noexcept { return size_ == 0; }
-  [[nodiscard]] static constexpr u64 capacity() noexcept { return N; }
 
+  /// Value `i`. @pre i < size() (asserted)
   [[nodiscard]] T& operator[](u64 i) noexcept {
     assert(i < size_);
     return data_[i];
@@ -51,6 +62,7 @@ class TinyVector {
     return data_[i];
   }
 
+  /// The values in use, contiguous.
   [[nodiscard]] T* data() noexcept { return data_.data(); }
   [[nodiscard]] const T* data() const noexcept { return data_.data(); }
   [[nodiscard]] T* begin() noexcept { return data(); }
@@ -58,6 +70,7 @@ class TinyVector {
   [[nodiscard]] const T* begin() const noexcept { return data(); }
   [[nodiscard]] const T* end() const noexcept { return data() + size_; }
 
+  /// Whether both hold the same values in the same order.
   friend bool operator==(const TinyVector& a, const TinyVector& b) {
     return std::ranges::equal(a, b);
   }
@@ -74,7 +87,8 @@ class TinyVector {
 template <std::size_t N>
 class Bitset;
 
-/// One byte of flags.
+/// Eight flags in one byte, flag i in bit i; all off at first. Passed by value. Boxes of the tree
+/// mark their children with one.
 template <>
 class Bitset<8> {
  public:
@@ -94,6 +108,8 @@ class Bitset<8> {
   }
 
   [[nodiscard]] constexpr bool none() const noexcept { return bits_ == 0; }
+
+  /// Number of flags that are on.
   [[nodiscard]] constexpr u64 count() const noexcept {
     return static_cast<u64>(std::popcount(bits_));
   }
@@ -103,6 +119,31 @@ class Bitset<8> {
 
  private:
   std::uint8_t bits_ = 0;
+};
+
+/// A value that is made by whoever needs it first, and kept. Most runs never ask for most tables of
+/// a grid, and those take longer to make than all the rest.
+///
+/// Owns the value. `get` may be called by many threads: one makes the value, the others wait. An
+/// object that was moved from has no value any more and takes none.
+template <class T>
+class Lazy {
+ public:
+  /// The value, made by `make()` in the first call. References stay valid when this is moved. An
+  /// exception of `make` passes through, and the next call tries again.
+  template <class Make>
+  [[nodiscard]] const T& get(const Make& make) const {
+    std::call_once(state_->isMade, [&] { state_->value = make(); });
+    return state_->value;
+  }
+
+ private:
+  struct State {
+    std::once_flag isMade;
+    T value;
+  };
+
+  std::unique_ptr<State> state_ = std::make_unique<State>();
 };
 
 }  // namespace velmo::topo

@@ -28,15 +28,17 @@ using Edge = std::array<u64, 2>;
 [[nodiscard]] u64 hashSortedIds(std::span<const u64> sortedIds) noexcept;
 
 /// Multimap from the hash of an entity's sorted vertex ids to its index: bucket after bucket in one
-/// flat array.
+/// flat array. Const after construction, read by any number of threads.
 class EntityIndex {
  public:
   struct Entry {
-    u64 hash;
-    u64 index;
+    u64 hash;   ///< of the sorted vertex ids, see `hashSortedIds`
+    u64 index;  ///< number of the edge or element; which of them, the number of ids tells
   };
 
   EntityIndex() = default;
+  /// Sorts the entries into a power of two of buckets, more than there are entries, by the low bits
+  /// of their hashes: linear time, two passes.
   explicit EntityIndex(std::span<const Entry> entries);
 
   /// The entries in the bucket of `hash`, in the order of their insertion; not all need have it.

@@ -1,13 +1,11 @@
 #include "topo/Grid.hpp"
 
 #include <algorithm>
-#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
 
-#include "comm/Comm.hpp"
 #include "io/CheckedAccess.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
@@ -26,9 +24,9 @@ EntityNodes sorted(std::span<const u64> ids) {
 
 EntityIndex buildEntityIndex(const Grid<2>& grid) {
   std::vector<EntityIndex::Entry> entries;
-  entries.reserve(grid.edges.size() + grid.numElements());
-  for (u64 e = 0; e < grid.edges.size(); ++e)
-    entries.push_back({hashSortedIds(sorted(grid.edges[e])), e});
+  const std::vector<Edge>& edges = grid.edges();
+  entries.reserve(edges.size() + grid.numElements());
+  for (u64 e = 0; e < edges.size(); ++e) entries.push_back({hashSortedIds(sorted(edges[e])), e});
   for (u64 e = 0; e < grid.numElements(); ++e)
     entries.push_back({hashSortedIds(sorted(grid.elementVertices(e))), e});
   return EntityIndex(entries);
@@ -51,22 +49,11 @@ const Ownerships& requireOwnerships(const std::unique_ptr<Ownerships>& ownership
   return *ownerships;
 }
 
-std::vector<u64> gatherTags(comm::Comm comm, std::span<const u64> tags) {
-  const auto numRanks = static_cast<u64>(comm::size(comm));
-  std::vector<u64> toAll;
-  for (u64 rank = 0; rank < numRanks; ++rank) toAll.insert(toAll.end(), tags.begin(), tags.end());
-  const std::vector<u64> counts(numRanks, tags.size());
-  return sortedUnique(comm::exchangeRuns<u64>(comm, toAll, counts).buffer);
-}
-
 Grid<0>::Grid(u64 numElements, std::vector<u64> connectivity, std::vector<u64> tags)
     : vertices(std::move(connectivity)), elementTags(std::move(tags)) {
   if (vertices.size() != numElements || elementTags.size() != numElements)
     throw utility::RuntimeError(
         "topo::Grid<0>: connectivity and tags don't have one entry per element");
-  entityCounts[0] = numElements;
-  uniqueTags = sortedUnique(elementTags);
-  vertexMap = IdMap(vertices);
 }
 
 u64 Grid<0>::numEntities(u64 codim) const {
@@ -94,37 +81,25 @@ u64 Grid<0>::vertexIndex(u64 id) const {
   return static_cast<u64>(found - vertices.begin());
 }
 
+const IdMap& Grid<0>::vertexMap() const {
+  return vertexMap_.get([this] { return IdMap(vertices); });
+}
+
+const std::vector<u64>& Grid<0>::uniqueTags() const {
+  return uniqueTags_.get([this] { return sortedUnique(elementTags); });
+}
+
 void Grid<0>::createOwnerships(comm::Comm comm) {
-  ownerships = std::make_unique<Ownerships>(Ownerships{Ownership(comm, numEntities(0))});
+  ownerships = std::make_unique<Ownerships>(1, Ownership(comm));
 }
 
-void Grid<0>::finishOwnerships() {
-  uniqueTags = gatherTags(requireOwnerships(ownerships).front().communicator(), uniqueTags);
-}
-
-/// Most runs never look an entity up, and the table takes longer than all the rest: it is built by
-/// the first call of `find`.
-struct Grid<2>::Lookup {
-  std::once_flag built;
-  EntityIndex entityIndex;
-
-  const EntityIndex& of(const Grid<2>& grid) {
-    std::call_once(built, [&] { entityIndex = buildEntityIndex(grid); });
-    return entityIndex;
-  }
-};
-
-Grid<2>::Grid() : lookup_(std::make_unique<Lookup>()) {}
-Grid<2>::~Grid() = default;
-Grid<2>::Grid(Grid&&) noexcept = default;
-Grid<2>& Grid<2>::operator=(Grid&&) noexcept = default;
+void Grid<0>::finishOwnerships() const { (void)requireOwnerships(ownerships); }
 
 Grid<2>::Grid(u64 numElements, std::vector<u64> elementVertices, std::vector<u64> elementOffsets,
               std::vector<u64> tags)
     : connectivity(std::move(elementVertices)),
       offsets(std::move(elementOffsets)),
-      elementTags(std::move(tags)),
-      lookup_(std::make_unique<Lookup>()) {
+      elementTags(std::move(tags)) {
   if (offsets.empty() || offsets.size() != numElements + 1 || elementTags.size() != numElements ||
       offsets.front() != 0 || offsets.back() != connectivity.size())
     throw utility::RuntimeError("topo::Grid<2>: connectivity, offsets and tags don't fit together");
@@ -132,14 +107,8 @@ Grid<2>::Grid(u64 numElements, std::vector<u64> elementVertices, std::vector<u64
   vertexCounts.resize(numElements);
   for (u64 e = 0; e < numElements; ++e) {
     vertexCounts[e] = offsets[e + 1] - offsets[e];
-    ++entityCounts[static_cast<u64>(referenceType(kDimension, vertexCounts[e]))];
+    (void)referenceType(kDimension, vertexCounts[e]);  // refuses other counts than 3 and 4
   }
-  vertices = sortedUnique(connectivity);
-  vertexMap = IdMap(vertices);
-  uniqueTags = sortedUnique(elementTags);
-  edges = enumerateEdges(connectivity, offsets, vertexMap);
-  entityCounts[static_cast<u64>(ReferenceType::Point)] = vertices.size();
-  entityCounts[static_cast<u64>(ReferenceType::Line)] = edges.size();
 }
 
 u64 Grid<2>::numEntities(u64 codim) const {
@@ -147,19 +116,25 @@ u64 Grid<2>::numEntities(u64 codim) const {
     case 0:
       return vertexCounts.size();
     case 1:
-      return edges.size();
+      return edges().size();
     case 2:
-      return vertices.size();
+      return vertices().size();
     default:
       throw std::runtime_error("topo::Grid::Wrong codim");
   }
 }
 
+std::array<u64, 8> Grid<2>::entityCounts() const {
+  std::array<u64, 8> counts{vertices().size(), edges().size()};
+  for (u64 e = 0; e < numElements(); ++e) ++counts[static_cast<u64>(elementType(e))];
+  return counts;
+}
+
 Entity Grid<2>::entity(u64 codim, u64 index) const {
   if (index >= numEntities(codim)) throw std::out_of_range("invalid vector subscript");
   if (codim == 0) return {index, elementVertices(index)};
-  if (codim == 1) return {index, edges[index]};
-  return {index, std::span(&vertices[index], 1)};
+  if (codim == 1) return {index, edges()[index]};
+  return {index, std::span(&vertices()[index], 1)};
 }
 
 Entity Grid<2>::subEntity(u64 element, u64 codim, u64 i) const {
@@ -179,7 +154,7 @@ u64 Grid<2>::index(const Entity& entity) const {
 
 bool Grid<2>::hasVertices_(u64 index, const EntityNodes& sortedIds) const {
   // The table doesn't say whether an index is an edge's or an element's; the number of ids does.
-  if (sortedIds.size() == 2) return index < edges.size() && sorted(edges[index]) == sortedIds;
+  if (sortedIds.size() == 2) return index < edges().size() && sorted(edges()[index]) == sortedIds;
   return index < numElements() && sorted(elementVertices(index)) == sortedIds;
 }
 
@@ -187,7 +162,7 @@ u64 Grid<2>::find(std::span<const u64> ids, bool mustExist) const {
   const EntityNodes sortedIds = sorted(ids);
   const u64 hash = hashSortedIds(sortedIds);
   bool hashFound = false;
-  for (const EntityIndex::Entry& candidate : lookup_->of(*this).bucket(hash)) {
+  for (const EntityIndex::Entry& candidate : entityIndex_().bucket(hash)) {
     if (candidate.hash != hash) continue;
     if (hasVertices_(candidate.index, sortedIds)) return candidate.index;
     hashFound = true;
@@ -197,21 +172,37 @@ u64 Grid<2>::find(std::span<const u64> ids, bool mustExist) const {
 }
 
 u64 Grid<2>::vertexIndex(u64 id) const {
-  const u64 place = vertexMap.find(id);
+  const u64 place = vertexMap_().find(id);
   if (place == kNone)
     throw utility::RuntimeError(
         io::format("Failed to find vertex {} (dim={}, entity dim={})", id, kDimension, 0));
   return place;
 }
 
-void Grid<2>::createOwnerships(comm::Comm comm) {
-  ownerships = std::make_unique<Ownerships>();
-  for (u64 codim = 0; codim <= kDimension; ++codim)
-    ownerships->emplace_back(comm, numEntities(codim));
+const std::vector<u64>& Grid<2>::vertices() const {
+  return vertices_.get([this] { return sortedUnique(connectivity); });
 }
 
-void Grid<2>::finishOwnerships() {
-  uniqueTags = gatherTags(requireOwnerships(ownerships).front().communicator(), uniqueTags);
+const IdMap& Grid<2>::vertexMap_() const {
+  return vertexMapTable_.get([this] { return IdMap(vertices()); });
 }
+
+const std::vector<Edge>& Grid<2>::edges() const {
+  return edges_.get([this] { return enumerateEdges(connectivity, offsets, vertexMap_()); });
+}
+
+const EntityIndex& Grid<2>::entityIndex_() const {
+  return entityIndexTable_.get([this] { return buildEntityIndex(*this); });
+}
+
+const std::vector<u64>& Grid<2>::uniqueTags() const {
+  return uniqueTags_.get([this] { return sortedUnique(elementTags); });
+}
+
+void Grid<2>::createOwnerships(comm::Comm comm) {
+  ownerships = std::make_unique<Ownerships>(kDimension + 1, Ownership(comm));
+}
+
+void Grid<2>::finishOwnerships() const { (void)requireOwnerships(ownerships); }
 
 }  // namespace velmo::topo

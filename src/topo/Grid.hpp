@@ -7,22 +7,22 @@
 
 #include "comm/Comm.hpp"
 #include "io/Types.hpp"
+#include "topo/Containers.hpp"
 #include "topo/Entity.hpp"
 #include "topo/EntityIndex.hpp"
-#include "topo/EntityRange.hpp"
 #include "topo/IdMap.hpp"
 #include "topo/ReferenceElement.hpp"
 
 namespace velmo::topo {
 
 /// Which rank owns the entities of one codimension: the smallest rank among those that hold them.
+/// There is one rank, which holds and owns them all, so nothing is stored per entity.
 class Ownership {
  public:
-  Ownership(comm::Comm comm, u64 numEntities)
-      : comm_(comm), numEntities_(numEntities), sendLists_(static_cast<u64>(comm::size(comm))) {}
+  explicit Ownership(comm::Comm comm)
+      : comm_(comm), sendLists_(static_cast<u64>(comm::size(comm))) {}
 
   [[nodiscard]] comm::Comm communicator() const noexcept { return comm_; }
-  [[nodiscard]] u64 numEntities() const noexcept { return numEntities_; }
 
   /// With one rank, the only holder of every entity owns it.
   [[nodiscard]] int owner(u64 /*entity*/) const noexcept { return comm::rank(comm_); }
@@ -37,7 +37,6 @@ class Ownership {
 
  private:
   comm::Comm comm_;
-  u64 numEntities_;
   std::vector<std::vector<u64>> sendLists_;
 };
 
@@ -47,15 +46,17 @@ using Ownerships = std::vector<Ownership>;
 /// @throws utility::RuntimeError "Ownerships has not been created yet" for a null pointer
 [[nodiscard]] const Ownerships& requireOwnerships(const std::unique_ptr<Ownerships>& ownerships);
 
-/// The tags of all ranks, sorted and unique.
-[[nodiscard]] std::vector<u64> gatherTags(comm::Comm comm, std::span<const u64> tags);
-
-/// Entities of a grid and how they hang together; knows vertex ids and no coordinates. Built once,
-/// then read by any number of threads.
+/// Entities of a grid and how they hang together; knows vertex ids and no coordinates.
+///
+/// The public arrays are filled by the constructor and not changed afterwards. All that can be
+/// derived from them (vertices, edges, tables from ids to places) is made by the first call that
+/// needs it; all const operations may run on many threads. Movable, not copyable; references to
+/// derived tables stay valid when the grid is moved.
 template <u64 Dim>
 class Grid;
 
-/// A point cloud: one vertex per element.
+/// A point cloud: one vertex per element, so that elements and vertices are the same entities, of
+/// codimension 0.
 template <>
 class Grid<0> {
  public:
@@ -73,48 +74,62 @@ class Grid<0> {
   [[nodiscard]] u64 numEntities(u64 codim) const;
   [[nodiscard]] u64 numElements() const noexcept { return vertices.size(); }
 
-  /// @throws std::out_of_range "invalid vector subscript"
+  /// Numbers of entities by reference type: all in place 0.
+  [[nodiscard]] std::array<u64, 8> entityCounts() const noexcept { return {vertices.size()}; }
+
+  /// @throws std::runtime_error "topo::Grid::Wrong codim"
+  /// @throws std::out_of_range  "invalid vector subscript"
   [[nodiscard]] Entity entity(u64 codim, u64 index) const;
 
   template <u64 Codim>
-  [[nodiscard]] EntityRange<Grid, Codim> entities() const noexcept {
-    static_assert(Codim == 0);
-    return EntityRange<Grid, Codim>(*this);
+  [[nodiscard]] EntityIterator<Grid, Codim> begin() const {
+    return {*this, 0};
+  }
+  template <u64 Codim>
+  [[nodiscard]] EntityIterator<Grid, Codim> end() const {
+    return {*this, numEntities(Codim)};
   }
 
   /// Index of an entity, temporary or not.
+  /// @throws std::runtime_error "0-dim can only have 1 node"; as `vertexIndex`
   [[nodiscard]] u64 index(const Entity& entity) const;
 
   /// Place of a vertex, by bisection in `vertices`, which must ascend for that.
   /// @throws utility::RuntimeError "Failed to find vertex <id> (dim=0, entity dim=0)"
   [[nodiscard]] u64 vertexIndex(u64 id) const;
 
+  /// Place of a vertex id in `vertices`, whatever their order.
+  [[nodiscard]] const IdMap& vertexMap() const;
+
+  /// The distinct values of `elementTags`, ascending.
+  [[nodiscard]] const std::vector<u64>& uniqueTags() const;
+
+  /// Makes the record of codimension 0, in constant time.
   void createOwnerships(comm::Comm comm);
 
-  /// Collects the tags of all ranks.
+  /// Closes the records: from now on each rank knows the tags of all. The tags of the one rank are
+  /// those already.
   /// @throws utility::RuntimeError "Ownerships has not been created yet"
-  void finishOwnerships();
+  void finishOwnerships() const;
 
   std::vector<u64> vertices;               ///< vertex id of each element, in element order
-  std::array<u64, 8> entityCounts{};       ///< by reference type
   std::vector<u64> elementTags;            ///< one per element
-  std::vector<u64> uniqueTags;             ///< sorted, distinct
-  IdMap vertexMap;                         ///< place of a vertex id in `vertices`
   std::unique_ptr<Ownerships> ownerships;  ///< null until `createOwnerships`
+
+ private:
+  Lazy<IdMap> vertexMap_;
+  Lazy<std::vector<u64>> uniqueTags_;
 };
 
-/// A surface of triangles and quadrilaterals.
+/// A surface of triangles and quadrilaterals: elements, edges and vertices are its entities of
+/// codimension 0, 1 and 2. Edges are numbered in the order in which a walk over the elements, and
+/// over the edges of each, meets them first.
 template <>
 class Grid<2> {
  public:
   static constexpr u64 kDimension = 2;
 
-  Grid();
-  ~Grid();
-  Grid(Grid&&) noexcept;
-  Grid& operator=(Grid&&) noexcept;
-  Grid(const Grid&) = delete;
-  Grid& operator=(const Grid&) = delete;
+  Grid() = default;
 
   /// @param elementVertices vertex ids of all elements, element after element
   /// @param elementOffsets  element starts in `elementVertices` and its end, from 0
@@ -130,13 +145,20 @@ class Grid<2> {
   [[nodiscard]] u64 numEntities(u64 codim) const;
   [[nodiscard]] u64 numElements() const noexcept { return vertexCounts.size(); }
 
-  /// @throws std::out_of_range "invalid vector subscript"
+  /// Numbers of vertices, edges, triangles and quadrilaterals, then zeros.
+  [[nodiscard]] std::array<u64, 8> entityCounts() const;
+
+  /// @throws std::runtime_error "topo::Grid::Wrong codim"
+  /// @throws std::out_of_range  "invalid vector subscript"
   [[nodiscard]] Entity entity(u64 codim, u64 index) const;
 
   template <u64 Codim>
-  [[nodiscard]] EntityRange<Grid, Codim> entities() const noexcept {
-    static_assert(Codim <= kDimension);
-    return EntityRange<Grid, Codim>(*this);
+  [[nodiscard]] EntityIterator<Grid, Codim> begin() const {
+    return {*this, 0};
+  }
+  template <u64 Codim>
+  [[nodiscard]] EntityIterator<Grid, Codim> end() const {
+    return {*this, numEntities(Codim)};
   }
 
   /// Vertex ids of one element. @pre element < numElements()
@@ -151,14 +173,15 @@ class Grid<2> {
 
   /// Sub-entity `i` of codimension `codim` of an element, in the element's orientation: a temporary
   /// entity, whose index `index` gives.
+  /// @throws std::out_of_range  "invalid vector subscript"; as `getSubEntityNodes`
   [[nodiscard]] Entity subEntity(u64 element, u64 codim, u64 i) const;
 
   /// Index of an entity among those of its dimension, temporary or not. Temporary edges and
   /// elements are found by their vertices.
+  /// @throws as `find` and `vertexIndex`
   [[nodiscard]] u64 index(const Entity& entity) const;
 
-  /// Index of the edge or element with these vertices, in any order. The first call builds the
-  /// table for all edges and elements; calls may be concurrent.
+  /// Index of the edge or element with these vertices, in any order.
   ///
   /// @return `kNone` when there is no such entity and `mustExist` is false
   /// @throws std::runtime_error    "TinyVector::CAPACITY exceeded" for more than 8 ids
@@ -166,33 +189,42 @@ class Grid<2> {
   ///         hash of the ids, "Failing (II) ..." when only others have it
   [[nodiscard]] u64 find(std::span<const u64> ids, bool mustExist) const;
 
-  /// Place of a vertex id in `vertices`.
+  /// Place of a vertex id in `vertices()`.
   /// @throws utility::RuntimeError "Failed to find vertex <id> (dim=2, entity dim=0)"
   [[nodiscard]] u64 vertexIndex(u64 id) const;
 
+  /// The distinct vertex ids, ascending.
+  [[nodiscard]] const std::vector<u64>& vertices() const;
+
+  /// The two vertex ids of each edge, in the orientation of the first element that has it.
+  [[nodiscard]] const std::vector<Edge>& edges() const;
+
+  /// The distinct values of `elementTags`, ascending.
+  [[nodiscard]] const std::vector<u64>& uniqueTags() const;
+
+  /// Makes the records of codimension 0, 1 and 2, in constant time.
   void createOwnerships(comm::Comm comm);
 
-  /// Collects the tags of all ranks.
+  /// As for the point cloud.
   /// @throws utility::RuntimeError "Ownerships has not been created yet"
-  void finishOwnerships();
+  void finishOwnerships() const;
 
   std::vector<u64> vertexCounts;           ///< 3 or 4 per element
   std::vector<u64> connectivity;           ///< vertex ids of all elements
-  std::vector<u64> offsets;                ///< element starts in `connectivity` and its end
-  std::vector<Edge> edges;                 ///< in the order and orientation of their first finding
-  std::vector<u64> vertices;               ///< sorted, distinct vertex ids
-  std::array<u64, 8> entityCounts{};       ///< by reference type
+  std::vector<u64> offsets{0};             ///< element starts in `connectivity` and its end
   std::vector<u64> elementTags;            ///< one per element
-  std::vector<u64> uniqueTags;             ///< sorted, distinct
-  IdMap vertexMap;                         ///< place of a vertex id in `vertices`
   std::unique_ptr<Ownerships> ownerships;  ///< null until `createOwnerships`
 
  private:
-  struct Lookup;
-
+  [[nodiscard]] const IdMap& vertexMap_() const;
+  [[nodiscard]] const EntityIndex& entityIndex_() const;
   [[nodiscard]] bool hasVertices_(u64 index, const EntityNodes& sortedIds) const;
 
-  std::unique_ptr<Lookup> lookup_;  ///< the table behind `find`
+  Lazy<std::vector<u64>> vertices_;
+  Lazy<IdMap> vertexMapTable_;
+  Lazy<std::vector<Edge>> edges_;
+  Lazy<EntityIndex> entityIndexTable_;
+  Lazy<std::vector<u64>> uniqueTags_;
 };
 
 }  // namespace velmo::topo

@@ -7,18 +7,21 @@
 
 namespace velmo::topo {
 
-/// The distinct values of `ids` in ascending order. Linear time when they lie densely.
+/// The distinct values of `ids` in ascending order. Linear time when they lie densely, else that of
+/// a sort.
 [[nodiscard]] std::vector<u64> sortedUnique(std::span<const u64> ids);
 
 /// Places of ids in a list, in constant time for any ids.
 ///
 /// Ids that lie densely, which is what grids have, are looked up in a plain table over their range;
-/// others in a flat hash table with linear probing.
+/// others in a flat hash table with linear probing. "Densely" means a range below four times the
+/// number of ids: such a table takes no more memory than the hash table would. Built in linear
+/// time, const afterwards and read by any number of threads; the list itself isn't kept.
 class IdMap {
  public:
   IdMap() = default;
 
-  /// Maps ids[i] to i. A repeated id keeps its first place.
+  /// Maps ids[i] to i. A repeated id keeps its first place, and `firstDuplicate` tells of it.
   explicit IdMap(std::span<const u64> ids);
 
   /// Place of `id`, `kNone` for an id that isn't in the list.

@@ -10,7 +10,8 @@
 
 namespace velmo::topo {
 
-/// Shape of a reference element. The values are part of the file and message formats.
+/// Shape of a reference element. The values are part of the file and message formats, and places in
+/// arrays that are indexed by shape.
 enum class ReferenceType : std::int8_t {
   Point = 0,
   Line = 1,
@@ -30,7 +31,10 @@ struct NodePoints {
   u64 count = 0;
 };
 
-/// Dimension of the shape.
+// All queries throw std::runtime_error "velmo::topo::detail_::applyToRets: must not reach this
+// point" for `None` and values outside the enumeration. The tables behind them are constant.
+
+/// Dimension of the shape, 0 to 3.
 [[nodiscard]] u64 dimension(ReferenceType type);
 
 /// Number of vertices of the shape.
@@ -55,12 +59,15 @@ struct NodePoints {
 /// Mean of the reference vertices; the pyramid has (0.375, 0.375, 0.25).
 [[nodiscard]] std::array<double, 3> barycenter(ReferenceType type);
 
-/// Node points of order `order` of a triangle or quadrilateral: vertices, then the inner points of
-/// each edge in edge order, then the interior, numbered in the same way as a smaller shape.
-/// Order 0 is the single point (0, 0).
+/// Node points of order p = `order` of a triangle or quadrilateral, (p + 1)(p + 2)/2 or (p + 1)^2
+/// of them: the vertices; on each edge (a, b), in edge order, a + (b - a) i/p for i = 1 to p - 1;
+/// then the interior, numbered in the same way as a smaller shape. Order 0 is the single point (0,
+/// 0). Setup code, allocates.
 [[nodiscard]] NodePoints nodePoints(ReferenceType type, u64 order);
 
-/// Interior node points of order `order`, shape (count, 2).
+/// Interior node points of order p = `order`, shape (count, 2): all node points (x, y) of order
+/// p - 3 at ((p - 3)/p x + 2/p, (p - 3)/p y + 1/p) on the triangle, of order p - 2 at
+/// ((p - 2)/p x + 1/p, (p - 2)/p y + 1/p) on the quadrilateral.
 /// @throws std::runtime_error "Tria with p < 3 cannot have interior nodes",
 ///                            "Quad with p < 2 cannot have interior nodes"
 [[nodiscard]] std::vector<double> interiorNodePoints(ReferenceType type, u64 order);
@@ -69,7 +76,8 @@ struct NodePoints {
 
 namespace velmo::geom::detail_ {
 
-/// Non-owning span over interleaved coordinates of points in `Dim` dimensions.
+/// Non-owning span over interleaved coordinates of points in `Dim` dimensions, passed by value:
+/// coordinate `axis` of point q is data[q Dim + axis]. The caller keeps the array alive.
 /// `CoordinateSpan_<2, 1>` carries points of a reference element.
 template <std::size_t Dim, int N = 1>
 struct CoordinateSpan_ {

@@ -174,7 +174,8 @@ TEST(DofTransfer, FollowsVerticesAndEdgesThatElementsShare) {
 
   expectPermutation(transfer);
   // Vertices are numbered by their ids in both grids, whatever the order of the elements.
-  for (u64 dof = 0; dof < 2 * from.vertices.size(); ++dof) EXPECT_EQ(columnOf(transfer, dof), dof);
+  for (u64 dof = 0; dof < 2 * from.vertices().size(); ++dof)
+    EXPECT_EQ(columnOf(transfer, dof), dof);
 }
 
 TEST(DofTransfer, FollowsShuffledPointsWithOneOrThreeValues) {

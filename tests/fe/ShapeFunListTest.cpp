@@ -60,18 +60,6 @@ TEST(ShapeFunList, LeavesTheOutputOfAShapeOnlyEvaluatorAlone) {
   EXPECT_EQ(value, 2.0);
 }
 
-TEST(ShapeFunList, CollectsThePointsOfTheProjectionRule) {
-  for (const u64 p : {0U, 1U, 3U}) {
-    const u64 order = std::max<u64>(2 * p + 1, 5);
-    const quad::SurfaceRuleSet rules(order);
-    for (const ReferenceType kind : {ReferenceType::Triangle, ReferenceType::Quadrilateral}) {
-      const quad::QuadratureInterface<2> rule = rules.rule(kind);
-      EXPECT_EQ(List(p).samplingPoints(kind),
-                std::vector<double>(rule.points, rule.points + 2 * rule.numPoints));
-    }
-  }
-}
-
 TEST(ShapeFunList, RefusesOtherShapes) {
   const List list(1);
   const std::string text = "velmo::topo::detail_::applyToRets: must not reach this point";
@@ -79,7 +67,6 @@ TEST(ShapeFunList, RefusesOtherShapes) {
        {ReferenceType::Point, ReferenceType::Line, ReferenceType::None}) {
     test::expectThrow<std::runtime_error>([&] { (void)list.evaluator(kind); }, text);
     test::expectThrow<std::runtime_error>([&] { list.evaluate(kind, {}, {}); }, text);
-    test::expectThrow<std::runtime_error>([&] { (void)list.samplingPoints(kind); }, text);
   }
 }
 

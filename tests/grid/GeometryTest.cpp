@@ -52,7 +52,7 @@ TEST(TopologyOf, TakesTheElementsOfDimensionTwo) {
   const Geometry::Grid geometry = surfaceGeometry(data);
   const SurfaceElements elements = surfaceElements(topology, geometry);
 
-  EXPECT_EQ(topology.entityCounts, (std::array<u64, 8>{5, 6, 1, 1, 0, 0, 0, 0}));
+  EXPECT_EQ(topology.entityCounts(), (std::array<u64, 8>{5, 6, 1, 1, 0, 0, 0, 0}));
   EXPECT_EQ(topology.elementTags, (std::vector<u64>{5, 3}));
   EXPECT_EQ(geometry.elementTypes, (std::vector<u64>{304, 203}));
   EXPECT_EQ(geometry.order, 1U);
