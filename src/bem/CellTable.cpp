@@ -118,4 +118,30 @@ CellCentres CellTable::centres() const noexcept {
   return {centreBasis_.data(), numCells_, charges_.numNodes, maxLevel_};
 }
 
+void PlacedCharges::place(const CellCharges& charges) {
+  const u64 n = charges.numPoints;
+  for (std::vector<double>* values : {&x, &y, &z, &forPotential, &forGradient})
+    values->assign(charges.numCells * n, 0.0);
+  for (u64 i = 0; i < charges.numCells; ++i) {
+    const double* const cell =
+        charges.table + charges.cells[i] * charges.numRows * charges.numLanes;
+    const auto addRow = [&](u64 row, double factor, std::vector<double>& sums) {
+      const double* const values = cell + row * charges.numLanes;
+      double* const out = sums.data() + i * n;
+      for (u64 q = 0; q < n; ++q) out[q] += factor * values[q];
+    };
+    for (u64 k = 0; k < charges.numNodes; ++k) {
+      addRow(k, charges.nodes[3 * k], x);
+      addRow(k, charges.nodes[3 * k + 1], y);
+      addRow(k, charges.nodes[3 * k + 2], z);
+    }
+    const auto addDensity = [&](const Density& density, std::vector<double>& sums) {
+      for (u64 s = 0; s < density.numShapes; ++s)
+        addRow(density.firstRow + s, density.coefficients[s], sums);
+    };
+    addDensity(charges.forPotential, forPotential);
+    addDensity(charges.forGradient, forGradient);
+  }
+}
+
 }  // namespace velmo::bem

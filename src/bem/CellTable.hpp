@@ -54,4 +54,20 @@ class CellTable {
   CellCharges charges_;
 };
 
+/// The rule points of a set of cells as point charges, for targets that share the subdivision.
+/// Reused from element to element.
+struct PlacedCharges {
+  /// Takes over all points of the cells: position sum over k of N_k x_k, charge the product of the
+  /// weighted shape functions and the coefficients.
+  void place(const CellCharges& charges);
+
+  [[nodiscard]] PointCharges view() const noexcept {
+    return {x.data(), y.data(), z.data(), forPotential.data(), forGradient.data(), x.size()};
+  }
+
+  std::vector<double> x, y, z;
+  std::vector<double> forPotential;
+  std::vector<double> forGradient;
+};
+
 }  // namespace velmo::bem

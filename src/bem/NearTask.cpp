@@ -1,12 +1,48 @@
 #include "bem/NearTask.hpp"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 #include "math/InstructionSet.hpp"
 
 namespace velmo::bem {
 namespace {
+
+/// What placing a point, and a subdivision for a single target, cost in pairs of point and target.
+constexpr u64 kPlacingCost = 8;
+constexpr u64 kNearTargetCost = 200;
+
+/// Largest radius of an element, in element sizes, whose subdivision targets may share. The cells
+/// of a needle are needles, and rules on them differ by more than the expansions' error.
+constexpr double kStout = 1.5;
+
+struct NodeDistances {
+  double toBox;               ///< of a point from the box around the nodes
+  double farthestFromCentre;  ///< of a node from the element's centre
+};
+
+NodeDistances distancesToNodes(std::span<const double> nodes, const SizedPoint& point,
+                               std::span<const double, 3> centre) noexcept {
+  const double x[3] = {point.x, point.y, point.z};
+  double toBox = 0.0;
+  double farthest = 0.0;
+  for (u64 axis = 0; axis < 3; ++axis) {
+    double low = nodes[axis];
+    double high = nodes[axis];
+    for (u64 k = 3 + axis; k < nodes.size(); k += 3) {
+      low = std::min(low, nodes[k]);
+      high = std::max(high, nodes[k]);
+    }
+    const double outside = std::max({low - x[axis], x[axis] - high, 0.0});
+    toBox += outside * outside;
+  }
+  for (u64 k = 0; k < nodes.size(); k += 3) {
+    const double d[3] = {nodes[k] - centre[0], nodes[k + 1] - centre[1], nodes[k + 2] - centre[2]};
+    farthest = std::max(farthest, d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
+  }
+  return {std::sqrt(toBox), std::sqrt(farthest)};
+}
 
 enum Row : u64 { kX, kY, kZ, kPotential, kGradientX, kGradientY, kGradientZ, kNumRows };
 
@@ -32,10 +68,11 @@ NearTask::NearTask(const NearFieldQuadrature& quadrature, std::span<const double
     }
     if (numTargets_ > 0) std::fill(row + numTargets_, row + numLanes_, row[numTargets_ - 1]);
   }
+  radius_ = 0.5 * std::hypot(upper_[0] - lower_[0], upper_[1] - lower_[1], upper_[2] - lower_[2]);
 }
 
 void NearTask::run(u64 begin, u64 end, const SourceCharges& forPotential,
-                   const SourceCharges& forGradient) {
+                   const SourceCharges& forGradient, Subdivision subdivision) {
   if (numTargets_ == 0) return;
   const grid::SurfaceElements& elements = quadrature_->elements();
   u64 firstRegular = begin;
@@ -46,7 +83,8 @@ void NearTask::run(u64 begin, u64 end, const SourceCharges& forPotential,
                           quadrature_->minRelDist(), farMask_.data()))
       continue;
     addRegular(firstRegular, e, forPotential, forGradient);
-    addSplit(e, forPotential, forGradient);
+    if (subdivision == Subdivision::PerTarget || !addShared(e, forPotential, forGradient))
+      addSplit(e, forPotential, forGradient);
     firstRegular = e + 1;
   }
   addRegular(firstRegular, end, forPotential, forGradient);
@@ -87,18 +125,51 @@ void NearTask::addSplit(u64 element, const SourceCharges& forPotential,
   kernel_->addMasked(pointCharges(element, element + 1, forPotential, forGradient), targetLanes(),
                      farMask_.data());
 
-  const CellTable& table = quadrature_->cellTable(element);
-  CellCharges charges = table.charges();
+  CellCharges charges = chargesOf(element, forPotential, forGradient);
+  const CellCentres centres = quadrature_->cellTable(element).centres();
+  for (u64 t = 0; t < numTargets_; ++t)
+    if (isNear(t)) addNear(element, t, charges, centres);
+}
+
+CellCharges NearTask::chargesOf(u64 element, const SourceCharges& forPotential,
+                                const SourceCharges& forGradient) noexcept {
+  CellCharges charges = quadrature_->cellTable(element).charges();
   charges.nodes = quadrature_->elements().nodes(element).data();
   charges.cells = cells_.data();
   charges.forPotential.coefficients =
       forPotential.coefficients.data() + quadrature_->potentialDofs()[element];
   charges.forGradient.coefficients =
       forGradient.coefficients.data() + quadrature_->gradientDofs()[element];
-  const CellCentres centres = table.centres();
-  for (u64 t = 0; t < numTargets_; ++t)
-    if ((farMask_[t / math::kNumLanes] >> (t % math::kNumLanes) & 1U) == 0)
-      addNear(element, t, charges, centres);
+  return charges;
+}
+
+// A cell of size s may stay whole for a target x if |x - y| > minRelDist s, y the cell's centre.
+// With x within R of the middle c of the targets and all y at least d away from it,
+//   |x - y| >= |c - y| - R >= (1 - R / d) |c - y|,
+// so what holds for c and minRelDist / (1 - R / d) holds for all targets and minRelDist.
+bool NearTask::addShared(u64 element, const SourceCharges& forPotential,
+                         const SourceCharges& forGradient) {
+  const grid::SurfaceElements& elements = quadrature_->elements();
+  const SizedPoint middle{0.5 * (lower_[0] + upper_[0]), 0.5 * (lower_[1] + upper_[1]),
+                          0.5 * (lower_[2] + upper_[2]), elements.sizes[element]};
+  const NodeDistances distances =
+      distancesToNodes(elements.nodes(element), middle, elements.centre(element));
+  const double distance = distances.toBox;
+  if (!(distances.farthestFromCentre <= kStout * elements.sizes[element])) return false;
+  if (!(2.0 * radius_ <= distance)) return false;
+
+  CellCharges charges = chargesOf(element, forPotential, forGradient);
+  charges.numCells = kernel_->leafCells(
+      quadrature_->cellTable(element).centres(), charges.nodes, middle,
+      quadrature_->minRelDist() / (1.0 - radius_ / distance), cells_.data(), pending_.data());
+  const u64 numPoints = charges.numCells * charges.numPoints;
+  u64 numNear = 0;
+  for (u64 t = 0; t < numTargets_; ++t) numNear += isNear(t) ? 1 : 0;
+  if (numPoints * (numLanes_ + kPlacingCost) > numNear * (numPoints + kNearTargetCost))
+    return false;
+  shared_.place(charges);
+  kernel_->add(shared_.view(), targetLanes());
+  return true;
 }
 
 void NearTask::addNear(u64 element, u64 target, CellCharges& charges, const CellCentres& centres) {

@@ -8,6 +8,17 @@
 
 namespace velmo::evaluator {
 
+namespace {
+
+/// A subdivision that targets share is finer than their own ones, so the results differ by the
+/// error of the rule. That may be as large as the error of the expansions, which a rule of order q
+/// reaches at about degree q + 3.
+bem::Subdivision subdivisionFor(u64 degree, u64 order) {
+  return degree <= order + 3 ? bem::Subdivision::Shared : bem::Subdivision::PerTarget;
+}
+
+}  // namespace
+
 FmmEvaluator::FmmEvaluator(tree::FmmTree& tree, std::pair<u64, u64> orders,
                            const bem::fmm::Settings& settings,
                            const bem::EvalQuadratureSettings& quadrature, comm::Comm comm)
@@ -25,7 +36,8 @@ FmmEvaluator::FmmEvaluator(tree::FmmTree& tree, std::pair<u64, u64> orders,
       transferPlan_(tree.tree(), sourcePlan_.hasMoments),
       targets_(tree, sourcePlan_, settings.degree),
       nearQuadrature_(elements_, gradientShapes_, potentialShapes_, quadrature),
-      nearPass_(tree, sourcePlan_, nearQuadrature_) {
+      nearPass_(tree, sourcePlan_, nearQuadrature_,
+                subdivisionFor(settings.degree, quadrature.order)) {
   if (orders.first != orders.second)
     gradientSources_.emplace(sourcePlan_, elements_, gradientShapes_, settings.leafQuadratureOrder,
                              settings.degree);

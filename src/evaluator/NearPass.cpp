@@ -6,31 +6,34 @@ namespace velmo::evaluator {
 
 namespace {
 
+using bem::Subdivision;
+
 /// Calls `visit` for all stretches of elements that meet a leaf's targets by quadrature, in order.
 template <class Visit>
 void forEachNearRun(const tree::FmmTree& tree, const SourcePlan& plan, tree::BoxIndex leaf,
-                    const Visit& visit) {
+                    Subdivision ofLarge, const Visit& visit) {
   for (const tree::BoxIndex source : tree.tree().boxes[leaf].positions(tree::ListKind::U))
-    visit(tree.tree().sourceRanges()[source]);
+    visit(tree.tree().sourceRanges()[source], Subdivision::PerTarget);
   if (plan.direct.runs.empty()) return;
   for (tree::BoxIndex box = leaf; box != tree::kNoBox; box = tree.tree().links().parent[box])
-    for (const tree::ObjectRange& run : plan.direct.of(box)) visit(run);
+    for (const tree::ObjectRange& run : plan.direct.of(box)) visit(run, ofLarge);
 }
 
 }  // namespace
 
 NearPass::NearPass(const tree::FmmTree& tree, const SourcePlan& plan,
-                   const bem::NearFieldQuadrature& quadrature)
-    : tree_(&tree), plan_(&plan), quadrature_(&quadrature) {
+                   const bem::NearFieldQuadrature& quadrature, Subdivision subdivision)
+    : tree_(&tree), plan_(&plan), quadrature_(&quadrature), subdivision_(subdivision) {
   const auto& boxes = tree.tree();
   std::vector<double> costs;
   for (const tree::BoxIndex leaf : boxes.nonHaloLeafPositions()) {
     if (!boxes.boxes[leaf].hasTargets()) continue;
     leaves_.push_back(leaf);
     double numSources = 0.0;
-    forEachNearRun(tree, plan, leaf, [&](const tree::ObjectRange& elements) {
-      numSources += static_cast<double>(elements.count);
-    });
+    forEachNearRun(tree, plan, leaf, subdivision,
+                   [&](const tree::ObjectRange& elements, Subdivision) {
+                     numSources += static_cast<double>(elements.count);
+                   });
     const double pairs = numSources * static_cast<double>(boxes.targetRanges()[leaf].count);
     numPairs_ += pairs;
     costs.push_back(pairs + 1.0);
@@ -46,9 +49,11 @@ void NearPass::apply(const bem::SourceCharges& forPotential, const bem::SourceCh
       const tree::BoxIndex leaf = leaves_[i];
       const auto [first, n] = tree_->tree().targetRanges()[leaf];
       bem::NearTask near(*quadrature_, coordinates.subspan(3 * first, 3 * n));
-      forEachNearRun(*tree_, *plan_, leaf, [&](const tree::ObjectRange& elements) {
-        near.run(elements.first, elements.first + elements.count, forPotential, forGradient);
-      });
+      forEachNearRun(*tree_, *plan_, leaf, subdivision_,
+                     [&](const tree::ObjectRange& elements, Subdivision how) {
+                       near.run(elements.first, elements.first + elements.count, forPotential,
+                                forGradient, how);
+                     });
       near.addTo(potential.subspan(first, n), field.subspan(3 * first, 3 * n));
     }
   });

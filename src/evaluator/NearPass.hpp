@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "bem/NearFieldQuadrature.hpp"
+#include "bem/NearTask.hpp"
 #include "evaluator/LeafTasks.hpp"
 #include "evaluator/SourcePlan.hpp"
 #include "tree/FmmTree.hpp"
@@ -18,8 +19,10 @@ namespace velmo::evaluator {
 /// the order of all additions is that of the lists.
 class NearPass {
  public:
+  /// Refers to all arguments.
+  /// @param subdivision of the elements that the plan sends directly
   NearPass(const tree::FmmTree& tree, const SourcePlan& plan,
-           const bem::NearFieldQuadrature& quadrature);
+           const bem::NearFieldQuadrature& quadrature, bem::Subdivision subdivision);
 
   /// Adds to the results of all targets, in sorted order.
   /// @param potential shape (numTargets)
@@ -34,6 +37,7 @@ class NearPass {
   const tree::FmmTree* tree_;
   const SourcePlan* plan_;
   const bem::NearFieldQuadrature* quadrature_;
+  bem::Subdivision subdivision_;
   std::vector<tree::BoxIndex> leaves_;  ///< with targets
   std::vector<LeafTask> tasks_;
   double numPairs_ = 0.0;
