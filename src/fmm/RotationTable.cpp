@@ -8,6 +8,7 @@
 #include "io/CheckedAccess.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
+#include "math/Constants.hpp"
 
 namespace velmo::fmm {
 
@@ -56,8 +57,6 @@ NormRatioTable::NormRatioTable(u64 degree) {
 namespace {
 
 using Complex = std::complex<double>;
-
-constexpr double kTwoPi = 6.283185307179586;
 
 double sign(u64 exponent) noexcept { return exponent % 2 == 0 ? 1.0 : -1.0; }
 
@@ -113,8 +112,8 @@ void RotationTable::registerPolar(double theta, const NormRatioTable& norms) {
   // The key is that of the angle as given, so that a negative one is found again.
   const AngleKey key = angleKey(theta);
   if (polar_.contains(key)) return;
-  if (theta < 0.0) theta += kTwoPi;
-  if (theta >= kTwoPi)
+  if (theta < 0.0) theta += math::kTwoPi;
+  if (theta >= math::kTwoPi)
     throw utility::DomainError(io::format("Angle theta out or range [0,2 pi) : {:f}", theta));
   const SmallWignerD w(degree_, theta);
   auto& families = polar_[key].families;
