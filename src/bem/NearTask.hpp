@@ -9,24 +9,37 @@
 namespace velmo::bem {
 
 /// The near field of one group of targets, the points of a leaf. Adds the fields of ranges of
-/// elements one after the other; one object per task, with all its workspace.
+/// elements one after the other; one object per task, with all its workspace, so that nothing is
+/// allocated per element or target.
 ///
-/// The order of the additions depends on the calls alone, so equal calls give equal bits.
+/// In a range, runs of elements that are far from all targets are one sum over point charges. An
+/// element with near targets gets its ordinary rule for the far ones and, for each near one, the
+/// cells of a quadtree: a cell is split while the target is at most minRelDist cell sizes away from
+/// its centre's image and the level is not the deepest. The root is always split.
+///
+/// The order of the additions depends on the calls alone, so equal calls give equal bits. One
+/// thread at a time; the quadrature is shared and must outlive the task.
 class NearTask {
  public:
-  /// @param targets coordinates, shape (numTargets, 3); copied
+  /// @param targets coordinates, shape (numTargets, 3), unit of the input; copied. None is allowed.
   NearTask(const NearFieldQuadrature& quadrature, std::span<const double> targets);
 
-  /// Adds potential and gradient of the elements [begin, end).
+  /// Adds potential and gradient of the elements [begin, end), ascending.
+  /// @param forPotential, forGradient charges of all elements as the quadrature makes them; may be
+  ///        the same object, and then the charges in the cells are computed once
   void run(u64 begin, u64 end, const SourceCharges& forPotential, const SourceCharges& forGradient);
 
-  /// Adds the sums to `potential`, shape (numTargets), and `gradient`, shape (numTargets, 3).
+  /// Adds the sums to `potential`, shape (numTargets), and `gradient`, shape (numTargets, 3). The
+  /// gradient has its own sign.
   void addTo(std::span<double> potential, std::span<double> gradient) const;
 
  private:
+  /// False only if no target can be near.
   [[nodiscard]] bool mayBeNear(u64 element) const noexcept;
+  /// The ordinary rules of [begin, end) at all targets.
   void addRegular(u64 begin, u64 end, const SourceCharges& forPotential,
                   const SourceCharges& forGradient);
+  /// One element: its ordinary rule at the targets of farMask_, cells at the others.
   void addSplit(u64 element, const SourceCharges& forPotential, const SourceCharges& forGradient);
   void addNear(u64 element, u64 target, CellCharges& charges, const CellCentres& centres);
   [[nodiscard]] PointCharges pointCharges(u64 begin, u64 end, const SourceCharges& forPotential,
@@ -40,9 +53,9 @@ class NearTask {
   std::vector<double> lanes_;  ///< x, y, z, potential and gradient, shape (7, numLanes)
   double lower_[3];            ///< box around the targets
   double upper_[3];
-  std::vector<std::uint8_t> farMask_;
-  std::vector<std::uint32_t> cells_;
-  std::vector<std::uint32_t> pending_;
+  std::vector<std::uint8_t> farMask_;   ///< bit l of entry g: target 8 g + l isn't near
+  std::vector<std::uint32_t> cells_;    ///< leaf cells of a subdivision
+  std::vector<std::uint32_t> pending_;  ///< cells to be split, while it is made
 };
 
 }  // namespace velmo::bem

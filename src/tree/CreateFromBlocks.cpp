@@ -11,8 +11,8 @@
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
 #include "thread/ParallelFor.hpp"
-#include "tree/BoundingBox.hpp"
 #include "tree/CompleteOctree.hpp"
+#include "tree/SortedIdentifiers.hpp"
 
 namespace velmo::tree {
 namespace {

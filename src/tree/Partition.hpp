@@ -10,12 +10,13 @@ namespace velmo::tree {
 /// Which stretch of the Morton curve belongs to which process. The program runs as one process, so
 /// there is one stretch, from the first identifier held to the last.
 ///
-/// Empty when made; a finalized partition doesn't change any more.
+/// Empty when made; a finalized partition doesn't change any more. The lists have one entry per
+/// process, in the order of their ranks.
 struct Partition {
-  std::vector<bits::Morton> first;  ///< first identifier of each process
-  std::vector<bits::Morton> last;   ///< last identifier of each process
+  std::vector<bits::Morton> first;  ///< first identifier of each process, of any level
+  std::vector<bits::Morton> last;   ///< last identifier of each process, included
   std::vector<bool> active;         ///< whether the process holds anything
-  bool finalized = false;
+  bool finalized = false;           ///< whether check() may be asked
 
   /// The finalized partition of one process; both identifiers are 0 for a process without any.
   [[nodiscard]] static Partition ofOneProcess(bits::Morton firstId, bits::Morton lastId) {
