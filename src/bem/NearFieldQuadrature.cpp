@@ -4,6 +4,7 @@
 #include "math/Constants.hpp"
 
 namespace velmo::bem {
+
 NearFieldQuadrature::NearFieldQuadrature(const grid::SurfaceElements& elements,
                                          const fe::ShapeFunList<2, 3>& forGradient,
                                          const fe::ShapeFunList<2, 3>& forPotential,
