@@ -1,6 +1,5 @@
 #include "bem/NearFieldQuadrature.hpp"
 
-#include "bem/ElementPoints.hpp"
 #include "math/Constants.hpp"
 
 namespace velmo::bem {

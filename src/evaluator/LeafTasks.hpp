@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "io/Types.hpp"
-#include "tree/BoxLinks.hpp"
 
 /// How the passes over leaves share their work: as tasks of the pool that take whole boxes.
 namespace velmo::evaluator {

@@ -1,6 +1,5 @@
 #include "fmm/RotationTable.hpp"
 
-#include <cmath>
 #include <string>
 
 #include "fmm/CoefficientIndex.hpp"
@@ -11,6 +10,24 @@
 #include "math/Constants.hpp"
 
 namespace velmo::fmm {
+namespace {
+
+using Complex = std::complex<double>;
+
+double sign(u64 exponent) noexcept { return exponent % 2 == 0 ? 1.0 : -1.0; }
+
+/// Appends row k of degree n of a matrix A(k, j) to both folded parts.
+template <class Matrix>
+void appendFolded(FoldedRotation& folded, u64 n, u64 k, const Matrix& a) {
+  for (u64 m = 0; m <= n; ++m) {
+    const double positive = a(k, static_cast<std::int64_t>(m));
+    const double negative = m == 0 ? 0.0 : sign(m) * a(k, -static_cast<std::int64_t>(m));
+    folded.real.push_back(positive + negative);
+    folded.imaginary.push_back(positive - negative);
+  }
+}
+
+}  // namespace
 
 PhaseTable::PhaseTable(u64 limit, double angle) : limit_(limit) {
   const auto n = static_cast<std::int64_t>(limit);
@@ -53,25 +70,6 @@ NormRatioTable::NormRatioTable(u64 degree) {
         squared(k, i) = ((k + i) % 2 == 0 ? 1.0 : -1.0) * std::sqrt(squared(k, i));
   }
 }
-
-namespace {
-
-using Complex = std::complex<double>;
-
-double sign(u64 exponent) noexcept { return exponent % 2 == 0 ? 1.0 : -1.0; }
-
-/// Appends row k of degree n of a matrix A(k, j) to both folded parts.
-template <class Matrix>
-void appendFolded(FoldedRotation& folded, u64 n, u64 k, const Matrix& a) {
-  for (u64 m = 0; m <= n; ++m) {
-    const double positive = a(k, static_cast<std::int64_t>(m));
-    const double negative = m == 0 ? 0.0 : sign(m) * a(k, -static_cast<std::int64_t>(m));
-    folded.real.push_back(positive + negative);
-    folded.imaginary.push_back(positive - negative);
-  }
-}
-
-}  // namespace
 
 RotationTable::RotationTable(u64 degree, std::span<const std::pair<double, double>> angles)
     : degree_(degree) {

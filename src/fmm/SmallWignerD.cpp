@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <limits>
-#include <vector>
 
 #include "fmm/CoefficientIndex.hpp"
 #include "io/Exception.hpp"

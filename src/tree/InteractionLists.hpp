@@ -5,7 +5,6 @@
 #include <span>
 #include <vector>
 
-#include "bits/MortonID.hpp"
 #include "io/Types.hpp"
 #include "tree/BoxLinks.hpp"
 
