@@ -46,10 +46,13 @@ class CellTable {
   [[nodiscard]] const CellCharges& charges() const noexcept { return charges_; }
 
  private:
+  /// Rows, lanes and room of the table.
   void layOut(u64 typeCode, const quad::QuadratureInterface<2>& rule,
               const fe::ShapeFunList<2, 3>& forPotential,
               const fe::ShapeFunList<2, 3>& forGradient);
+  /// Geometry basis at the image of the barycentre in every cell.
   void fillCentres(u64 typeCode);
+  /// Geometry basis and weighted shape functions at the rule points of every cell.
   void fillTable(u64 typeCode, const quad::QuadratureInterface<2>& rule,
                  const fe::ShapeFunList<2, 3>& forPotential,
                  const fe::ShapeFunList<2, 3>& forGradient);

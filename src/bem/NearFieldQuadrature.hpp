@@ -52,16 +52,18 @@ class NearFieldQuadrature {
 
   /// Distance in element sizes below which a target is near.
   [[nodiscard]] double minRelDist() const noexcept { return minRelDist_; }
+  /// The elements of the constructor.
   [[nodiscard]] const grid::SurfaceElements& elements() const noexcept { return *elements_; }
   /// The points of the ordinary rules.
   [[nodiscard]] const ElementPoints& points() const noexcept { return points_; }
 
-  /// The subdivision tables of the element's type.
+  /// The subdivision tables of the element's type. @pre element < elements().numElements()
   [[nodiscard]] const CellTable& cellTable(u64 element) const noexcept {
     return *tableOfElement_[element];
   }
 
-  /// The most cells that a subdivision can have.
+  /// The most cells that a subdivision can have: all those of the deepest level. Workspace for
+  /// cells has this size.
   [[nodiscard]] u64 maxLeafCells() const noexcept { return u64{1} << (2 * kSubdivisionLevels); }
 
   /// First coefficient of each element, shape (numElements + 1).
@@ -73,6 +75,7 @@ class NearFieldQuadrature {
   [[nodiscard]] SourceCharges potentialCharges(std::span<const double> coefficients) const;
 
  private:
+  /// The charges of a density of one of the two orders.
   [[nodiscard]] SourceCharges charges(u64 order, std::span<const double> coefficients) const;
 
   const grid::SurfaceElements* elements_;

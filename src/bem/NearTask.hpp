@@ -41,9 +41,12 @@ class NearTask {
                   const SourceCharges& forGradient);
   /// One element: its ordinary rule at the targets of farMask_, cells at the others.
   void addSplit(u64 element, const SourceCharges& forPotential, const SourceCharges& forGradient);
+  /// The cells of one element at one target; `charges` without its cells, which are found here.
   void addNear(u64 element, u64 target, CellCharges& charges, const CellCentres& centres);
+  /// The rule points of [begin, end) as one run of charges.
   [[nodiscard]] PointCharges pointCharges(u64 begin, u64 end, const SourceCharges& forPotential,
                                           const SourceCharges& forGradient) const noexcept;
+  /// The targets as the kernel takes them, with the sums so far.
   [[nodiscard]] TargetLanes targetLanes() noexcept;
 
   const NearFieldQuadrature* quadrature_;

@@ -13,7 +13,8 @@ namespace velmo::fmm {
 /// The pairs of all lists V whose sources have moments, sorted so that pairs with one direction
 /// follow each other.
 ///
-/// A direction is the offset from target to source in boxes of their level, each component in
+/// A conversion takes the multipole of a source box to the local expansion of a target box (M2L). A
+/// direction is the offset from target to source in boxes of their level, each component in
 /// [-3, 3]. Pairs of one direction share their rotation matrices, so they go through the loops
 /// eight at a time. The pairs are split into tasks by target box, so that tasks write different
 /// boxes; which boxes share a task depends on the tree alone. So does the order in which the

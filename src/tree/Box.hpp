@@ -12,7 +12,9 @@
 #include "tree/Orthant.hpp"
 
 /// The boxes of the multipole method: nodes of the octree with interaction lists and expansions.
-/// Lists and expansions lie elsewhere, in long arrays; a box holds where.
+/// Lists and expansions lie elsewhere, in long arrays; a box holds where. Boxes, lists and
+/// expansions are read by many threads at once; a pass that writes expansions gives each box to one
+/// thread.
 namespace velmo::fmm {
 
 /// What a box without lists reads as its lists. Nobody may add to it: who wants to add to a list
@@ -24,7 +26,7 @@ inline std::vector<bits::Morton> EmptyList;
 /// safe from any thread.
 class MortonList {
  public:
-  /// Forward, one identifier after the other.
+  /// Forward, one identifier after the other, by value. Iterators of one list can be compared.
   class Iterator {
    public:
     using value_type = bits::Morton;
@@ -98,19 +100,26 @@ class Orthant<3> : public tree::Orthant<3> {
   /// The lists as identifiers, for whoever asks about single boxes.
   /// @throws utility::RuntimeError "EmptyList has been resized!!!" when somebody added to the list
   ///   that boxes without lists share
+  ///
+  /// Leaves near this leaf, itself included; empty for a box with children.
   [[nodiscard]] MortonList listU() const { return identifiers_(tree::ListKind::U); }
+  /// Boxes of the same level, away from this box, whose parents are near its parent.
   [[nodiscard]] MortonList listV() const { return identifiers_(tree::ListKind::V); }
+  /// Finer boxes away from this leaf whose parents are near it; empty for a box with children.
   [[nodiscard]] MortonList listW() const { return identifiers_(tree::ListKind::W); }
+  /// Coarser leaves away from this box that are near its parent.
   [[nodiscard]] MortonList listX() const { return identifiers_(tree::ListKind::X); }
 
   /// A list as positions in the tree's boxes, in the same order: the form that the passes walk. The
-  /// tree owns the array.
+  /// tree owns the array. Asks nobody and throws nothing, so hot loops may call it.
   [[nodiscard]] std::span<const tree::BoxIndex> positions(tree::ListKind kind) const noexcept {
     if (table_ == nullptr) return {};
     return table_->lists[kind].of(index_);
   }
 
-  /// Gives the box its place in the tree's lists; `table` must outlive it.
+  /// Gives the box its place in the tree's lists; for the tree alone.
+  /// @param table must outlive the box and stay in place
+  /// @param index position of the box in the tree
   void setLists(const ListTable* table, tree::BoxIndex index) noexcept {
     table_ = table;
     index_ = index;
@@ -122,7 +131,7 @@ class Orthant<3> : public tree::Orthant<3> {
     return {positions(kind), table_ == nullptr ? nullptr : table_->ids.data()};
   }
 
-  const ListTable* table_ = nullptr;
+  const ListTable* table_ = nullptr;  ///< null before the tree has made its lists
   tree::BoxIndex index_ = tree::kNoBox;
 };
 

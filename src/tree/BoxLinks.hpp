@@ -31,7 +31,9 @@ struct BoxLinks {
   std::vector<std::uint8_t> childMask;  ///< bit k: child k exists
   std::vector<std::uint8_t> level;      ///< 0 to 21
 
+  /// Number of boxes.
   [[nodiscard]] BoxIndex size() const noexcept { return static_cast<BoxIndex>(ids.size()); }
+  /// Whether the box has no children. @pre box < size(), not checked
   [[nodiscard]] bool isLeaf(BoxIndex box) const noexcept { return childMask[box] == 0; }
 
   /// Position of child `k`: the first child plus the number of children before it.

@@ -51,13 +51,16 @@ class FmmTree {
   FmmTree(const grid::GridData& targets, const grid::GridData& sources, const Options& opts,
           int selector, comm::Comm communicator);
 
+  /// The communicator of the constructor.
   [[nodiscard]] comm::Comm comm() const noexcept { return distribution_.comm; }
+  /// Objects along the curve, with the permutations between their orders.
   [[nodiscard]] const ParticleDistribution& distribution() const noexcept { return distribution_; }
   /// Of all objects, elements by the mean of their vertices. Elements may reach out of it.
   [[nodiscard]] const geom::BoundingBox<3>& boundingBox() const noexcept {
     return distribution_.bbox;
   }
 
+  /// Topology and geometry of the sorted grids.
   [[nodiscard]] const TargetGrid& targetGrid() const noexcept { return targetGrid_; }
   [[nodiscard]] const SourceGrid& sourceGrid() const noexcept { return sourceGrid_; }
 
@@ -73,6 +76,7 @@ class FmmTree {
   [[nodiscard]] const Tree& tree() const noexcept { return tree_; }
   [[nodiscard]] Tree& tree() noexcept { return tree_; }
 
+  /// Points, and elements, of the grids handed in; all of them stand in the tree.
   [[nodiscard]] u64 numTargets() const noexcept { return targetOrder().size(); }
   [[nodiscard]] u64 numSources() const noexcept { return sourceOrder().size(); }
 
@@ -94,7 +98,8 @@ class FmmTree {
   }
 
   /// Centre of each box in the unit of the input, q size + min with q the centre in the unit cube;
-  /// three doubles per box. Boxes with equal q have bitwise equal centres in that axis.
+  /// three doubles per box, in the order of the boxes. Boxes with equal q have bitwise equal
+  /// centres in that axis, so a shift between them is exactly 0 there.
   [[nodiscard]] std::span<const double> centres() const noexcept { return centres_; }
 
  private:
@@ -105,9 +110,9 @@ class FmmTree {
   TargetGrid targetGrid_;
   SourceGrid sourceGrid_;
   Tree tree_;
-  std::vector<u64> targetIndex_;
-  std::vector<u64> sourceIndex_;
-  std::vector<double> centres_;
+  std::vector<u64> targetIndex_;  ///< inverse of targetOrder()
+  std::vector<u64> sourceIndex_;  ///< inverse of sourceOrder()
+  std::vector<double> centres_;   ///< shape (boxes, 3)
 };
 
 }  // namespace velmo::tree

@@ -26,7 +26,8 @@ enum class ListKind : std::size_t {
   X,  ///< coarser leaves away from B that are near B's parent: sources into B's local expansion
 };
 
-/// Runs of box positions, one run per box, in one long array.
+/// Runs of box positions, one run per box, in one long array: an empty list costs one offset, and a
+/// pass over all boxes reads the array from its begin to its end.
 struct BoxRuns {
   std::vector<u64> offsets{0};  ///< shape (boxes + 1)
   std::vector<BoxIndex> boxes;  ///< shape (offsets.back())
@@ -43,6 +44,7 @@ struct BoxRuns {
 struct InteractionLists {
   std::array<BoxRuns, 4> runs;  ///< in the order of ListKind
 
+  /// The lists of one kind of all boxes.
   [[nodiscard]] const BoxRuns& operator[](ListKind kind) const noexcept {
     return runs[static_cast<std::size_t>(kind)];
   }

@@ -31,6 +31,8 @@ class Orthant<3> {
  public:
   Orthant() = default;
   /// A leaf without flags.
+  /// @param first identifier of the first object inside
+  /// @param count objects inside, at least 1 in a tree; coarse blocks may be empty
   Orthant(bits::Morton cell, bits::Morton first, u64 count)
       : id(cell), firstObject(first), numObjects(count) {}
   Orthant(const Orthant&) = default;
@@ -39,6 +41,7 @@ class Orthant<3> {
   Orthant& operator=(Orthant&&) noexcept = default;
   virtual ~Orthant() = default;
 
+  /// Whether the orthant has no children. A leaf holds objects all the same.
   [[nodiscard]] bool isLeaf() const noexcept { return children.none(); }
   /// Whether the orthant belongs to another process, which none does with one process.
   [[nodiscard]] bool isHalo() const { return flags.test(kHaloBit); }

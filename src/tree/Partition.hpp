@@ -7,7 +7,8 @@
 
 namespace velmo::tree {
 
-/// Which stretch of the Morton curve belongs to which process. The program runs as one process, so
+/// Which stretch of the Morton curve belongs to which process: of the sorted objects, and of the
+/// tree, where the stretch is that of the occupied blocks. The program runs as one process, so
 /// there is one stretch, from the first identifier held to the last.
 ///
 /// Empty when made; a finalized partition doesn't change any more. The lists have one entry per
@@ -24,7 +25,8 @@ struct Partition {
   }
 
   /// The processes whose stretch overlaps `id`: the only one owns everything, whether inside the
-  /// stretch or not.
+  /// stretch or not. Any thread may ask.
+  /// @return ranks, ascending: {0}
   ///
   /// @throws utility::RuntimeError "velmo::tree::Partition::check not finalized"
   [[nodiscard]] std::vector<int> check(bits::Morton /*id*/) const {

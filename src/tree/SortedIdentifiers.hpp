@@ -6,6 +6,8 @@
 #include "bits/MortonID.hpp"
 #include "io/Types.hpp"
 
+/// Sorted lists of identifiers, the form in which the tree takes its objects: those of any cell are
+/// one stretch of such a list. Pure functions, safe from any thread.
 namespace velmo::tree {
 
 /// Identifiers along the Morton curve, and where each of them came from. Identifiers of level 21

@@ -52,10 +52,11 @@ class SrcTrgTree<fmm::Box<3>> {
   /// @throws utility::RuntimeError "Found more targets than objects in leaf", for either kind
   void mark(std::vector<bits::Morton> targets, std::vector<bits::Morton> sources);
 
-  /// Builds the interaction lists of all boxes. @pre mark() has run
+  /// Builds the interaction lists of all boxes and gives every box its place in them.
+  /// @pre mark() has run
   void makeLists();
 
-  /// Position of a box.
+  /// Position of a box in `boxes`.
   /// @throws utility::RuntimeError "Lookup tables has not been created"
   /// @throws std::out_of_range     "invalid unordered_map<K, T> key"
   [[nodiscard]] BoxIndex index(bits::Morton id) const;
@@ -90,9 +91,10 @@ class SrcTrgTree<fmm::Box<3>> {
 
   /// Parents, children and levels of the boxes, by position.
   [[nodiscard]] const BoxLinks& links() const noexcept { return links_; }
+  /// The stretch of the curve that belongs to the process.
   [[nodiscard]] const Partition& partition() const noexcept { return partition_; }
 
-  /// Identifiers of the sorted objects of one kind.
+  /// Identifiers of the sorted objects of one kind, of level 21, ascending.
   [[nodiscard]] std::span<const bits::Morton> sourceIds() const noexcept { return sourceIds_; }
   [[nodiscard]] std::span<const bits::Morton> targetIds() const noexcept { return targetIds_; }
 
@@ -105,7 +107,9 @@ class SrcTrgTree<fmm::Box<3>> {
   u64 numLevels = 0;               ///< deepest level plus 1; 0 for no boxes
 
  private:
+  /// Sets numLevels and levelBegins_ from the sorted boxes.
   void findLevels_();
+  /// Lists the leaves and says that they can be asked for.
   void findLeaves_();
   /// Ranges of all boxes in a sorted list of objects.
   [[nodiscard]] std::vector<ObjectRange> rangesOf_(std::span<const bits::Morton> ids) const;
@@ -122,6 +126,7 @@ class SrcTrgTree<fmm::Box<3>> {
   std::vector<bits::Morton> targetIds_;
   std::vector<ObjectRange> sourceRanges_;
   std::vector<ObjectRange> targetRanges_;
+  /// Null before makeLists().
   std::unique_ptr<fmm::ListTable> listTable_;  ///< at a fixed address: the boxes point to it
 };
 
