@@ -60,7 +60,7 @@ TEST(LeafData, RangesCoverEveryElementAndItsDofsOnce) {
       expectedDofs += world.tree.sourceData().elementTypes[k] == 203 ? 3 : 4;
     }
     const tree::ObjectRange dofs = world.dofs.of(leaf);
-    EXPECT_EQ(dofs.count, expectedDofs);
+    ASSERT_EQ(dofs.count, expectedDofs);
     for (u64 i = dofs.first; i < dofs.first + dofs.count; ++i) ++dofsMet[i];
   }
 
