@@ -16,6 +16,7 @@
 #include "tree/CompleteOctree.hpp"
 #include "tree/FmmTree.hpp"
 #include "tree/LocallyEssentialTree.hpp"
+#include "tree/SortedIdentifiers.hpp"
 #include "tree/SrcTrgTree.hpp"
 
 namespace {

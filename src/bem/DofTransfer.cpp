@@ -6,7 +6,6 @@
 
 #include "io/CheckedAccess.hpp"
 #include "io/Exception.hpp"
-#include "topo/Grid.hpp"
 
 namespace velmo::bem {
 namespace {

@@ -15,7 +15,8 @@ namespace velmo::bem {
 ///
 /// The products are those of every matrix between distributed vectors: they add to `out`, refuse a
 /// scattered `in` with utility::RuntimeError "ParVec is already scattered" and leave it unmarked.
-/// The transposed matrix is the inverse.
+/// The transposed matrix is the inverse. Vectors belong to the caller; a product changes the marks
+/// of `in` and runs on one thread.
 class DofTransfer final : public sparse::ParMatrixBase<double> {
  public:
   /// @param columnOfRow column of the entry of each row, a permutation of 0 to n - 1
@@ -28,8 +29,10 @@ class DofTransfer final : public sparse::ParMatrixBase<double> {
   /// The same: the entries are real.
   void matMultConjTrans(sparse::ParVec& in, sparse::ParVec& out, double alpha) const override;
   /// 1 where a row keeps its number, else 0.
+  /// @throws utility::RuntimeError "Provided storage too small"
   void getDiagonal(linalg::MatrixView<double, -1, 1, 1> out) const override;
 
+  /// The permutation itself, shape (rows).
   [[nodiscard]] const std::vector<u64>& columnOfRow() const noexcept { return columnOfRow_; }
 
  private:

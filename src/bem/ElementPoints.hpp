@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <span>
 #include <vector>
 
@@ -17,12 +16,15 @@ namespace velmo::bem {
 /// points of element e are those from `offsets[e]` to `offsets[e + 1]`.
 ///
 /// The points of neighbouring elements are neighbours in memory, so a range of elements is one run
-/// of point charges.
+/// of point charges. Unit of the input. Built once, read-only afterwards, shared by all threads.
 struct ElementPoints {
+  /// Point q of an element is sum over its nodes k of N_k(xi_q) x_k, with the geometric basis N at
+  /// the points xi_q of the rule of its shape.
+  /// @param elements, rules read here only
   ElementPoints(const grid::SurfaceElements& elements, const quad::SurfaceRuleSet& rules);
 
   std::vector<u64> offsets;  ///< shape (numElements + 1)
-  std::vector<double> x;
+  std::vector<double> x;     ///< shape (offsets.back()), as y and z
   std::vector<double> y;
   std::vector<double> z;
   u64 maxPointsPerElement = 0;
@@ -35,24 +37,29 @@ struct ElementPoints {
 
 /// Shape functions at the points of the elements' rules, row q multiplied by the weight of point q:
 /// what turns an element's coefficients into point charges. Views of shape (numPoints, numShapes),
-/// empty for a shape that no element has.
+/// column-major, empty for a shape that no element has. The cache that they come from owns them.
 struct WeightedShapes {
   linalg::MatrixView<const double> triangle;
   linalg::MatrixView<const double> quadrilateral;
 
+  /// The matrix of a shape. @pre it is a triangle or a quadrilateral, not checked
   [[nodiscard]] const linalg::MatrixView<const double>& of(topo::ReferenceType shape) const {
     return shape == topo::ReferenceType::Triangle ? triangle : quadrilateral;
   }
 };
 
 /// The matrices of a cache for the elements' shapes.
-/// @throws what fe::ShapeCache::matrix throws for an unknown order
+/// @param order of the density; the cache has been filled for it
+/// @throws utility::RuntimeError "Asking for the wrong cache" for another order
 [[nodiscard]] WeightedShapes weightedShapes(const fe::ShapeCache& cache, u64 order,
                                             const grid::SurfaceElements& elements);
 
 /// Point charges of a density at the rule points of all elements: charge q of an element is
-/// w_q sum over i of c_i phi_i(xi_q).
+/// w_q sum over i of c_i phi_i(xi_q). The sum over all charges is the total charge where the rule
+/// is exact for the shape functions.
+/// @param points       made for these elements with the rule of `shapes`
 /// @param coefficients element after element, as `dofOffsets` tells
+/// @return shape (points.offsets.back()), in the order of the points
 [[nodiscard]] std::vector<double> chargesAtPoints(const grid::SurfaceElements& elements,
                                                   const ElementPoints& points,
                                                   WeightedShapes shapes,

@@ -1,9 +1,9 @@
 #include "bem/NearFieldQuadrature.hpp"
 
-#include "bem/ElementPoints.hpp"
 #include "math/Constants.hpp"
 
 namespace velmo::bem {
+
 NearFieldQuadrature::NearFieldQuadrature(const grid::SurfaceElements& elements,
                                          const fe::ShapeFunList<2, 3>& forGradient,
                                          const fe::ShapeFunList<2, 3>& forPotential,

@@ -16,36 +16,55 @@ enum class Subdivision {
 };
 
 /// The near field of one group of targets, the points of a leaf. Adds the fields of ranges of
-/// elements one after the other; one object per task, with all its workspace.
+/// elements one after the other; one object per task, with all its workspace, so that nothing is
+/// allocated per element or target.
 ///
-/// The order of the additions depends on the calls alone, so equal calls give equal bits.
+/// In a range, runs of elements that are far from all targets are one sum over point charges. An
+/// element with near targets gets its ordinary rule for the far ones and, for each near one, the
+/// cells of a quadtree: a cell is split while the target is at most minRelDist cell sizes away from
+/// its centre's image and the level is not the deepest. The root is always split.
+///
+/// The order of the additions depends on the calls alone, so equal calls give equal bits. One
+/// thread at a time; the quadrature is shared and must outlive the task.
 class NearTask {
  public:
-  /// @param targets coordinates, shape (numTargets, 3); copied
+  /// @param targets coordinates, shape (numTargets, 3), unit of the input; copied. None is allowed.
   NearTask(const NearFieldQuadrature& quadrature, std::span<const double> targets);
 
-  /// Adds potential and gradient of the elements [begin, end).
+  /// Adds potential and gradient of the elements [begin, end), ascending.
+  /// @param forPotential, forGradient charges of all elements as the quadrature makes them; may be
+  ///        the same object, and then the charges in the cells are computed once
   void run(u64 begin, u64 end, const SourceCharges& forPotential, const SourceCharges& forGradient,
            Subdivision subdivision = Subdivision::PerTarget);
 
-  /// Adds the sums to `potential`, shape (numTargets), and `gradient`, shape (numTargets, 3).
+  /// Adds the sums to `potential`, shape (numTargets), and `gradient`, shape (numTargets, 3). The
+  /// gradient has its own sign.
   void addTo(std::span<double> potential, std::span<double> gradient) const;
 
  private:
+  /// False only if no target can be near.
   [[nodiscard]] bool mayBeNear(u64 element) const noexcept;
+  /// The ordinary rules of [begin, end) at all targets.
   void addRegular(u64 begin, u64 end, const SourceCharges& forPotential,
                   const SourceCharges& forGradient);
+  /// One element: its ordinary rule at the targets of farMask_, cells at the others.
   void addSplit(u64 element, const SourceCharges& forPotential, const SourceCharges& forGradient);
+  /// Whether the element marked last is near to the target.
   [[nodiscard]] bool isNear(u64 target) const noexcept {
     return (farMask_[target / math::kNumLanes] >> (target % math::kNumLanes) & 1U) == 0;
   }
+  /// The cells of one element at one target; `charges` without its cells, which are found here.
   void addNear(u64 element, u64 target, CellCharges& charges, const CellCentres& centres);
-  [[nodiscard]] CellCharges chargesOf(u64 element, const SourceCharges& forPotential,
-                                      const SourceCharges& forGradient) noexcept;
+  /// One element at all targets by one subdivision; false where that would not be good or cheap.
   [[nodiscard]] bool addShared(u64 element, const SourceCharges& forPotential,
                                const SourceCharges& forGradient);
+  /// Nodes and coefficients of an element for its table of cells.
+  [[nodiscard]] CellCharges chargesOf(u64 element, const SourceCharges& forPotential,
+                                      const SourceCharges& forGradient) noexcept;
+  /// The rule points of [begin, end) as one run of charges.
   [[nodiscard]] PointCharges pointCharges(u64 begin, u64 end, const SourceCharges& forPotential,
                                           const SourceCharges& forGradient) const noexcept;
+  /// The targets as the kernel takes them, with the sums so far.
   [[nodiscard]] TargetLanes targetLanes() noexcept;
 
   const NearFieldQuadrature* quadrature_;
@@ -55,11 +74,11 @@ class NearTask {
   std::vector<double> lanes_;  ///< x, y, z, potential and gradient, shape (7, numLanes)
   double lower_[3];            ///< box around the targets
   double upper_[3];
-  double radius_ = 0.0;  ///< half the diagonal of that box
-  std::vector<std::uint8_t> farMask_;
-  std::vector<std::uint32_t> cells_;
-  std::vector<std::uint32_t> pending_;
-  PlacedCharges shared_;
+  double radius_ = 0.0;                 ///< half the diagonal of that box
+  std::vector<std::uint8_t> farMask_;   ///< bit l of entry g: target 8 g + l isn't near
+  std::vector<std::uint32_t> cells_;    ///< leaf cells of a subdivision
+  std::vector<std::uint32_t> pending_;  ///< cells to be split, while it is made
+  PlacedCharges shared_;                ///< points of a subdivision that all targets share
 };
 
 }  // namespace velmo::bem

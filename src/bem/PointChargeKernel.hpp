@@ -12,8 +12,14 @@
 /// the factor 1 / (4 pi) belongs into the charges. A coinciding pair gives an infinite potential
 /// and a gradient that is no number, as a division by zero does.
 ///
+/// Lengths are in the unit of the input, the gradient is that with respect to the target.
+///
 /// Each loop is built for several instruction sets; the one to run is chosen once per process. They
-/// agree to a few units in the last place.
+/// agree to a few units in the last place. Lanes run over the targets and a charge is broadcast, so
+/// each target's sum is added in the order of the charges.
+///
+/// The structures are views: who fills them keeps the arrays alive. Nothing checks them. The loops
+/// neither allocate nor throw, and threads may run them at once on different targets.
 namespace velmo::bem {
 
 /// Point charges, component by component, shape (count) each.
@@ -28,7 +34,7 @@ struct PointCharges {
 
 /// Targets and their sums, component by component. All arrays have room for a multiple of
 /// `math::kNumLanes` entries, and `count` is such a multiple; the entries behind the last target
-/// hold any finite coordinates.
+/// hold any finite coordinates. Those get sums, too, which nobody reads.
 struct TargetLanes {
   const double* x = nullptr;
   const double* y = nullptr;
@@ -42,21 +48,23 @@ struct TargetLanes {
 
 /// Coefficients of one element with the rows of their weighted shape functions in a cell.
 struct Density {
-  u64 firstRow = 0;
-  u64 numShapes = 0;
+  u64 firstRow = 0;                      ///< of the shape functions in a cell's rows
+  u64 numShapes = 0;                     ///< functions of the element's shape
   const double* coefficients = nullptr;  ///< shape (numShapes), the kernel's factor included
 };
 
 /// The subdivision of one element as seen by one target: the leaf cells of the quadtree and what
 /// stands at their rule points. Every cell has `numRows` rows of `numLanes` doubles in `table`:
 /// first the geometry basis, one row per node, then the weighted shape functions of the potential
-/// and of the gradient, which are the same rows where both use one basis.
+/// and of the gradient, which are the same rows where both use one basis. Charge q of a cell is the
+/// sum over the shapes of coefficient times row, at position q: weights and the cell's share of the
+/// reference area are in the rows.
 struct CellCharges {
-  const double* table = nullptr;
-  u64 numLanes = 0;   ///< points per cell, padded to a multiple of the lanes
-  u64 numPoints = 0;  ///< points per cell
-  u64 numRows = 0;
-  u64 numNodes = 0;
+  const double* table = nullptr;  ///< shape (cells of all levels, numRows, numLanes)
+  u64 numLanes = 0;               ///< points per cell, padded to a multiple of the lanes
+  u64 numPoints = 0;              ///< points per cell
+  u64 numRows = 0;                ///< of a cell
+  u64 numNodes = 0;               ///< of the element
   const double* nodes = nullptr;  ///< coordinates of the element, shape (numNodes, 3)
   Density forPotential;
   Density forGradient;
@@ -67,10 +75,10 @@ struct CellCharges {
 /// The centres of all cells of the quadtree, level after level, each level in the order of its
 /// codes: node k's basis value at the centre of cell i is `basis[k * stride + i]`.
 struct CellCentres {
-  const double* basis = nullptr;
-  u64 stride = 0;
-  u64 numNodes = 0;
-  u64 maxLevel = 0;
+  const double* basis = nullptr;  ///< shape (numNodes, stride)
+  u64 stride = 0;                 ///< number of cells of all levels
+  u64 numNodes = 0;               ///< of the element
+  u64 maxLevel = 0;               ///< of the deepest cells
 };
 
 /// A target or centre with the size that distances are measured in.
@@ -81,13 +89,14 @@ struct SizedPoint {
   double size = 1.0;
 };
 
-/// Potential and gradient at one target.
+/// Potential and gradient at one target, the factors of the charges included.
 struct PotentialAndGradient {
   double potential = 0.0;
   double gradient[3] = {0.0, 0.0, 0.0};
 };
 
-/// The loops for one instruction set.
+/// The loops for one instruction set. `add` and `addMasked` add to the sums of the targets, the
+/// others give their result anew.
 struct PointChargeKernel {
   /// Adds all charges to all targets.
   void (*add)(const PointCharges&, const TargetLanes&);
@@ -96,7 +105,8 @@ struct PointChargeKernel {
   /// l.
   void (*addMasked)(const PointCharges&, const TargetLanes&, const std::uint8_t* mask);
 
-  /// Sets the bits of the targets with |x - centre| / size >= minRelDist; true if any is clear.
+  /// Sets the bits of the targets with |x - centre| / size >= minRelDist, and those where the ratio
+  /// is no number; true if any is clear. `mask` has count / 8 bytes.
   bool (*markFar)(const TargetLanes&, const SizedPoint& centre, double minRelDist,
                   std::uint8_t* mask);
 
@@ -104,17 +114,19 @@ struct PointChargeKernel {
   /// level L is split unless |x - y(centre)| / (2^-L size) > minRelDist or L is the deepest level.
   /// The root is split if the deepest level is above 0. `cells` has room for all cells of the
   /// deepest level, `pending` for as many.
-  /// @return number of cells found
+  /// `nodes` are those of the element, shape (numNodes, 3).
+  /// @return number of cells found; the cells are in no order that callers may rely on
   u64 (*leafCells)(const CellCentres&, const double* nodes, const SizedPoint& target,
                    double minRelDist, std::uint32_t* cells, std::uint32_t* pending);
 
-  /// The sum over all points of all cells at one target.
+  /// The sum over all points of all cells at one target; its `size` is not read.
   PotentialAndGradient (*sumOfCells)(const CellCharges&, const SizedPoint& target);
 };
 
-/// The loops for the instruction set of this machine.
+/// The loops for the instruction set of this machine, the same at every call.
 [[nodiscard]] const PointChargeKernel& pointChargeKernel() noexcept;
 
+/// The loops per instruction set, for their sources and pointChargeKernel() only.
 namespace detail_ {
 extern const PointChargeKernel kPointChargeBaseline;
 extern const PointChargeKernel kPointChargeAvx2;

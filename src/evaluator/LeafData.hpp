@@ -7,33 +7,48 @@
 #include "io/Types.hpp"
 #include "tree/SrcTrgTree.hpp"
 
+/// Elements and degrees of freedom by the identifier of their leaf.
+///
+/// The passes walk boxes by position and ask SrcTrgTree::sourceRanges for their elements. This is
+/// the view for whoever has an identifier in hand, a test or somebody at a debugger: each look-up
+/// is a bisection, and an identifier that isn't a leaf with sources is refused with a list of those
+/// that are. Read-only once made; look-ups may run on many threads.
 namespace velmo::evaluator {
 
-/// The elements of the leaves: each leaf with sources has a stretch of the sorted element list.
+/// The elements of the leaves: each leaf with sources has a stretch of the sorted element list, and
+/// each element stands in the stretch of one leaf.
 class LeafElements {
  public:
+  /// @param tree marked; copied from and not referred to
   explicit LeafElements(const tree::SrcTrgTree<fmm::Box<3>>& tree);
 
-  /// @throws utility::RuntimeError "LeafElements box <id> not found: " and all boxes
+  /// The leaf's stretch of the sorted elements; never empty.
+  /// @throws utility::RuntimeError "LeafElements box <id> not found: " and all leaves with sources,
+  ///   separated by blanks
   [[nodiscard]] tree::ObjectRange of(bits::Morton leaf) const;
 
-  /// Identifiers of the leaves, ascending.
+  /// Identifiers of the leaves with sources, ascending by plain value.
   [[nodiscard]] std::span<const bits::Morton> leaves() const noexcept { return leaves_; }
 
  private:
   std::vector<bits::Morton> leaves_;
-  std::vector<tree::ObjectRange> ranges_;
+  std::vector<tree::ObjectRange> ranges_;  ///< one per leaf, in their order
 };
 
-/// Degrees of freedom of the leaves, numbered from 0 in each leaf, element after element.
+/// Degrees of freedom of the leaves. Those of an element follow each other in the coefficient
+/// vector, and elements stand in sorted order, so those of a leaf are a stretch, too: number i of a
+/// leaf, counted from 0 element after element, is coefficient first + i.
 class LeafDofs {
  public:
-  /// @param bem::dofOffsets first coefficient of each sorted element and the end; refers to it
+  /// Refers to both, which must outlive it.
+  /// @param dofOffsets first coefficient of each sorted element and the end, shape
+  ///        (numElements + 1), as bem::dofOffsets gives it
   LeafDofs(const LeafElements& elements, std::span<const u64> dofOffsets)
       : elements_(&elements), dofOffsets_(dofOffsets) {}
 
   /// The leaf's stretch of the coefficient vector.
-  /// @throws utility::RuntimeError "LeafDofs box <id> not found: " and all boxes
+  /// @throws utility::RuntimeError "LeafDofs box <id> not found: " and all leaves with sources,
+  ///   separated by blanks
   [[nodiscard]] tree::ObjectRange of(bits::Morton leaf) const;
 
  private:

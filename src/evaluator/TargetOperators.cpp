@@ -5,6 +5,7 @@
 #include "math/Constants.hpp"
 
 namespace velmo::evaluator {
+
 TargetOperators::TargetOperators(const tree::FmmTree& tree, const SourcePlan& plan, u64 degree)
     : plan_(&plan), table_(fmm::requireDegree(degree)), higherTable_(degree + 1) {
   const std::span<const double> coordinates = tree.targetCoordinates();

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "fmm/CoefficientIndex.hpp"
-#include "math/InstructionSet.hpp"
 
 namespace velmo::fmm {
 

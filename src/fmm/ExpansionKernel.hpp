@@ -11,19 +11,25 @@
 ///
 /// Expansions stand in triangular storage, index(n, m) = n (n + 1) / 2 + m for 0 <= m <= n <= p, as
 /// interleaved real and imaginary parts. The harmonics and the meaning of the coefficients are
-/// those of `SolidHarmonics.hpp`. Every loop is built for several instruction sets; one is chosen
-/// per process. The value of a lane depends on that lane's input alone.
+/// those of `SolidHarmonics.hpp`, for the kernel 1 / |x - y|: no factor 1 / (4 pi) is in them.
+/// Lengths are in the unit of the input. Every loop is built for several instruction sets; one is
+/// chosen per process. The value of a lane depends on that lane's input alone.
+///
+/// The structures here are views: who fills them keeps the arrays alive. Nothing checks them. The
+/// loops neither allocate nor throw, and no two threads may write one array at a time.
 namespace velmo::fmm {
 
-/// Points with charges, or targets with sums, component by component.
+/// Points with charges, or targets with sums, component by component. No padding is asked for: the
+/// loops don't read behind the last point.
 struct ExpansionPoints {
-  const double* x = nullptr;
+  const double* x = nullptr;  ///< shape (count), as y and z
   const double* y = nullptr;
   const double* z = nullptr;
-  u64 count = 0;
+  u64 count = 0;  ///< 0 is allowed
 };
 
-/// Sums at targets, component by component; shape (count) each.
+/// Sums at targets, component by component; shape (count) each. The loops add to them. The gradient
+/// is that of the potential, with its own sign, per unit of length of the input.
 struct ExpansionSums {
   double* potential = nullptr;
   double* gradientX = nullptr;
@@ -32,15 +38,21 @@ struct ExpansionSums {
 };
 
 /// Factors of the harmonics' recursions for one degree, in the order in which the loops walk: m
-/// outer, n inner, n from m to p.
+/// outer, n inner, n from m to p. With R(n, m) = w q(n, m), w a multiple of (x + iy)^m,
+///
+///   q(n, m) = z f q(n - 1, m) - r^2 g q(n - 2, m),   q(m, m) = 1, q(m + 1, m) = z,
+///
+/// and the same for S with z / r^2 for z, 1 / r^2 for r^2 and q(m + 1, m) = (2m + 1) z / r^2. The
+/// factors f and g stand here. Read-only once made; one table serves all threads.
 class RecursionTable {
  public:
+  /// For the degree p.
   explicit RecursionTable(u64 degree);
 
   // Not inline: the sources for wider instruction sets must not emit code that others may link.
   [[nodiscard]] u64 degree() const noexcept;
 
-  /// Of R(n, m): (2n - 1) / (n^2 - m^2) and 1 / (n^2 - m^2), two per coefficient.
+  /// Of R(n, m): (2n - 1) / (n^2 - m^2) and 1 / (n^2 - m^2), two per coefficient; 0 for n = m.
   [[nodiscard]] const double* regular() const noexcept;
   /// Of S(n, m): (2n - 1) and (n - 1)^2 - m^2, two per coefficient.
   [[nodiscard]] const double* singular() const noexcept;
@@ -52,9 +64,19 @@ class RecursionTable {
 };
 
 /// Coefficients of a potential and of its three derivatives as the loops over targets walk them:
-/// per (m, n) four pairs of real and imaginary part, the factor e(m) included.
+/// per (m, n) four pairs of real and imaginary part, the factor e(m) included, in the order
+/// potential, d/dx, d/dy, d/dz; m outer and n inner, n from m to degree().
+///
+/// Derivatives of R lower the degree, those of S raise it:
+///   d/dx R(n, m) = (R(n - 1, m - 1) - R(n - 1, m + 1)) / 2
+///   d/dy R(n, m) = i (R(n - 1, m - 1) + R(n - 1, m + 1)) / 2,   d/dz R(n, m) = R(n - 1, m)
+/// and the same for S with n + 1 for n - 1 and a minus at d/dz. Collected by harmonic, they make
+/// the gradient of an expansion an expansion in the same harmonics.
+///
+/// Workspace of one thread: set for one expansion after the other, without allocation.
 class DerivedExpansion {
  public:
+  /// Room for expansions of degree p, which are read as arrays of (p + 1)(p + 2) / 2 coefficients.
   explicit DerivedExpansion(u64 degree);
 
   /// Local expansions: potential Re sum e(m) conj(R) L, derivatives of degree p - 1. The potential
@@ -66,8 +88,9 @@ class DerivedExpansion {
   void setMultipole(std::span<const std::complex<double>> forPotential,
                     std::span<const std::complex<double>> forGradient);
 
-  /// Degree up to which the loops walk: p or p + 1.
+  /// Degree up to which the loops walk: p for a local expansion, p + 1 for a multipole.
   [[nodiscard]] u64 degree() const noexcept;
+  /// The numbers, shape ((degree() + 1)(degree() + 2) / 2, 8); valid until the next set.
   [[nodiscard]] const double* data() const noexcept;
 
  private:
@@ -81,11 +104,12 @@ class DerivedExpansion {
   std::vector<std::complex<double>> padded_;  ///< coefficients of the gradient among zeros
 };
 
-/// Rotations and factors of one translation along a direction. Matrices are folded: block n at
-/// offset sum over j < n of (j + 1)^2, element (k, m) at k (n + 1) + m.
+/// Rotations and factors of one translation along a direction. Matrices are folded as in
+/// `RotationTable.hpp`: block n at offset sum over j < n of (j + 1)^2, element (k, m) at
+/// k (n + 1) + m. Forward takes the direction (theta, phi) to +z, backward takes +z to it.
 struct TranslationStep {
-  const double* forwardReal = nullptr;
-  const double* forwardImaginary = nullptr;
+  const double* forwardReal = nullptr;       ///< for the real parts of the coefficients
+  const double* forwardImaginary = nullptr;  ///< for their imaginary parts
   const double* backwardReal = nullptr;
   const double* backwardImaginary = nullptr;
   const std::complex<double>* phases = nullptr;  ///< e^(i m phi), m = 0 to p
@@ -94,16 +118,19 @@ struct TranslationStep {
   const double* scales = nullptr;
 };
 
-/// Up to eight expansions of one degree; lanes behind `count` are not read or written.
+/// Up to eight expansions of one degree p that take the same step; lanes behind `count` are not
+/// read or written. Where several share one `to`, they are added one after the other, in order.
 struct ExpansionBatch {
-  const std::complex<double>* from[math::kNumLanes] = {};
-  std::complex<double>* to[math::kNumLanes] = {};
-  u64 count = 0;
+  const std::complex<double>* from[math::kNumLanes] = {};  ///< (p + 1)(p + 2) / 2 coefficients each
+  std::complex<double>* to[math::kNumLanes] = {};          ///< the same
+  u64 count = 0;                                           ///< 1 to 8
 };
 
-/// The loops for one instruction set.
+/// The loops for one instruction set. `centre` is that of the expansion, three coordinates; the
+/// degree of an expansion is that of the table beside it where nothing else is said. `scratch` has
+/// translationScratch(degree) doubles, which need not be set before.
 struct ExpansionKernel {
-  /// multipole += sum of q R(y - centre).
+  /// multipole += sum of q R(y - centre). `charges` has one q per point.
   void (*pointsToMultipole)(const RecursionTable&, const ExpansionPoints&, const double* charges,
                             const double* centre, std::complex<double>* multipole, double* scratch);
 
@@ -111,12 +138,13 @@ struct ExpansionKernel {
   void (*pointsToLocal)(const RecursionTable&, const ExpansionPoints&, const double* charges,
                         const double* centre, std::complex<double>* local, double* scratch);
 
-  /// Adds scale times potential and gradient of a local expansion.
+  /// Adds scale times potential and gradient of a local expansion. The expansion was set by
+  /// setLocal; the scale is where the factor 1 / (4 pi) comes in.
   void (*localToPoints)(const RecursionTable&, const DerivedExpansion&, const double* centre,
                         double scale, const ExpansionPoints&, const ExpansionSums&);
 
-  /// Adds scale times potential and gradient of a multipole expansion; the table has its degree
-  /// + 1.
+  /// Adds scale times potential and gradient of a multipole expansion, set by setMultipole; the
+  /// table has its degree + 1. A target at the centre gets values that aren't finite.
   void (*multipoleToPoints)(const RecursionTable&, const DerivedExpansion&, const double* centre,
                             double scale, const ExpansionPoints&, const ExpansionSums&);
 
@@ -141,9 +169,10 @@ struct ExpansionKernel {
   return 2 * (degree + 1) * (degree + 2) * math::kNumLanes;
 }
 
-/// The loops for the instruction set of this machine.
+/// The loops for the instruction set of this machine, the same at every call.
 [[nodiscard]] const ExpansionKernel& expansionKernel() noexcept;
 
+/// The loops per instruction set, for their sources and expansionKernel() only.
 namespace detail_ {
 extern const ExpansionKernel kExpansionBaseline;
 extern const ExpansionKernel kExpansionAvx2;

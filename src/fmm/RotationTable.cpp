@@ -1,6 +1,5 @@
 #include "fmm/RotationTable.hpp"
 
-#include <cmath>
 #include <string>
 
 #include "fmm/CoefficientIndex.hpp"
@@ -8,8 +7,27 @@
 #include "io/CheckedAccess.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
+#include "math/Constants.hpp"
 
 namespace velmo::fmm {
+namespace {
+
+using Complex = std::complex<double>;
+
+double sign(u64 exponent) noexcept { return exponent % 2 == 0 ? 1.0 : -1.0; }
+
+/// Appends row k of degree n of a matrix A(k, j) to both folded parts.
+template <class Matrix>
+void appendFolded(FoldedRotation& folded, u64 n, u64 k, const Matrix& a) {
+  for (u64 m = 0; m <= n; ++m) {
+    const double positive = a(k, static_cast<std::int64_t>(m));
+    const double negative = m == 0 ? 0.0 : sign(m) * a(k, -static_cast<std::int64_t>(m));
+    folded.real.push_back(positive + negative);
+    folded.imaginary.push_back(positive - negative);
+  }
+}
+
+}  // namespace
 
 PhaseTable::PhaseTable(u64 limit, double angle) : limit_(limit) {
   const auto n = static_cast<std::int64_t>(limit);
@@ -53,27 +71,6 @@ NormRatioTable::NormRatioTable(u64 degree) {
   }
 }
 
-namespace {
-
-using Complex = std::complex<double>;
-
-constexpr double kTwoPi = 6.283185307179586;
-
-double sign(u64 exponent) noexcept { return exponent % 2 == 0 ? 1.0 : -1.0; }
-
-/// Appends row k of degree n of a matrix A(k, j) to both folded parts.
-template <class Matrix>
-void appendFolded(FoldedRotation& folded, u64 n, u64 k, const Matrix& a) {
-  for (u64 m = 0; m <= n; ++m) {
-    const double positive = a(k, static_cast<std::int64_t>(m));
-    const double negative = m == 0 ? 0.0 : sign(m) * a(k, -static_cast<std::int64_t>(m));
-    folded.real.push_back(positive + negative);
-    folded.imaginary.push_back(positive - negative);
-  }
-}
-
-}  // namespace
-
 RotationTable::RotationTable(u64 degree, std::span<const std::pair<double, double>> angles)
     : degree_(degree) {
   const NormRatioTable norms(degree);
@@ -113,8 +110,8 @@ void RotationTable::registerPolar(double theta, const NormRatioTable& norms) {
   // The key is that of the angle as given, so that a negative one is found again.
   const AngleKey key = angleKey(theta);
   if (polar_.contains(key)) return;
-  if (theta < 0.0) theta += kTwoPi;
-  if (theta >= kTwoPi)
+  if (theta < 0.0) theta += math::kTwoPi;
+  if (theta >= math::kTwoPi)
     throw utility::DomainError(io::format("Angle theta out or range [0,2 pi) : {:f}", theta));
   const SmallWignerD w(degree_, theta);
   auto& families = polar_[key].families;

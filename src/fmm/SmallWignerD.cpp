@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <limits>
-#include <vector>
 
 #include "fmm/CoefficientIndex.hpp"
 #include "io/Exception.hpp"
@@ -13,10 +12,10 @@ namespace velmo::fmm {
 namespace {
 
 using math::kPi;
+using math::kTwoPi;
 
 constexpr double kHalfPi = 1.5707963267948966;
 constexpr double kThreeHalfPi = 4.71238898038469;
-constexpr double kTwoPi = 6.283185307179586;
 
 double sign(std::int64_t exponent) noexcept { return exponent % 2 == 0 ? 1.0 : -1.0; }
 

@@ -13,28 +13,42 @@ namespace velmo::fmm {
 /// The pairs of all lists V whose sources have moments, sorted so that pairs with one direction
 /// follow each other.
 ///
-/// A direction is the offset from target to source in boxes of their level, each component in
-/// [-3, 3]. The pairs are split into tasks by target box, so that tasks write different boxes;
-/// which boxes share a task depends on the tree alone.
+/// A conversion takes the multipole of a source box to the local expansion of a target box (M2L). A
+/// direction is the offset from target to source in boxes of their level, each component in
+/// [-3, 3]. Pairs of one direction share their rotation matrices, so they go through the loops
+/// eight at a time. The pairs are split into tasks by target box, so that tasks write different
+/// boxes; which boxes share a task depends on the tree alone. So does the order in which the
+/// conversions of a box are added: by direction number.
+///
+/// A list V has at most 189 boxes, and a pair takes 12 bytes: on large trees this is one of the
+/// larger tables. Built once, read-only afterwards, also by many threads.
 struct TransferPlan {
+  /// One conversion. Both boxes are positions in the tree's boxes and of the same level.
   struct Pair {
-    tree::BoxIndex target;
-    tree::BoxIndex source;
-    std::uint32_t direction;
+    tree::BoxIndex target;    ///< whose local expansion receives
+    tree::BoxIndex source;    ///< whose multipole is converted
+    std::uint32_t direction;  ///< number of the offset from target to source
   };
+  /// The pairs [firstPair, endPair) of one level, sorted by direction, then by target. Every target
+  /// box has all its pairs in one task.
   struct Task {
     u64 firstPair = 0;
     u64 endPair = 0;
     u64 level = 0;
   };
 
+  /// Largest component of an offset: the parents are neighbours, so the boxes are at most three
+  /// apart.
   static constexpr int kReach = 3;
-  static constexpr u64 kNumDirections = 343;
+  static constexpr u64 kNumDirections = 343;  ///< (2 kReach + 1)^3, the zero offset included
 
+  /// Number of an offset: with a = 2 kReach + 1, ((z + kReach) a + y + kReach) a + x + kReach.
+  /// @pre each component lies in [-kReach, kReach], not checked
   [[nodiscard]] static constexpr std::uint32_t directionNumber(int x, int y, int z) noexcept {
     constexpr int kWidth = 2 * kReach + 1;
     return static_cast<std::uint32_t>(((z + kReach) * kWidth + y + kReach) * kWidth + x + kReach);
   }
+  /// The offset (x, y, z) of a direction number: the inverse of directionNumber.
   [[nodiscard]] static constexpr std::array<int, 3> offsetOf(u64 direction) noexcept {
     constexpr int kWidth = 2 * kReach + 1;
     const int d = static_cast<int>(direction);
@@ -42,11 +56,12 @@ struct TransferPlan {
   }
 
   TransferPlan() = default;
-  /// @param hasMoments per box: 0 for a source whose multipole is zero and need not be converted
+  /// @param tree       with its lists made; not referred to afterwards
+  /// @param hasMoments shape (boxes): 0 for a box whose multipole is zero and need not be converted
   TransferPlan(const tree::SrcTrgTree<Box<3>>& tree, std::span<const std::uint8_t> hasMoments);
 
-  std::vector<Pair> pairs;
-  std::vector<Task> tasks;
+  std::vector<Pair> pairs;  ///< of all tasks, task after task
+  std::vector<Task> tasks;  ///< in ascending order of levels and targets
 };
 
 }  // namespace velmo::fmm

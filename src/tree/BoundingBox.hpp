@@ -14,10 +14,11 @@ namespace velmo::geom {
 template <std::size_t Dim>
 class BoundingBox;
 
-/// Smallest and largest coordinates of a cloud of points. The octree's root cube is anchored at
-/// `min` and has the edge size().
+/// Smallest and largest coordinates of a cloud of points, in the unit of the input. The octree's
+/// root cube is anchored at `min` and has the edge size().
 ///
-/// Fill it once with reduce(); before that it can't be read, after that it can't change.
+/// Fill it once with reduce(); before that it can't be read, after that it can't change and may be
+/// read by any number of threads.
 template <>
 class BoundingBox<3> {
  public:
@@ -34,8 +35,9 @@ class BoundingBox<3> {
   /// @throws utility::RuntimeError "BBox has not been reduced"
   [[nodiscard]] double size() const;
 
-  bool reduced = false;
-  u64 count = 0;  ///< points taken in
+  bool reduced = false;  ///< whether reduce() has run
+  u64 count = 0;         ///< points taken in
+  /// Largest and smallest x, y, z; without points the lowest and the largest double.
   std::array<double, 3> max = filled(std::numeric_limits<double>::lowest());
   std::array<double, 3> min = filled(std::numeric_limits<double>::max());
 
@@ -54,17 +56,9 @@ namespace velmo::tree {
 ///
 /// @param coordinates x, y, z of each point, inside the box
 /// @param box         reduced
+/// @return one identifier per point, in the order of the points
+/// @throws utility::RuntimeError "BBox has not been reduced"
 [[nodiscard]] std::vector<bits::Morton> pointIdentifiers(std::span<const double> coordinates,
                                                          const geom::BoundingBox<3>& box);
-
-/// Identifiers along the Morton curve, and where each of them came from.
-struct SortedIdentifiers {
-  std::vector<bits::Morton> ids;  ///< ascending by plain value
-  std::vector<u64> order;         ///< ids[k] was at place order[k] of the input
-};
-
-/// Sorts by plain value; equal identifiers keep the order of the input, so that the result depends
-/// on nothing else. A radix sort, linear in time.
-[[nodiscard]] SortedIdentifiers sortIdentifiers(std::span<const bits::Morton> ids);
 
 }  // namespace velmo::tree

@@ -11,15 +11,22 @@
 #include "tree/InteractionLists.hpp"
 #include "tree/Orthant.hpp"
 
+/// The boxes of the multipole method: nodes of the octree with interaction lists and expansions.
+/// Lists and expansions lie elsewhere, in long arrays; a box holds where. Boxes, lists and
+/// expansions are read by many threads at once; a pass that writes expansions gives each box to one
+/// thread.
 namespace velmo::fmm {
 
 /// What a box without lists reads as its lists. Nobody may add to it: who wants to add to a list
 /// must first have given the box one of its own.
 inline std::vector<bits::Morton> EmptyList;
 
-/// A list of a box, read as identifiers. They are looked up from the positions, not stored again.
+/// A list of a box, read as identifiers, ascending by plain value. They are looked up from the
+/// positions, not stored again. A view, valid as long as the tree that holds the list; reading is
+/// safe from any thread.
 class MortonList {
  public:
+  /// Forward, one identifier after the other, by value. Iterators of one list can be compared.
   class Iterator {
    public:
     using value_type = bits::Morton;
@@ -48,11 +55,14 @@ class MortonList {
     const bits::Morton* ids_ = nullptr;
   };
 
+  /// @param positions of the list's boxes in the list of all boxes
+  /// @param ids       of all boxes; may be null for an empty list
   MortonList(std::span<const tree::BoxIndex> positions, const bits::Morton* ids) noexcept
       : positions_(positions), ids_(ids) {}
 
   [[nodiscard]] std::size_t size() const noexcept { return positions_.size(); }
   [[nodiscard]] bool empty() const noexcept { return positions_.empty(); }
+  /// Identifier `i`. @pre i < size(), not checked
   [[nodiscard]] bits::Morton operator[](std::size_t i) const noexcept {
     return ids_[positions_[i]];
   }
@@ -66,9 +76,9 @@ class MortonList {
   const bits::Morton* ids_;
 };
 
-/// Lists of all boxes with the identifiers that they refer to.
+/// Lists of all boxes with the identifiers that they refer to. One per tree, which owns it.
 struct ListTable {
-  std::span<const bits::Morton> ids;  ///< of all boxes; the tree owns them
+  std::span<const bits::Morton> ids;  ///< of all boxes, shape (boxes); the tree owns them
   tree::InteractionLists lists;
 };
 
@@ -76,7 +86,11 @@ template <std::size_t Dim>
 class Orthant;
 
 /// Orthant with its interaction lists, each sorted. The lists lie in the tree; they are empty until
-/// the tree has made them.
+/// the tree has made them, and don't change afterwards. What the four hold stands at
+/// tree::ListKind.
+///
+/// The lists take two words in the box, however long they are. A copy refers to the lists of the
+/// same tree.
 template <>
 class Orthant<3> : public tree::Orthant<3> {
  public:
@@ -84,19 +98,28 @@ class Orthant<3> : public tree::Orthant<3> {
   explicit Orthant(const tree::Orthant<3>& orthant) : tree::Orthant<3>(orthant) {}
 
   /// The lists as identifiers, for whoever asks about single boxes.
-  /// @throws utility::RuntimeError "EmptyList has been resized!!!"
+  /// @throws utility::RuntimeError "EmptyList has been resized!!!" when somebody added to the list
+  ///   that boxes without lists share
+  ///
+  /// Leaves near this leaf, itself included; empty for a box with children.
   [[nodiscard]] MortonList listU() const { return identifiers_(tree::ListKind::U); }
+  /// Boxes of the same level, away from this box, whose parents are near its parent.
   [[nodiscard]] MortonList listV() const { return identifiers_(tree::ListKind::V); }
+  /// Finer boxes away from this leaf whose parents are near it; empty for a box with children.
   [[nodiscard]] MortonList listW() const { return identifiers_(tree::ListKind::W); }
+  /// Coarser leaves away from this box that are near its parent.
   [[nodiscard]] MortonList listX() const { return identifiers_(tree::ListKind::X); }
 
-  /// A list as positions in the tree's boxes, in the same order: the form that the passes walk.
+  /// A list as positions in the tree's boxes, in the same order: the form that the passes walk. The
+  /// tree owns the array. Asks nobody and throws nothing, so hot loops may call it.
   [[nodiscard]] std::span<const tree::BoxIndex> positions(tree::ListKind kind) const noexcept {
     if (table_ == nullptr) return {};
     return table_->lists[kind].of(index_);
   }
 
-  /// Gives the box its place in the tree's lists; `table` must outlive it.
+  /// Gives the box its place in the tree's lists; for the tree alone.
+  /// @param table must outlive the box and stay in place
+  /// @param index position of the box in the tree
   void setLists(const ListTable* table, tree::BoxIndex index) noexcept {
     table_ = table;
     index_ = index;
@@ -108,21 +131,27 @@ class Orthant<3> : public tree::Orthant<3> {
     return {positions(kind), table_ == nullptr ? nullptr : table_->ids.data()};
   }
 
-  const ListTable* table_ = nullptr;
+  const ListTable* table_ = nullptr;  ///< null before the tree has made its lists
   tree::BoxIndex index_ = tree::kNoBox;
 };
 
 template <std::size_t Dim>
 class Box;
 
-/// Orthant with its expansions: one row per coefficient, one column per density column. The views
-/// point into storage of the evaluator.
+/// Orthant with its expansions about its centre: one row per coefficient, in triangular order, and
+/// one column per density, column-major. Shape ((p + 1)(p + 2) / 2, number of densities).
+///
+/// The views point into storage of the evaluator, which sets them; they are empty before.
+/// Expansions are those of the kernel 1 / |x - y| in the unit of the input, without the factor 1 /
+/// (4 pi). Passes write different boxes on different threads.
 template <>
 class Box<3> : public Orthant<3> {
  public:
   using Orthant<3>::Orthant;
 
+  /// Field of the box's sources at points far from the box.
   linalg::MatrixView<std::complex<double>> multipole;
+  /// Field inside the box of sources that are far from it.
   linalg::MatrixView<std::complex<double>> local;
 };
 

@@ -8,11 +8,13 @@
 
 namespace velmo::tree {
 
-/// Makes a list of orthants, sorted by their first corners, free of overlaps.
+/// Makes a list of orthants, sorted by their first corners, free of overlaps. Two orthants overlap
+/// when they are equal or one holds the other.
 struct RemoveOverlaps {
   /// Keeps of each chain of nested orthants the deepest one. An orthant goes when it is the root or
   /// overlaps the one behind it; the last one stays.
   ///
+  /// Fewer than two orthants stay as they are.
   /// @throws utility::LogicError "RemoveOverlaps: orthants not sorted according their Morton ID"
   static void apply(std::vector<Orthant<3>>& orthants);
 
@@ -24,16 +26,15 @@ struct RemoveOverlaps {
   [[nodiscard]] static bool check(std::span<const Orthant<3>> orthants);
 };
 
-/// Coarse blocks that cover the unit cube without overlap: where the octree starts to refine.
-
 /// The coarsest cells that lie strictly between `a` and `b` on the Morton curve, sorted along it.
-/// Empty when `a` holds `b`.
+/// Empty when `a` holds `b`. Any levels; at most seven cells per level come out on either side.
 ///
 /// @throws utility::RuntimeError "Input morton IDs are identical: not allowed",
 ///         "Violation of prerequisite <a> < <b>" when `a` isn't before `b`
 [[nodiscard]] std::vector<bits::Morton> completeRegion(bits::Morton a, bits::Morton b);
 
-/// Fills the gaps between the given cells, and before and behind them, with coarsest cells.
+/// Fills the gaps between the given cells, and before and behind them, with coarsest cells. Such a
+/// cover is what the octree starts to refine from. No keys count as the first cell of level 21.
 ///
 /// @param keys            sorted by their first corners; overlaps are removed from this list
 /// @param activeProcesses one flag per process that holds anything

@@ -3,19 +3,19 @@
 #include <algorithm>
 #include <iostream>
 #include <iterator>
-#include <span>
 #include <string>
-#include <utility>
 
-#include "bits/MortonID.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
 #include "thread/ParallelFor.hpp"
-#include "tree/BoundingBox.hpp"
 #include "tree/CompleteOctree.hpp"
+#include "tree/SortedIdentifiers.hpp"
 
 namespace velmo::tree {
 namespace {
+
+using bits::Morton;
+using Blocks = std::vector<Orthant<3>>;
 
 bool isFineEnough(const Orthant<3>& node, const Options& opts) {
   return opts.adaptive ? node.numObjects <= opts.leafSize
@@ -23,19 +23,18 @@ bool isFineEnough(const Orthant<3>& node, const Options& opts) {
 }
 
 /// @param points those inside the node
-void refine(std::size_t node, std::span<const bits::Morton> points, Forest& forest,
-            const Options& opts) {
+void refine(std::size_t node, std::span<const Morton> points, Forest& forest, const Options& opts) {
   if (isFineEnough(forest.nodes[node], opts)) return;
-  const bits::Morton id = forest.nodes[node].id;
+  const Morton id = forest.nodes[node].id;
   const int childLevel = id.level() + 1;
-  if (childLevel > bits::Morton::kMaxLevel) {
+  if (childLevel > Morton::kMaxLevel) {
     forest.overfull.push_back(forest.nodes[node].numObjects);
     return;
   }
   for (unsigned k = 0; k < 8 && !points.empty(); ++k) {
-    const bits::Morton child = id.child(k);
+    const Morton child = id.child(k);
     const auto end = std::ranges::partition_point(
-        points, [=](bits::Morton point) { return point.atLevel(childLevel) <= child; });
+        points, [=](Morton point) { return point.atLevel(childLevel) <= child; });
     const auto inside = points.first(static_cast<std::size_t>(end - points.begin()));
     if (inside.empty()) continue;
     points = points.subspan(inside.size());
@@ -44,20 +43,6 @@ void refine(std::size_t node, std::span<const bits::Morton> points, Forest& fore
     refine(forest.nodes.size() - 1, inside, forest, opts);
   }
 }
-
-}  // namespace
-
-void createSubtree(const Orthant<3>& block, std::span<const bits::Morton> points, Forest& forest,
-                   const Options& opts) {
-  forest.blocks.push_back(forest.nodes.size());
-  forest.nodes.push_back(block);
-  refine(forest.nodes.size() - 1, pointsInside(block.id, points), forest, opts);
-}
-
-namespace {
-
-using bits::Morton;
-using Blocks = std::vector<Orthant<3>>;
 
 std::string describeEmpty(const Blocks& blocks, std::span<const Forest> forests) {
   std::string text = "velmo::tree::CreateFromBlocks: Error - block-pointers empty!\n";
@@ -153,6 +138,13 @@ void warnOfOverfullLeaves(std::span<const u64> counts) {
 }
 
 }  // namespace
+
+void createSubtree(const Orthant<3>& block, std::span<const Morton> points, Forest& forest,
+                   const Options& opts) {
+  forest.blocks.push_back(forest.nodes.size());
+  forest.nodes.push_back(block);
+  refine(forest.nodes.size() - 1, pointsInside(block.id, points), forest, opts);
+}
 
 std::vector<Orthant<3>> CreateFromBlocks<3>::apply(const Blocks& blocks,
                                                    const std::vector<Morton>& points,

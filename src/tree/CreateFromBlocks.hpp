@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <span>
 #include <vector>
@@ -12,25 +11,19 @@
 
 namespace velmo::tree {
 
-/// What one task of the tree's construction makes.
+/// What one task of the tree's construction makes. Each task has its own; they are joined in the
+/// order of their blocks.
 struct Forest {
-  std::vector<Orthant<3>> nodes;
+  std::vector<Orthant<3>> nodes;    ///< each before its children, child after child
   std::vector<std::size_t> blocks;  ///< places of the refined blocks in `nodes`, in block order
   std::vector<u64> overfull;        ///< point counts of the leaves that level 21 stopped
 };
 
-/// The points inside `cell`, from a sorted list.
-[[nodiscard]] inline std::span<const bits::Morton> pointsInside(
-    bits::Morton cell, std::span<const bits::Morton> points) noexcept {
-  const auto [first, end] =
-      std::equal_range(points.begin(), points.end(), cell, bits::TruncatedLess());
-  return {first, end};
-}
-
-/// Adds a block and everything below it to the forest.
+/// Adds a block and everything below it to the forest: a node with too many points gets a child for
+/// each of its eight cells that holds points, and so on down.
 ///
 /// @param block  with the count of its points
-/// @param points all points of the tree, sorted
+/// @param points all points of the tree, sorted by plain value
 void createSubtree(const Orthant<3>& block, std::span<const bits::Morton> points, Forest& forest,
                    const Options& opts);
 
@@ -43,9 +36,10 @@ struct CreateFromBlocks<3> {
   /// All orthants that hold points, inner ones and leaves, sorted by plain value.
   ///
   /// Blocks are refined by the workers of the pool, each range of blocks by one task; the result
-  /// doesn't depend on their number. An adaptive tree refines an orthant that holds more than
-  /// `leafSize` points, another one an orthant above level `maxLevel`. Points that still share a
-  /// cell of level 21 stay together in one leaf, with a warning on the error stream.
+  /// doesn't depend on their number. The nodes between the root and the blocks are added at last.
+  /// An adaptive tree refines an orthant that holds more than `leafSize` points, another one an
+  /// orthant above level `maxLevel`. Points that still share a cell of level 21 stay together in
+  /// one leaf, with a warning on the error stream.
   ///
   /// @param blocks sorted by their first corners, without overlap, with the count of their points;
   ///               those without points are skipped

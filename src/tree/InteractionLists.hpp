@@ -5,7 +5,6 @@
 #include <span>
 #include <vector>
 
-#include "bits/MortonID.hpp"
 #include "io/Types.hpp"
 #include "tree/BoxLinks.hpp"
 
@@ -15,6 +14,11 @@ namespace velmo::tree {
 ///
 /// Near means adjacent, touching or overlapping. Every source is met exactly once by every target,
 /// in U or W of the target's leaf or in V or X of the leaf or one of its ancestors.
+///
+/// Where all boxes hold sources and targets, W and X are each other's reverse: A stands in W of a
+/// leaf B exactly if B stands in X of A.
+/// Source: Carrier, Greengard and Rokhlin, A fast adaptive multipole algorithm for particle
+/// simulations (1988), whose lists 1 to 4 these are.
 enum class ListKind : std::size_t {
   U,  ///< B a leaf: leaves near B, itself included; evaluated directly
   V,  ///< boxes of B's level away from B whose parents are near B's parent: M2L
@@ -22,27 +26,32 @@ enum class ListKind : std::size_t {
   X,  ///< coarser leaves away from B that are near B's parent: sources into B's local expansion
 };
 
-/// Runs of box positions, one run per box, in one long array.
+/// Runs of box positions, one run per box, in one long array: an empty list costs one offset, and a
+/// pass over all boxes reads the array from its begin to its end.
 struct BoxRuns {
   std::vector<u64> offsets{0};  ///< shape (boxes + 1)
-  std::vector<BoxIndex> boxes;
+  std::vector<BoxIndex> boxes;  ///< shape (offsets.back())
 
+  /// The run of a box, a view. @pre box + 1 < offsets.size(), not checked
   [[nodiscard]] std::span<const BoxIndex> of(BoxIndex box) const noexcept {
     return {boxes.data() + offsets[box], static_cast<std::size_t>(offsets[box + 1] - offsets[box])};
   }
 };
 
 /// Interaction lists of all boxes as positions, each list ascending. Boxes without targets and halo
-/// boxes have empty lists; only boxes with sources stand in lists.
+/// boxes have empty lists; only boxes with sources stand in lists. Made once per tree, read-only
+/// afterwards.
 struct InteractionLists {
-  std::array<BoxRuns, 4> runs;
+  std::array<BoxRuns, 4> runs;  ///< in the order of ListKind
 
+  /// The lists of one kind of all boxes.
   [[nodiscard]] const BoxRuns& operator[](ListKind kind) const noexcept {
     return runs[static_cast<std::size_t>(kind)];
   }
 };
 
-/// Which boxes send and which receive, one flag per box.
+/// Which boxes send and which receive, one flag per box. Both hold for a box when they do for one
+/// of its children.
 struct BoxRoles {
   std::vector<bool> sends;     ///< holds sources
   std::vector<bool> receives;  ///< holds targets and is no halo
@@ -50,7 +59,8 @@ struct BoxRoles {
 
 /// Builds the lists level by level: the neighbourhoods of a level follow from those of the level
 /// above, and all four lists from the neighbourhoods of the box and its parent. The time is linear
-/// in the number of boxes and list entries.
+/// in the number of boxes and list entries, and nothing is searched or hashed. Runs on one thread.
+/// @param roles flags for the boxes of `links`, in their order
 [[nodiscard]] InteractionLists makeInteractionLists(const BoxLinks& links, const BoxRoles& roles);
 
 }  // namespace velmo::tree

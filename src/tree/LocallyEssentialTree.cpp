@@ -7,6 +7,7 @@
 #include "bits/MortonGrid.hpp"
 #include "io/Exception.hpp"
 #include "tree/CreateFromBlocks.hpp"
+#include "tree/SortedIdentifiers.hpp"
 
 namespace velmo::fmm {
 

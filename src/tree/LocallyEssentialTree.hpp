@@ -12,9 +12,15 @@
 #include "tree/Partition.hpp"
 #include "tree/SrcTrgTree.hpp"
 
+/// The seam for runs with several processes: what a process would have to see of the others' trees,
+/// and how it would be joined with its own. The program runs as one process, where the locally
+/// essential tree is the octree itself; merging and attaching are held to their rules by tests.
+///
+/// The functions have no state and run on one thread, but for LET<3>::create, which uses the pool.
 namespace velmo::fmm {
 
-/// Tells for an orthant which cells it can matter to.
+/// Tells for an orthant which cells it can matter to: it has to reach every process that owns any
+/// of them.
 using HaloRule = std::function<std::vector<bits::Morton>(bits::Morton)>;
 
 /// The parent of a cell and the parent's neighbours; empty for the root. A process has to see
@@ -22,7 +28,8 @@ using HaloRule = std::function<std::vector<bits::Morton>(bits::Morton)>;
 [[nodiscard]] std::vector<bits::Morton> insulation(bits::Morton id);
 
 /// Joins lists of orthants, each sorted by plain value, into one. Equal identifiers become one
-/// orthant with the sum of the counts and the smaller first object.
+/// orthant with the sum of the counts and the smaller first object; flags and children are those of
+/// the list that comes first.
 [[nodiscard]] std::vector<tree::Orthant<3>> mergeOrthants(
     std::span<const std::vector<tree::Orthant<3>>> lists);
 
@@ -44,7 +51,8 @@ struct LET<3> {
   [[nodiscard]] static std::vector<tree::Orthant<3>> occupiedBlocks(
       const std::vector<tree::Orthant<3>>& blocks, const std::vector<bits::Morton>& points);
 
-  /// The stretch from the first to the last of the occupied blocks.
+  /// The stretch from the first to the last of the occupied blocks; both identifiers are 0 for
+  /// none.
   [[nodiscard]] static tree::Partition partitionOf(const std::vector<tree::Orthant<3>>& occupied);
 
   /// The tree, sorted by plain value.

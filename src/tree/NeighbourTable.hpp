@@ -2,10 +2,11 @@
 
 #include <array>
 #include <cstdint>
-#include <vector>
 
 #include "tree/BoxLinks.hpp"
 
+/// Neighbours of boxes without any search: those of a child follow from those of its parent by a
+/// small table that is the same for all boxes.
 namespace velmo::tree {
 
 /// The neighbourhood of a box: for each of the 27 cells of its level around it, itself included,
@@ -14,11 +15,14 @@ namespace velmo::tree {
 /// y, z).
 using Neighbourhood = std::array<BoxIndex, 27>;
 
+/// Slot of the box itself, the step (0, 0, 0).
 inline constexpr unsigned kOwnSlot = 13;
 
 /// What a child's neighbourhood takes from the parent's, and which cells are far from each other.
 /// The neighbour of child k in a slot lies in the parent's slot `parentSlot[k][slot]`, where it is
-/// child `childIndex[k][slot]`.
+/// child `childIndex[k][slot]`. In cells of the children's level, from the parent's lower corner,
+/// the neighbour is at b(k) + s in each axis, b the child's bit and s the step: the quotient by 2,
+/// rounded down, is the step to the parent's slot, the remainder the bit of the child there.
 struct NeighbourTable {
   std::array<std::array<std::uint8_t, 27>, 8> parentSlot{};
   std::array<std::array<std::uint8_t, 27>, 8> childIndex{};
@@ -27,14 +31,16 @@ struct NeighbourTable {
   std::array<std::array<std::uint8_t, 27>, 8> farMask{};
 };
 
+/// The table, made by the compiler; one for all threads.
 [[nodiscard]] const NeighbourTable& neighbourTable() noexcept;
 
-/// The root's neighbourhood: only itself.
+/// The root's neighbourhood: only itself, at position 0.
 [[nodiscard]] Neighbourhood rootNeighbourhood() noexcept;
 
 /// The neighbourhood of a box from that of its parent: 27 steps of constant cost, no search.
 ///
-/// @param box not the root
+/// @param box      not the root
+/// @param ofParent neighbourhood of its parent
 [[nodiscard]] Neighbourhood childNeighbourhood(const BoxLinks& links, BoxIndex box,
                                                const Neighbourhood& ofParent) noexcept;
 

@@ -1,16 +1,12 @@
 #include "tree/ParticleDistribution.hpp"
 
 #include <utility>
-#include <vector>
 
-#include "bits/MortonID.hpp"
-#include "grid/GridData.hpp"
 #include "grid/GridOperations.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
-#include "tree/BoundingBox.hpp"
 #include "tree/CompleteOctree.hpp"
-#include "tree/CreateFromBlocks.hpp"
+#include "tree/SortedIdentifiers.hpp"
 
 namespace velmo::tree {
 

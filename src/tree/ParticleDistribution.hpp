@@ -19,7 +19,7 @@
 namespace velmo::tree {
 
 /// The grid with its elements in another order: element k is element `order[k]` of the input. Nodes
-/// and node ids stay as they are. Linear in time.
+/// and node ids stay as they are. A copy, linear in time.
 ///
 /// @param order a permutation of the element numbers
 /// @throws utility::RuntimeError "Sizes don't match" when there isn't one entry per element
@@ -32,7 +32,7 @@ namespace velmo::tree {
 /// @throws utility::RuntimeError "Node <id> of the connectivity is not in the grid"
 void renumberNodesByUse(grid::GridData& grid);
 
-/// The number of points inside each block.
+/// The number of points inside each block, in the order of the blocks.
 ///
 /// @param blocks sorted by first corners, without overlap
 /// @param points level-21 identifiers, sorted by plain value
@@ -44,21 +44,31 @@ void renumberNodesByUse(grid::GridData& grid);
 /// The objects of two grids along the Morton curve, and the blocks that their tree starts from.
 ///
 /// An object is an element of a grid; the mean of its corner vertices is the point that stands for
-/// it. Objects are numbered in one sequence, the targets first, then the sources.
+/// it. Objects are numbered in one sequence, the targets first, then the sources: input number
+/// numTargets + e is source e.
 ///
-/// In one process the distribution is a permutation: all objects stay, in sorted order.
+/// In one process the distribution is a permutation: all objects stay, in sorted order. Equal
+/// identifiers keep the order of the input, so that equal input
+/// gives the same order on every run.
+///
+/// Complete when the constructor returns, then read-only, also from many threads. Owns all its
+/// arrays. Coordinates are in the unit of the input.
 class ParticleDistribution {
  public:
+  /// Place of a kind of objects in `grids` and `elementMappings`.
   enum Kind : std::size_t { kTargets, kSources };
 
+  /// Both grids are copied in sorted order and not referred to.
   /// @throws utility::RuntimeError what geom::BoundingBox<3>::reduce throws for coordinates that
   ///         aren't finite
   ParticleDistribution(const grid::GridData& targets, const grid::GridData& sources,
                        comm::Comm communicator);
 
+  /// Targets and sources together.
   [[nodiscard]] u64 numObjects() const noexcept { return ids.size(); }
 
-  /// Brings one value per object from the order of the input into the sorted order.
+  /// Brings one value per object from the order of the input into the sorted order:
+  /// result[k] = input[order[k]]. The two must not overlap.
   ///
   /// @throws utility::RuntimeError "Provided result container does not have the right size",
   ///         "Received strange number of items" for a list of another length than the objects

@@ -4,7 +4,6 @@
 #include <stdexcept>
 #include <string>
 
-#include "bits/MortonID.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <memory>
 #include <optional>
 #include <span>
@@ -15,7 +14,7 @@
 
 namespace velmo::tree {
 
-/// A stretch of a sorted object list.
+/// A stretch of a sorted object list: the objects first to first + count - 1.
 struct ObjectRange {
   u64 first = 0;
   u64 count = 0;
@@ -27,13 +26,19 @@ template <class BoxType>
 class SrcTrgTree;
 
 /// One octree over sources and targets. Boxes are sorted by plain value, so level by level.
+/// Refinement has counted both kinds of objects together, so a leaf may hold either or both.
 ///
 /// Made in three steps: the constructor builds tables and leaf lists, mark() tells which boxes hold
 /// sources and targets, makeLists() builds the interaction lists. After that only the expansions of
-/// the boxes change. Moves keep all views valid; there are no copies.
+/// the boxes change, and all const operations may run on many threads. Moves keep all views valid;
+/// there are no copies.
+///
+/// Boxes are named by identifier or by position. Passes go by position; looking up an identifier is
+/// a bisection, for whoever asks about single boxes.
 template <>
 class SrcTrgTree<fmm::Box<3>> {
  public:
+  /// No boxes: levels and leaves can't be asked for.
   SrcTrgTree() = default;
 
   /// @param orthants sorted by plain value, every box with its parent
@@ -42,14 +47,16 @@ class SrcTrgTree<fmm::Box<3>> {
 
   /// Finds the sources and targets of all boxes and sets their bits.
   ///
-  /// @param targets, sources level-21 identifiers, sorted; together they are the tree's objects
+  /// @param targets, sources level-21 identifiers, sorted by plain value; together they are the
+  ///        tree's objects. The tree keeps them
   /// @throws utility::RuntimeError "Found more targets than objects in leaf", for either kind
   void mark(std::vector<bits::Morton> targets, std::vector<bits::Morton> sources);
 
-  /// Builds the interaction lists of all boxes. @pre mark() has run
+  /// Builds the interaction lists of all boxes and gives every box its place in them.
+  /// @pre mark() has run
   void makeLists();
 
-  /// Position of a box.
+  /// Position of a box in `boxes`.
   /// @throws utility::RuntimeError "Lookup tables has not been created"
   /// @throws std::out_of_range     "invalid unordered_map<K, T> key"
   [[nodiscard]] BoxIndex index(bits::Morton id) const;
@@ -74,18 +81,20 @@ class SrcTrgTree<fmm::Box<3>> {
   /// @throws utility::RuntimeError "Non-halo leaf positions have not been created"
   [[nodiscard]] std::span<const BoxIndex> nonHaloLeafPositions() const;
 
-  /// First object and number of objects of a leaf with sources.
+  /// Identifier of the first source and number of sources of a leaf that has any.
   /// @throws utility::RuntimeError "Failed to find source datum for ID <id>"
   [[nodiscard]] std::pair<bits::Morton, u64> sourceDatum(bits::Morton id) const;
 
-  /// First object and number of objects of a leaf with targets.
+  /// Identifier of the first target and number of targets of a leaf that has any.
   /// @throws utility::RuntimeError "Failed to find target datum for ID <id>"
   [[nodiscard]] std::pair<bits::Morton, u64> targetDatum(bits::Morton id) const;
 
+  /// Parents, children and levels of the boxes, by position.
   [[nodiscard]] const BoxLinks& links() const noexcept { return links_; }
+  /// The stretch of the curve that belongs to the process.
   [[nodiscard]] const Partition& partition() const noexcept { return partition_; }
 
-  /// Identifiers of the sorted objects of one kind.
+  /// Identifiers of the sorted objects of one kind, of level 21, ascending.
   [[nodiscard]] std::span<const bits::Morton> sourceIds() const noexcept { return sourceIds_; }
   [[nodiscard]] std::span<const bits::Morton> targetIds() const noexcept { return targetIds_; }
 
@@ -94,12 +103,15 @@ class SrcTrgTree<fmm::Box<3>> {
   [[nodiscard]] std::span<const ObjectRange> sourceRanges() const noexcept { return sourceRanges_; }
   [[nodiscard]] std::span<const ObjectRange> targetRanges() const noexcept { return targetRanges_; }
 
-  std::vector<fmm::Box<3>> boxes;
-  u64 numLevels = 0;  ///< deepest level plus 1; 0 for no boxes
+  std::vector<fmm::Box<3>> boxes;  ///< by plain value; only expansions may be changed
+  u64 numLevels = 0;               ///< deepest level plus 1; 0 for no boxes
 
  private:
+  /// Sets numLevels and levelBegins_ from the sorted boxes.
   void findLevels_();
+  /// Lists the leaves and says that they can be asked for.
   void findLeaves_();
+  /// Ranges of all boxes in a sorted list of objects.
   [[nodiscard]] std::vector<ObjectRange> rangesOf_(std::span<const bits::Morton> ids) const;
   void setBits_();
 
@@ -114,6 +126,7 @@ class SrcTrgTree<fmm::Box<3>> {
   std::vector<bits::Morton> targetIds_;
   std::vector<ObjectRange> sourceRanges_;
   std::vector<ObjectRange> targetRanges_;
+  /// Null before makeLists().
   std::unique_ptr<fmm::ListTable> listTable_;  ///< at a fixed address: the boxes point to it
 };
 

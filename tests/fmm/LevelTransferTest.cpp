@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 #include "bem/LaplaceFundSol.hpp"
@@ -113,7 +113,7 @@ TEST(LevelTransfer, ConvertsAsPairByPairWithAnyNumberOfThreads) {
       thread::setNumThreads(threads);
       World world(options);
       const std::vector<std::uint8_t> hasMoments(world.tree().boxes.size(), 1);
-  transfer.m2lConversion(world.tree(), TransferPlan(world.tree(), hasMoments));
+      transfer.m2lConversion(world.tree(), TransferPlan(world.tree(), hasMoments));
       if (first.empty()) first = world.locals;
       EXPECT_EQ(std::memcmp(world.locals.data(), first.data(), first.size() * sizeof(Complex)), 0);
     }

@@ -19,6 +19,7 @@
 #include "tree/CompleteOctree.hpp"
 #include "tree/CreateFromBlocks.hpp"
 #include "tree/LocallyEssentialTree.hpp"
+#include "tree/SortedIdentifiers.hpp"
 #include "tree/TreeChecks.hpp"
 
 namespace velmo::tree::test {
