@@ -64,14 +64,15 @@ class Solution:
         return np.concatenate(values)[np.argsort(ids)]
 
     def triangles(self, parts):
-        """The surface as flat triangles, each curved element cut into parts^2 cells or halves of
-        cells; shape (t, 3, 3)."""
-        cut = []
+        """The surface as flat triangles: corners (t, 3, 3) and elements (t). The edges of curved
+        elements are cut into `parts`."""
+        cut, elements = [], []
         for block in self.blocks:
             n = parts if block.nodes.shape[1] > 3 else 1
             reference, corners = subdivision(block.basis.shape, n)
             cut.append(block.positions(reference)[:, corners].reshape(-1, 3, 3))
-        return np.concatenate(cut)
+            elements.append(np.repeat(block.ids, len(corners)))
+        return np.concatenate(cut), np.concatenate(elements)
 
 
 def subdivision(shape, n):
