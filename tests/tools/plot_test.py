@@ -36,7 +36,7 @@ class Plot(support.ToolTest):
     def words(self, *arguments):
         """All texts of the picture, which matplotlib keeps as comments in an SVG."""
         said = self.tool("plot", *arguments, "-o", "p.svg")
-        self.assertTrue(said.startswith("p.svg: "), said)
+        self.assertEqual(said.splitlines()[-1], "p.svg")
         return set(re.findall(r"<!-- (.*?) -->", Path("p.svg").read_text(encoding="utf-8")))
 
     def test_curves_stand_above_each_other_and_maps_side_by_side(self):
@@ -66,10 +66,17 @@ class Plot(support.ToolTest):
         tilted = write_table(plane(sides=((1, 1, 0), (0, 0, 1))))
         self.assertIn("distance along (0.7071, 0.7071, 0)", self.words("-t", tilted))
 
+    def test_curves_of_several_tables_share_a_frame(self):
+        names = [write_table([[0, 0, z] for z in range(k, k + 4)], name=f"gap{k}.csv")
+                 for k in (5, 6)]
+        self.assertLessEqual({"gap5", "gap6", "Z"}, self.words("-t", names[0], "-t", names[1]))
+        self.refuses("only if the points of each lie on a line", "plot", "-t", names[0],
+                     "-t", write_table(plane()))
+
     def test_the_highest_field_is_named_with_its_place_and_row(self):
         said = self.tool("plot", "-t", write_table([[0, 0, z] for z in (0, 1, 1.5, 4)]),
                          "--factor=3", "-o", "p.png")
-        self.assertIn("4 points; highest field 12 at (0, 0, 1.5), row 3", said)
+        self.assertIn("t.csv: 4 points; highest field 12 at (0, 0, 1.5), row 3", said)
 
     def test_colours_are_even_around_zero_and_clipped_where_logarithmic(self):
         charges = ((1.0, CHARGE), (-0.1, -CHARGE))
@@ -139,7 +146,7 @@ class Plot(support.ToolTest):
         write_table(plane(), charges=((1.0, plane()[7]),))
         ended = self.call(support.TOOLS / "orvanta-plot", "--table=t.csv", "--arrows")
         self.assertEqual((ended.returncode, ended.stderr),
-                         (0, "(WW) 1 of 231 rows without finite values leave gaps\n"))
+                         (0, "(WW) t.csv: 1 of 231 rows without finite values leave gaps\n"))
 
 
 if __name__ == "__main__":

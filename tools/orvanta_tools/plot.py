@@ -61,53 +61,68 @@ class Picture:
         colors = need("matplotlib.colors")
         low, high = np.nanmin(values), np.nanmax(values)
         if name == "field":
-            if self.args.log and high > 0:
-                least = high / 10**self.args.decades
-                return (colors.LogNorm(least, high), "viridis",
-                        "min" if low < least else "neither")
             # A few points close to an edge or charge would leave all others one colour.
             usual = np.nanpercentile(values, 99)
             clip = high > 2 * usual > 0
-            return (colors.Normalize(low, usual if clip else high), "viridis",
-                    "max" if clip else "neither")
+            high = usual if clip else high
+            if self.args.log and high > 0:
+                least = high / 10**self.args.decades
+                opened = {(1, 1): "both", (1, 0): "min", (0, 1): "max", (0, 0): "neither"}
+                return colors.LogNorm(least, high), "viridis", opened[low < least, clip]
+            return colors.Normalize(low, high), "viridis", "max" if clip else "neither"
         if low < 0 < high:
             return colors.Normalize(-max(-low, high), max(-low, high)), "RdBu_r", "neither"
         return colors.Normalize(low, high), "viridis", "neither"
 
 
-def draw_line(picture, pyplot):
-    """Curves below each other, over a coordinate or over the distance from the first point."""
-    points, names = picture.table.points, picture.args.show
+def line_start(points):
+    """Where places on the line of the points count from, its direction, and the axis' label: a
+    coordinate if only that one varies, else the distance from the first point."""
     direction = points[np.argmax(np.linalg.norm(points - points[0], axis=1))] - points[0]
     direction /= np.linalg.norm(direction)
-    along = np.flatnonzero(np.abs(direction) > grids.SAME)
-    if len(along) == 1:
-        start, label, direction = np.zeros(3), planes.AXES[along[0]], np.abs(np.sign(direction))
-        start = np.where(direction > 0, 0, points[0])
-    else:
-        start, label = points[0], f"distance along ({planes.in_words(direction)})"
-    place = (points - start) @ direction
-    order = np.argsort(place, kind="stable")
-    passes = []
-    if picture.triangles is not None:
-        passes = planes.crossings(start, direction, picture.triangles)
-        passes = passes[(passes >= place.min()) & (passes <= place.max())]
-    figure, axes = pyplot.subplots(len(names), 1, sharex=True, squeeze=False, layout="constrained",
-                                   figsize=(7, 0.8 + 3.2 * len(names)))
-    for ax, name in zip(axes[:, 0], names):
-        ax.plot(place[order], picture.values(name)[order])
-        for i, t in enumerate(passes):
-            ax.axvline(t, color="0.4", linestyle="--", linewidth=1,
-                       label="surface" if i == 0 else None)
-        if len(passes):
-            ax.legend()
-        if name == "field" and picture.args.log:
+    varying = np.flatnonzero(np.abs(direction) > grids.SAME)
+    if len(varying) == 1:
+        direction = np.eye(3)[varying[0]]
+        return np.where(direction > 0, 0, points[0]), direction, planes.AXES[varying[0]]
+    return points[0], direction, f"distance along ({planes.in_words(direction)})"
+
+
+def draw_passes(axes, picture):
+    """Dashed lines where the line of the points passes the surface."""
+    start, direction, _ = line_start(picture.table.points)
+    places = (picture.table.points - start) @ direction
+    for t in planes.crossings(start, direction, picture.triangles):
+        if places.min() <= t <= places.max():
+            for ax in axes:
+                ax.axvline(t, color="0.4", linestyle="--", linewidth=1)
+
+
+def draw_line(pictures, pyplot):
+    """Curves of all quantities below each other, those of several tables in one frame."""
+    args = pictures[0].args
+    figure, axes = pyplot.subplots(len(args.show), 1, sharex=True, squeeze=False,
+                                   layout="constrained", figsize=(7, 0.8 + 3.2 * len(args.show)))
+    axes, labels = axes[:, 0], set()
+    for picture, name in zip(pictures, args.table):
+        start, direction, label = line_start(picture.table.points)
+        labels.add(label)
+        place = (picture.table.points - start) @ direction
+        order = np.argsort(place, kind="stable")
+        for ax, quantity in zip(axes, args.show):
+            ax.plot(place[order], picture.values(quantity)[order],
+                    label=os.path.splitext(os.path.basename(name))[0])
+    for ax, quantity in zip(axes, args.show):
+        if quantity == "field" and args.log:
             ax.set_yscale("log")
-            high = np.nanmax(picture.values(name))
-            ax.set_ylim(bottom=max(ax.get_ylim()[0], high / 10**picture.args.decades))
-        ax.set_ylabel(picture.label(name))
+            high = max(np.nanmax(picture.values(quantity)) for picture in pictures)
+            ax.set_ylim(bottom=max(ax.get_ylim()[0], high / 10**args.decades))
+        ax.set_ylabel(pictures[0].label(quantity))
         ax.grid(alpha=0.3)
-    axes[-1, 0].set_xlabel(picture.length(label))
+    if len(pictures) > 1:
+        axes[0].legend()
+    if pictures[0].triangles is not None:
+        draw_passes(axes, pictures[0])
+    axes[-1].set_xlabel(pictures[0].length(labels.pop() if len(labels) == 1 else "distance"))
     return figure
 
 
@@ -127,6 +142,10 @@ class Map:
         else:
             self.mesh = tri.Triangulation(*self.place.T)
         self.mesh.set_mask(~finite[self.mesh.triangles].all(axis=1))
+        # Inside a conductor the field is 0 but for errors, whose directions and levels say nothing.
+        size = np.linalg.norm(picture.table.gradient, axis=1)
+        self.least = 1e-3 * np.percentile(size[finite], 95)
+        self.inside = size <= self.least
 
     def interpolate(self, values, count):
         """Values on a grid with square cells, `count` along the longer side: x (m), y (k) and
@@ -151,15 +170,12 @@ def draw_field(ax, picture, chart):
     args = picture.args
     sign = -1 if args.minus else 1
     flat = sign * np.nan_to_num(picture.table.gradient) @ chart.plane.axes.T
-    length = np.linalg.norm(flat, axis=1)
-    # Inside a conductor the field is 0 but for errors, whose direction says nothing.
-    least = 1e-3 * np.percentile(length, 95)
     for wanted, count in ((args.arrows, ARROWS), (args.lines, LINES)):
         if not wanted:
             continue
         x, y, (u, v) = chart.interpolate(flat.T, count)
         size = np.ma.hypot(u, v)
-        hidden = np.ma.getmaskarray(size) | (size.filled(0) <= least)
+        hidden = np.ma.getmaskarray(size) | (size.filled(0) <= chart.least)
         u, v = (np.ma.array(part / np.where(hidden, 1, size.filled(1)), mask=hidden)
                 for part in (u.filled(0), v.filled(0)))
         if count == ARROWS:
@@ -171,17 +187,21 @@ def draw_field(ax, picture, chart):
 
 
 def draw_contours(ax, picture, chart):
-    """Lines of equal potential, at round values."""
-    ticker = need("matplotlib.ticker")
+    """Lines of equal potential, at round values, outside of conductors."""
+    ticker, tri = need("matplotlib.ticker"), need("matplotlib.tri")
+    corners = chart.mesh.triangles
+    mesh = tri.Triangulation(chart.mesh.x, chart.mesh.y, corners,
+                             chart.mesh.mask | chart.inside[corners].any(axis=1))
     potential = picture.values("potential")
     levels = ticker.MaxNLocator(picture.args.equipotentials + 1).tick_values(
         np.nanmin(potential), np.nanmax(potential))
-    ax.tricontour(chart.mesh, np.nan_to_num(potential), levels=levels, colors="0.35",
+    ax.tricontour(mesh, np.nan_to_num(potential), levels=levels, colors="0.35",
                   linewidths=0.6, linestyles="solid")
 
 
-def draw_plane(picture, pyplot):
+def draw_plane(pictures, pyplot):
     """Maps beside each other."""
+    picture, = pictures
     collections = need("matplotlib.collections")
     chart = Map(picture)
     names, args = picture.args.show, picture.args
@@ -215,9 +235,10 @@ def draw_plane(picture, pyplot):
     return figure
 
 
-def draw_space(picture, pyplot):
+def draw_space(pictures, pyplot):
     """Coloured points, or coloured elements where each has points of its own; the field's highest
     place is marked and turned to the front."""
+    picture, = pictures
     points, args = picture.table.points, picture.args
     name = args.show[-1] if len(args.show) == 1 else "field"
     values = picture.values(name)
@@ -259,7 +280,8 @@ def draw_space(picture, pyplot):
 def parser():
     top = cli.Parser(prog="orvanta-plot", description=__doc__)
     add = top.add_argument
-    add("-t", "--table", required=True, metavar="FILE.csv", help="result of orvanta.post")
+    add("-t", "--table", required=True, action="append", metavar="FILE.csv",
+        help="result of orvanta.post; several ones on lines are drawn into one frame")
     add("-i", "--input", metavar="FILE.vtkhdf", help="solution, to draw its surface")
     add("-o", "--output", metavar="FILE",
         help="picture, .png, .pdf or .svg (.png beside the table)")
@@ -285,7 +307,7 @@ def check(args):
     unknown = [name for name in args.show if name not in NAMES]
     if unknown:
         raise Failure(f"--show: {unknown[0]} is none of {', '.join(NAMES)}")
-    args.output = args.output or textfiles.beside(args.table, ".png")
+    args.output = args.output or textfiles.beside(args.table[0], ".png")
     if os.path.splitext(args.output)[1] not in FORMATS:
         raise Failure(f"{args.output}: expected the extension {', '.join(FORMATS[:-1])} or "
                       f"{FORMATS[-1]}")
@@ -293,29 +315,41 @@ def check(args):
         raise Failure(f"--decades={args.decades:g}: expected a number above 0")
 
 
+def read_table(name):
+    """A table with at least one row to draw."""
+    table = textfiles.read_table(name)
+    if not table.finite.any():
+        raise Failure(f"{name} has no row with finite values")
+    if not table.finite.all():
+        cli.warn(f"{name}: {(~table.finite).sum()} of {len(table.points)} rows without finite "
+                 "values leave gaps")
+    return table
+
+
 def command(arguments):
     args = parser().parse_args(arguments)
     check(args)
     need("matplotlib").use("Agg")  # pictures go to files; no display is needed
     pyplot = need("matplotlib.pyplot")
-    table = textfiles.read_table(args.table)
-    if not table.finite.any():
-        raise Failure(f"{args.table} has no row with finite values")
-    if not table.finite.all():
-        cli.warn(f"{(~table.finite).sum()} of {len(table.points)} rows without finite values leave "
-                 "gaps")
-    dimension = len(grids.directions(table.points))
+    tables = [read_table(name) for name in args.table]
+    dimensions = {len(grids.directions(table.points)) for table in tables}
+    dimension = dimensions.pop()
     if dimension == 0:
-        raise Failure(f"{args.table}: all points lie in one place")
+        raise Failure(f"{args.table[0]}: all points lie in one place")
+    if len(tables) > 1 and (dimensions or dimension != 1):
+        raise Failure("several tables can be drawn only if the points of each lie on a line")
     if dimension != 2 and (args.arrows or args.lines or args.equipotentials):
-        raise Failure(f"{args.table}: arrows, field lines and equipotentials need points on a plane")
-    picture = Picture(args, table)
+        raise Failure(f"{args.table[0]}: arrows, field lines and equipotentials need points on a "
+                      "plane")
+    pictures = [Picture(args, table) for table in tables]
     draw = {1: draw_line, 2: draw_plane, 3: draw_space}[dimension]
-    draw(picture, pyplot).savefig(args.output, dpi=130)
-    field = picture.values("field")
-    top = int(np.nanargmax(field))
-    print(f"{args.output}: {len(table.points)} points; highest field {field[top]:.6g} at "
-          f"({planes.in_words(table.points[top])}), row {top + 1}")
+    draw(pictures, pyplot).savefig(args.output, dpi=110)
+    for name, picture in zip(args.table, pictures):
+        field, points = picture.values("field"), picture.table.points
+        top = int(np.nanargmax(field))
+        print(f"{name}: {len(points)} points; highest field {field[top]:.6g} at "
+              f"({planes.in_words(points[top])}), row {top + 1}")
+    print(args.output)
 
 
 def main(arguments):
