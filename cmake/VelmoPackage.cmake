@@ -18,7 +18,7 @@ endif()
 # The scripts of the gallery need it; users have solutions of their own.
 install(TARGETS make_sample DESTINATION "${CMAKE_INSTALL_LIBEXECDIR}/orvanta.post")
 
-set(velmo_tools points view plot)
+set(velmo_tools points view plot check)
 foreach(tool IN LISTS velmo_tools)
   install(PROGRAMS tools/launch DESTINATION "${CMAKE_INSTALL_BINDIR}" RENAME orvanta-${tool})
   install(FILES share/completions/orvanta-tools RENAME orvanta-${tool}
@@ -40,7 +40,7 @@ function(velmo_install_gzipped file folder name)
   install(FILES "${zipped}" DESTINATION "${folder}")
 endfunction()
 
-foreach(page orvanta.post orvanta-points orvanta-view orvanta-plot)
+foreach(page orvanta.post orvanta-points orvanta-view orvanta-plot orvanta-check)
   configure_file(docs/${page}.1.in "${PROJECT_BINARY_DIR}/docs/${page}.1" @ONLY)
   velmo_install_gzipped("${PROJECT_BINARY_DIR}/docs/${page}.1" "${CMAKE_INSTALL_MANDIR}/man1"
                         ${page}.1)

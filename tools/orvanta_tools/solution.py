@@ -6,6 +6,11 @@ from .cli import Failure, need
 
 TRIANGLE, QUADRILATERAL = 69, 70
 NODE_COUNTS = {TRIANGLE: (3, 6, 10), QUADRILATERAL: (4, 8, 9, 16)}
+DATASETS = ("/VTKHDF/NumberOfPoints", "/VTKHDF/NumberOfCells", "/VTKHDF/NumberOfConnectivityIds",
+            "/VTKHDF/Points", "/VTKHDF/Types", "/VTKHDF/Connectivity", "/VTKHDF/Offsets",
+            "/VTKHDF/PointData/vtkGhostType", "/VTKHDF/PointData/vtkGlobalIds",
+            "/VTKHDF/CellData/vtkGhostType", "/VTKHDF/CellData/vtkGlobalIds",
+            "/ABB/L2/NumberOfDofIds", "/ABB/L2/GlobalDofIds", "/ABB/L2/GhostDofs", "/ABB/L2/charges")
 # Order of the rule for areas on curved elements.
 AREA_ORDER = 5
 
