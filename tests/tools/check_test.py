@@ -69,8 +69,8 @@ class Check(support.ToolTest):
                  f"(WW) c.yaml, line {line}: key bem.tree.leafsize is unknown and has no effect; is "
                  "leafSize meant?"),
                 ("order: 1", "order: 2", "key fem.order: 2 is not the order 1 of the density"),
-                ("degree: 5", "degree: 2", "key bem.fmm.degree: 2 lies outside of 3 to"),
-                ("numThreads: 0", "numThreads: 5000", "numThreads: 5000 lies outside of 0 to 1024"),
+                ("degree: 5", "degree: 2", "key bem.fmm.degree: 2 is below 3"),
+                ("numThreads: 0", "numThreads: 5000", "key numThreads: 5000 is above 1024"),
                 ("  fem:", "  fem: [", "this is no YAML"),
                 ("esProblem:", "esproblem:", "is esProblem meant?")):
             with self.subTest(new=new):
@@ -103,6 +103,9 @@ class Check(support.ToolTest):
                  "Take leafSize: ")):
             with self.subTest(text=text[:30]):
                 self.assertIn(words, "\n".join(self.problems(points=self.write("p.xyz", text))))
+        self.sample("--body=disc-pair", "--refine=4", name="open")
+        between = self.write("b.xyz", "1\n0 0 0.1\n")
+        self.assertEqual(self.problems(input="open.vtkhdf", settings="open.yaml", points=between), [])
         self.write("p.xyz", "2\r\n1 2 3\r\n4 5 6 note\r\n")
         self.assertEqual(self.problems(points="p.xyz"), [])
         self.assertIn("m.mesh, line 1: expected 3 and the counts",
@@ -141,6 +144,36 @@ class Check(support.ToolTest):
                 ({"points": self.write("my p.xyz", "1\n1 2 3\n")}, "has a blank in its name")):
             with self.subTest(files=files):
                 self.assertIn(words, "\n".join(self.problems(**files)))
+
+    def test_the_messages_of_the_troubleshooting_page_are_those_of_the_program(self):
+        page = (support.TOOLS.parent / "docs" / "troubleshooting.md").read_text(encoding="utf-8")
+        page = page.replace("\\|", "|")
+        point = self.write("p.xyz", "1\n1 2 3\n")
+        order = self.settings.replace("order: 1 ", "order: 2 ")
+        for words, *arguments in (
+                ("[CLI] (EE) Parameter '--input' has no value", "--input", "s.vtkhdf"),
+                ("[CLI] (EE) Failed to find --points | -p", "-i", "s.vtkhdf"),
+                ("[CLI] (WW) Did not make use of: --setting=s.yaml", "-i", "s.vtkhdf", "-p", point,
+                 "--setting=s.yaml"),
+                ("(EE) [RANK 0]: FE-orders don't match between solution file and  settings file: 1 "
+                 "!= 0", "-i", "s.vtkhdf", "-p", point),
+                ("1 != 2", "-i", "s.vtkhdf", "-p", point, "-s", self.write("o.yaml", order)),
+                ("(EE) [RANK 0]: basic_ios::clear: iostream error", "-i", "s.vtkhdf", "-p",
+                 self.write("c.xyz", "2\n1,2,3\n"), "-s", "s.yaml"),
+                ("(EE) [RANK 0]: Expected four words here -> 3 1 0", "-i", "s.vtkhdf", "-p",
+                 self.write("m.mesh", "3 1 0\n"), "-s", "s.yaml"),
+                ('first invalid key: "leafSize"', "-i", "s.vtkhdf", "-p", point, "-s",
+                 self.write("l.yaml", self.settings.replace("leafSize", "leafsize"))),
+                ('(EE) when trying to read "fmm"', "-i", "s.vtkhdf", "-p", point, "-s",
+                 self.write("d.yaml", self.settings.replace("degree: 5", "degree: 2"))),
+                ("(EE) [RANK 0]: Wrong YAML format in settings file", "-i", "s.vtkhdf", "-p", point,
+                 "-s", self.write("e.yaml", "esproblem: {}\n")),
+                ("(EE) [RANK 0]: Cannot open file 's.xyz'", "-i", "s.xyz", "-p", point, "-s",
+                 "s.yaml")):
+            with self.subTest(words=words):
+                ended = self.call(os.environ["ORVANTA_POST"], *arguments)
+                self.assertIn(words, ended.stdout + ended.stderr)
+                self.assertIn(words, page)
 
 
 if __name__ == "__main__":

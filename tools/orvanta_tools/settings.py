@@ -60,8 +60,8 @@ PROBLEM = {
                                                     **COMMENT}]), **COMMENT}),
     "systemSolver": Key(SOLVER), "postSolver": Key(SOLVER), "numThreads": Key(WHOLE), **COMMENT}
 
-# Least and greatest value of what the program reads, and what lies beyond.
-RANGES = {"bem.fmm.degree": (3, 10**6), "postEval.fmm.degree": (3, 80),
+# Least and greatest value of what the program reads.
+RANGES = {"bem.fmm.degree": (3, None), "postEval.fmm.degree": (3, 80),
           "postEval.fmm.leafQuadratureOrder": (0, 100), "postEval.quad.order": (0, 100),
           "numThreads": (0, 1024)}
 
@@ -174,7 +174,11 @@ class Settings:
             self._check_range(key)
 
     def _check_range(self, key):
-        least, greatest = RANGES.get(key, (None, None))
-        if least is not None and not least <= int(self.values[key]) <= greatest:
-            self.report.error(self.where(key), f"{self.values[key]} lies outside of {least} to "
-                                               f"{greatest}")
+        if key not in RANGES:
+            return
+        least, greatest = RANGES[key]
+        value = int(self.values[key])
+        if value < least:
+            self.report.error(self.where(key), f"{value} is below {least}")
+        elif greatest is not None and value > greatest:
+            self.report.error(self.where(key), f"{value} is above {greatest}")

@@ -68,6 +68,15 @@ class Solution:
         ids = np.concatenate([block.ids for block in self.blocks])
         return np.concatenate(values)[np.argsort(ids)]
 
+    def is_closed(self):
+        """Whether every edge belongs to two elements or more."""
+        edges = []
+        for block in self.blocks:
+            corners = block.nodes[:, :len(shapes.CORNERS[block.basis.shape])]
+            edges.append(np.stack([corners, np.roll(corners, -1, axis=1)], axis=2).reshape(-1, 2))
+        _, counts = np.unique(np.sort(np.concatenate(edges), axis=1), axis=0, return_counts=True)
+        return bool((counts > 1).all())
+
     def triangles(self, parts):
         """The surface as flat triangles: corners (t, 3, 3) and elements (t). The edges of curved
         elements are cut into `parts`."""
