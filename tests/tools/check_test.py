@@ -70,6 +70,7 @@ class Check(support.ToolTest):
                  "leafSize meant?"),
                 ("order: 1", "order: 2", "key fem.order: 2 is not the order 1 of the density"),
                 ("degree: 5", "degree: 2", "key bem.fmm.degree: 2 is below 3"),
+                ("leafSize: 100", "leafSize: 500", "key bem.tree.leafSize: leafSize 500 costs time"),
                 ("numThreads: 0", "numThreads: 5000", "key numThreads: 5000 is above 1024"),
                 ("  fem:", "  fem: [", "this is no YAML"),
                 ("esProblem:", "esproblem:", "is esProblem meant?")):
@@ -97,13 +98,18 @@ class Check(support.ToolTest):
                 ("2\n1 2 3\n4 x 6\n", "line 3: expected x y z, got '4 x 6'"),
                 ("1\n1 2 inf\n", "line 2: expected x y z"), ("0\n", "there are no points"),
                 ("# nothing\n", "holds no number of points"),
-                ("1\n0.1 0 0\n", "(WW) p.xyz: 1e+02 percent of the points lie inside of bodies"),
+                ("1\n0.1 0 0\n", "(WW) p.xyz: 100 percent of the points lie inside of bodies"),
                 ("1\n0 0 5000\n", "times the size of the bodies away: do points and solution have"),
                 ("1200\n" + "".join(f"{1.01 + i * 1e-5} 0 0\n" for i in range(1200)),
                  "Take leafSize: ")):
             with self.subTest(text=text[:30]):
                 self.assertIn(words, "\n".join(self.problems(points=self.write("p.xyz", text))))
+        # Two discs that face each other enclose nothing.
         self.sample("--body=disc-pair", "--refine=4", name="open")
+        with h5py.File("open.vtkhdf", "r+") as file:
+            nodes = file["VTKHDF/Connectivity"][:].reshape(-1, 3)
+            nodes[len(nodes) // 2:] = nodes[len(nodes) // 2:, [0, 2, 1]]
+            file["VTKHDF/Connectivity"][:] = nodes.ravel()
         between = self.write("b.xyz", "1\n0 0 0.1\n")
         self.assertEqual(self.problems(input="open.vtkhdf", settings="open.yaml", points=between), [])
         self.write("p.xyz", "2\r\n1 2 3\r\n4 5 6 note\r\n")

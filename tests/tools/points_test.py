@@ -4,6 +4,7 @@ import support
 support.require(numpy="python3-numpy", h5py="python3-h5py", meshio="python3-meshio")
 import meshio
 import numpy as np
+from orvanta_tools import shapes
 
 
 class Points(support.ToolTest):
@@ -48,7 +49,21 @@ class Points(support.ToolTest):
         self.assertEqual(len(cells), 9 * len(off))
         np.testing.assert_allclose(np.linalg.norm(cells, axis=1), 1.02, atol=0.02)
 
+    def test_nodal_bases_hold_their_polynomials_and_slopes(self):
+        points = np.random.default_rng(3).random((9, 2)) * [1, 0.5]
+        points[:, 1] *= points[:, 0]
+        x, y = points.T
+        for nodes, i, j in ((3, 1, 0), (6, 1, 1), (6, 0, 2), (10, 2, 1), (10, 0, 3), (4, 1, 1),
+                            (8, 2, 1), (8, 1, 2), (9, 2, 2), (16, 3, 3), (16, 1, 3)):
+            basis = shapes.nodal_basis(nodes)
+            at_nodes = basis.nodes[:, 0] ** i * basis.nodes[:, 1] ** j
+            np.testing.assert_allclose(basis.values(points) @ at_nodes, x**i * y**j, atol=1e-13)
+            np.testing.assert_allclose(basis.gradients(points)[1] @ at_nodes,
+                                       j * x**i * y ** max(j - 1, 0), atol=1e-12)
+
     def test_orvanta_post_evaluates_the_points_it_is_given(self):
+        np.testing.assert_array_equal(self.made("line", "--from=0,0,0", "--to=1,0,0", "--counts=8")
+                                      [:, 0], np.linspace(0, 1, 8))
         self.sample("--refine=4")
         self.tool("points", "line", "--from=2,0,0", "--to=1e9,0.1,0", "--counts=50", "-o", "l.xyz")
         table = np.loadtxt(self.evaluate("l.xyz"), delimiter=",", skiprows=1)

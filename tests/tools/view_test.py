@@ -91,7 +91,7 @@ class View(support.ToolTest):
                 self.assertAlmostEqual(area, 4 * np.pi, delta=0.35 if "1" in options[0] else 0.03)
                 self.assertAlmostEqual(volume, 4 * np.pi / 3, delta=0.2 if "1" in options[0] else 0.02)
                 self.assertAlmostEqual(sum(grid.CellData["Area"]), sum(grid.CellData["Charge"]),
-                                       delta=1e-3)
+                                       delta=1e-7)
 
     def test_densities_come_nearer_to_the_closed_form_with_each_order(self):
         # sigma = z. Order 1 holds it on the faces of a box; on the twisted quadrilaterals and curved

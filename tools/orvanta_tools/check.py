@@ -294,7 +294,7 @@ def check_places(report, read, points, path):
     sample = sample[:max(1, MOST_ANGLES // read.num_elements)]
     share = inside(read, sample) if read.is_closed() else np.zeros(1)
     if share.any():
-        report.warn(path, f"{100 * share.mean():.2g} percent of the points lie inside of bodies; "
+        report.warn(path, f"{100 * share.mean():.3g} percent of the points lie inside of bodies; "
                           "inside a conductor the field is 0")
     extent = np.ptp(read.points, axis=0).max()
     distance = np.linalg.norm(points - read.points.mean(axis=0), axis=1).max()
