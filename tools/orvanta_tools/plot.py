@@ -16,6 +16,8 @@ from .cli import Failure, need
 
 NAMES = {"potential": "potential", "field": "|gradient of potential|", "x": "gradient X",
          "y": "gradient Y", "z": "gradient Z"}
+# Colours of values with both signs, white at 0, and of others.
+DIVERGING, RISING = "RdBu_r", "viridis"
 FORMATS = (".png", ".pdf", ".svg")
 # Parts of an edge that a curved element is drawn with.
 PARTS = 4
@@ -68,11 +70,11 @@ class Picture:
             if self.args.log and high > 0:
                 least = high / 10**self.args.decades
                 opened = {(1, 1): "both", (1, 0): "min", (0, 1): "max", (0, 0): "neither"}
-                return colors.LogNorm(least, high), "viridis", opened[low < least, clip]
-            return colors.Normalize(low, high), "viridis", "max" if clip else "neither"
+                return colors.LogNorm(least, high), RISING, opened[low < least, clip]
+            return colors.Normalize(low, high), RISING, "max" if clip else "neither"
         if low < 0 < high:
-            return colors.Normalize(-max(-low, high), max(-low, high)), "RdBu_r", "neither"
-        return colors.Normalize(low, high), "viridis", "neither"
+            return colors.Normalize(-max(-low, high), max(-low, high)), DIVERGING, "neither"
+        return colors.Normalize(low, high), RISING, "neither"
 
 
 def line_start(points):
@@ -165,7 +167,7 @@ def draw_colours(ax, chart, values, norm, colours):
                         shading="gouraud", rasterized=True)
 
 
-def draw_field(ax, picture, chart):
+def draw_field(ax, picture, chart, ink):
     """Arrows of equal length and field lines, along the gradient or its negative."""
     args = picture.args
     sign = -1 if args.minus else 1
@@ -180,13 +182,13 @@ def draw_field(ax, picture, chart):
                 for part in (u.filled(0), v.filled(0)))
         if count == ARROWS:
             ax.quiver(x, y, u, v, angles="xy", pivot="middle", scale=1.3 * max(len(x), len(y)),
-                      width=0.0035, color="black")
+                      width=0.0035, color=ink)
         else:
-            ax.streamplot(x, y, u.filled(np.nan), v.filled(np.nan), color="0.15", linewidth=0.8,
+            ax.streamplot(x, y, u.filled(np.nan), v.filled(np.nan), color=ink, linewidth=0.8,
                           arrowsize=0.9, density=1.3)
 
 
-def draw_contours(ax, picture, chart):
+def draw_contours(ax, picture, chart, ink):
     """Lines of equal potential, at round values, outside of conductors."""
     ticker, tri = need("matplotlib.ticker"), need("matplotlib.tri")
     corners = chart.mesh.triangles
@@ -195,8 +197,8 @@ def draw_contours(ax, picture, chart):
     potential = picture.values("potential")
     levels = ticker.MaxNLocator(picture.args.equipotentials + 1).tick_values(
         np.nanmin(potential), np.nanmax(potential))
-    ax.tricontour(mesh, np.nan_to_num(potential), levels=levels, colors="0.35",
-                  linewidths=0.6, linestyles="solid")
+    ax.tricontour(mesh, np.nan_to_num(potential), levels=levels, colors=ink,
+                  linewidths=0.5, linestyles="solid", alpha=0.7)
 
 
 def draw_plane(pictures, pyplot):
@@ -210,7 +212,7 @@ def draw_plane(pictures, pyplot):
     width, height = 4.4 * np.array([1, extent[1] / extent[0]]) / max(1, extent[1] / extent[0])
     figure, axes = pyplot.subplots(
         1, len(names), squeeze=False, layout="constrained",
-        figsize=((max(width, 2.6) + 1.5) * len(names), max(height, 1.6) + 1.1))
+        figsize=((max(width, 2.6) + 1.5) * len(names), max(height, 1.6) + 0.85))
     segments = () if picture.triangles is None else chart.plane.cut(picture.triangles)
     for ax, name in zip(axes[0], names):
         values = picture.values(name)
@@ -218,10 +220,11 @@ def draw_plane(pictures, pyplot):
         image = draw_colours(ax, chart, values, norm, colours)
         figure.colorbar(image, cax=ax.inset_axes([1.03, 0, 0.05, 1]), label=picture.label(name),
                         extend=opened)
+        ink = "0.15" if colours == DIVERGING else "white"
         if args.equipotentials:
-            draw_contours(ax, picture, chart)
+            draw_contours(ax, picture, chart, ink)
         if args.arrows or args.lines:
-            draw_field(ax, picture, chart)
+            draw_field(ax, picture, chart, ink)
         if len(segments):
             ax.add_collection(collections.LineCollection(segments, colors="black", linewidths=1.6))
         ax.set(xlabel=picture.length(chart.plane.labels[0]), aspect="equal",
