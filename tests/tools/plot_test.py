@@ -120,8 +120,8 @@ class Plot(support.ToolTest):
         points = np.array([[x, y, y] for y in graded[:3] for x in graded])
         box = np.array([[x, y, z] for z in range(2) for y in range(3) for x in range(4)], float)
         for expected, given in (
-                ((5, 3), points), ((4, 3, 2), box), ((), points[::-1][[0, 2, 1, 3]]), ((), np.zeros((4, 3))), ((), box[:-1]),
-                ((4,), box[:4]), ((), np.random.default_rng(2).random((12, 3)))):
+                ((5, 3), points), ((4, 3, 2), box), ((4,), box[:4]), ((), box[:-1]),
+                ((), points[::-1][[0, 2, 1, 3]]), ((), np.zeros((4, 3))), ((), np.random.default_rng(2).random((12, 3)))):
             self.assertEqual(grids.grid_shape(given), expected)
 
     def test_a_view_in_space_names_the_highest_place(self):

@@ -77,7 +77,7 @@ def check_solution(report, path):
     with h5py.File(path, "r") as file:
         before = report.errors
         for name in solution.DATASETS:
-            if name not in file:
+            if name not in file or not hasattr(file[name], "shape"):
                 report.error(path, f"has no {name}")
         check_attributes(report, path, file)
         if report.errors > before:
@@ -103,8 +103,9 @@ def check_solution(report, path):
 
 def check_attributes(report, path, file):
     """Names and values of the attributes; what isn't there can't be wrong twice."""
-    for group, name, expected in (("/VTKHDF", "Type", b"UnstructuredGrid"), ("/VTKHDF", "Version", 2),
-                                  ("/ABB/L2", "BasisType", b"L2"), ("/ABB/L2", "FEOrder", None)):
+    for group, name, expected in (
+            ("/VTKHDF", "Type", b"UnstructuredGrid"), ("/VTKHDF", "Version", 2),
+            ("/ABB/L2", "BasisType", b"L2"), ("/ABB/L2", "FEOrder", None)):
         if group not in file:
             continue
         if name not in file[group].attrs:
@@ -112,7 +113,7 @@ def check_attributes(report, path, file):
             continue
         value = file[group].attrs[name]
         if name == "Version":
-            value = np.ravel(value)[0]
+            value = next(iter(np.ravel(value)), None)
         elif isinstance(value, str):
             value = value.encode()
         if expected is not None and value != expected:
@@ -247,9 +248,9 @@ def check_tree(report, given, values, crowd):
     leaf = int(values["bem.tree.leafSize"])
     where = given.where("bem.tree.leafSize") if given else "without --settings"
     if crowd > leaf:
-        report.warn(where, f"up to {crowd} points lie in a cube of one element's size, but leafSize "
-                    f"is {leaf}: leaves get smaller than elements and results wrong there. Take "
-                    f"leafSize: {crowd} or finer elements")
+        report.warn(where, f"up to {crowd} points lie in a cube of one element's size, but "
+                    f"leafSize is {leaf}: leaves get smaller than elements and results wrong "
+                    f"there. Take leafSize: {crowd} or finer elements")
     elif leaf > LARGEST_GOOD_LEAF and crowd < BEST_LEAF:
         report.warn(where, f"leafSize {leaf} costs time: {BEST_LEAF} was best in measurements")
     if int(values.get("postEval.tree.leafSize", leaf)) != leaf:
@@ -258,8 +259,8 @@ def check_tree(report, given, values, crowd):
 
 
 def most_crowded(read, points):
-    """The greatest number of points in a cube of an element's size, around the point that is nearest
-    to the element's centre."""
+    """The greatest number of points in a cube of an element's size, around the point that is
+    nearest to the element's centre."""
     chosen, most = np.random.default_rng(1), 0
     for block in read.blocks:
         centres, sizes = block.points.mean(axis=1), block.sizes()
@@ -318,8 +319,8 @@ def tell_needs(read, points, values):
         memory += len(block.ids) * (ELEMENT_BYTES + RULE_POINT_BYTES * sum(
             rule_points(order, quadrilateral) for order in orders))
     sizes = read.in_order([block.sizes() for block in read.blocks])
-    print(f"elements: {read.num_elements}, sizes {sizes.min():.4g} to {sizes.max():.4g}, density of "
-          f"order {read.order}")
+    print(f"elements: {read.num_elements}, sizes {sizes.min():.4g} to {sizes.max():.4g}, "
+          f"density of order {read.order}")
     print(f"points:   {len(points)}")
     print(f"memory:   about {memory / 1e6:.0f} MB")
     print(f"table:    about {(len(points) * 175) / 1e6:.3g} MB")

@@ -293,13 +293,15 @@ def parser():
     add("--log", action="store_true", help="logarithmic scale for the field's magnitude")
     add("--decades", type=float, default=4, metavar="N",
         help="powers of ten below the greatest value that --log shows (4)")
-    add("--equipotentials", type=int, default=0, metavar="N", help="about N lines of equal potential")
+    add("--equipotentials", type=int, default=0, metavar="N",
+        help="about N lines of equal potential")
     add("--arrows", action="store_true", help="arrows of equal length along the gradient")
     add("--lines", action="store_true", help="field lines")
     add("--minus", action="store_true",
         help="arrows and lines along the negative gradient, away from positive charges")
     add("--length-unit", default="", metavar="UNIT", help="unit of the coordinates, for the labels")
-    add("--potential-unit", default="", metavar="UNIT", help="unit of the potential, for the labels")
+    add("--potential-unit", default="", metavar="UNIT",
+        help="unit of the potential, for the labels")
     add("--factor", type=float, default=1.0, metavar="X",
         help="multiply potential and gradient, for instance by 1 / permittivity (1)")
     return top

@@ -161,7 +161,8 @@ def parser():
         return kind
 
     for name, make, text in (("line", line, "points on a line"),
-                             ("plane", plane, "a grid on a plane"), ("box", box, "a grid in a box")):
+                             ("plane", plane, "a grid on a plane"),
+                             ("box", box, "a grid in a box")):
         kind = add(name, make, text)
         kind.add_argument("--from", dest="start", required=True, type=cli.numbers(3),
                           metavar="X,Y,Z", help="first point")

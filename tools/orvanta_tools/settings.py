@@ -10,8 +10,8 @@ TEXT, WHOLE, SIGNED, NUMBER, SWITCH, ANYTHING = (
     "a text", "a whole number from 0 on", "a whole number", "a number", "true or false", "anything")
 PATTERNS = {TEXT: r".*", WHOLE: r"\d+", SIGNED: r"[+-]?\d+",
             NUMBER: r"[+-]?(\d+\.?\d*|\.\d+)([eE][+-]?\d+)?",
-            SWITCH: r"(y|n|yes|no|true|false|on|off|Y|N|Yes|No|True|False|On|Off|YES|NO|TRUE|FALSE|ON|"
-                    r"OFF)"}
+            SWITCH: r"(y|n|yes|no|true|false|on|off|Y|N|Yes|No|True|False|On|Off|"
+                    r"YES|NO|TRUE|FALSE|ON|OFF)"}
 
 
 class Key:
@@ -134,7 +134,8 @@ class Settings:
                 self.lines[key] = line
         for name, key in keys.items():
             if key.required and name not in found:
-                self.report.error(self._place(node.start_mark.line), f"key {prefix}{name} is missing")
+                self.report.error(self._place(node.start_mark.line),
+                                  f"key {prefix}{name} is missing")
         return found
 
     def _walk(self, node, prefix, keys):

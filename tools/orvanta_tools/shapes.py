@@ -108,7 +108,8 @@ def hierarchical(shape, order, points):
             functions += [l[2] * edge * heights[j] for j in range(order - 2 - i)]
     else:
         functions = [(1 - x) * (1 - y), x * (1 - y), x * y, (1 - x) * y]
-        for factor, along in ((1 - y, 2 * x - 1), (x, 2 * y - 1), (y, 1 - 2 * x), (1 - x, 1 - 2 * y)):
+        for factor, along in ((1 - y, 2 * x - 1), (x, 2 * y - 1),
+                              (y, 1 - 2 * x), (1 - x, 1 - 2 * y)):
             functions += [factor * f for f in integrated(order, along)]
         across = integrated(order, 2 * y - 1)
         functions += [a * b for a in integrated(order, 2 * x - 1) for b in across]

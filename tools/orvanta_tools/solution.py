@@ -10,7 +10,8 @@ DATASETS = ("/VTKHDF/NumberOfPoints", "/VTKHDF/NumberOfCells", "/VTKHDF/NumberOf
             "/VTKHDF/Points", "/VTKHDF/Types", "/VTKHDF/Connectivity", "/VTKHDF/Offsets",
             "/VTKHDF/PointData/vtkGhostType", "/VTKHDF/PointData/vtkGlobalIds",
             "/VTKHDF/CellData/vtkGhostType", "/VTKHDF/CellData/vtkGlobalIds",
-            "/ABB/L2/NumberOfDofIds", "/ABB/L2/GlobalDofIds", "/ABB/L2/GhostDofs", "/ABB/L2/charges")
+            "/ABB/L2/NumberOfDofIds", "/ABB/L2/GlobalDofIds", "/ABB/L2/GhostDofs",
+            "/ABB/L2/charges")
 # Order of the rule for areas on curved elements.
 AREA_ORDER = 5
 
@@ -106,9 +107,18 @@ def subdivision(shape, n):
 
 
 def read_dataset(file, name):
-    if name not in file:
+    if name not in file or not hasattr(file[name], "shape"):
         raise Failure(f"{file.filename} has no {name}: it is no solution of the main solver")
     return np.asarray(file[name][()]).reshape(-1)
+
+
+def read_ids(file, name):
+    """Global ids of rows: from 0 on, and none beyond the number of rows."""
+    ids = read_dataset(file, name).astype(np.int64)
+    if len(ids) and not 0 <= ids.min() <= ids.max() < len(ids):
+        raise Failure(f"{file.filename}: {name} holds ids from {ids.min()} to {ids.max()} for "
+                      f"{len(ids)} rows")
+    return ids
 
 
 def read_pieces(file, name, counts, extra=0):
@@ -142,8 +152,8 @@ def sort_into_blocks(path, cells, points):
     for cell in sorted(cells):
         kind, nodes = cells[cell]
         if len(nodes) not in NODE_COUNTS.get(kind, ()):
-            raise Failure(f"{path}: cell {cell} of type {kind} with {len(nodes)} nodes is neither a "
-                          "triangle (type 69) nor a quadrilateral (type 70) that can be read")
+            raise Failure(f"{path}: cell {cell} of type {kind} with {len(nodes)} nodes is neither "
+                          "a triangle (type 69) nor a quadrilateral (type 70) that can be read")
         groups.setdefault((kind, len(nodes)), []).append((cell, nodes))
     blocks = []
     for members in groups.values():
@@ -155,7 +165,7 @@ def sort_into_blocks(path, cells, points):
 def read_density(file, solution):
     """Puts the coefficients of all elements in place: element after element, in global order."""
     group = "/ABB/L2"
-    ids = read_dataset(file, f"{group}/GlobalDofIds")
+    ids = read_ids(file, f"{group}/GlobalDofIds")
     charges = np.zeros(ids.max(initial=-1) + 1)
     charges[ids] = read_dataset(file, f"{group}/charges")
     solution.order = int(np.ravel(file[group].attrs["FEOrder"])[0])
@@ -184,14 +194,14 @@ def read_solution(path, density=False):
         raise Failure(f"{path} is no HDF5 file, so no solution of the main solver") from None
     with file:
         try:
-            ids = read_dataset(file, "/VTKHDF/PointData/vtkGlobalIds")
+            ids = read_ids(file, "/VTKHDF/PointData/vtkGlobalIds")
             raw = read_dataset(file, "/VTKHDF/Points").reshape(-1, 3)
             points = np.full((ids.max(initial=-1) + 1, 3), np.nan)
             points[ids] = raw
             solution = Solution(points, sort_into_blocks(path, read_cells(file), points), None)
             if density:
                 read_density(file, solution)
-        except (IndexError, KeyError, ValueError) as error:
+        except (IndexError, KeyError, TypeError, ValueError) as error:
             raise Failure(f"{path}: its arrays don't fit together ({error})") from None
     if not solution.blocks:
         raise Failure(f"{path} has no cells")

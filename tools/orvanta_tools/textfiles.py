@@ -66,8 +66,8 @@ def read_mesh(path):
         lines = lines_with_data(file)
         number, words = mesh_words(path, lines, 4, "dimension, nodes, elements and incidences")
         if not all(word.isdigit() for word in words[:4]) or words[0] != "3":
-            raise Failure(f"{path}, line {number}: expected 3 and the counts of nodes, elements and "
-                          f"incidences, got {' '.join(words)!r}")
+            raise Failure(f"{path}, line {number}: expected 3 and the counts of nodes, elements "
+                          f"and incidences, got {' '.join(words)!r}")
         ids, points, elements = [], [], []
         try:
             for _ in range(int(words[1])):
