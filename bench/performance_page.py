@@ -5,7 +5,6 @@ computed, seconds of the stages, peak in MiB, errors. Expansions are compared at
 the shortest whole run of their size and degree.
 """
 import csv
-import itertools
 import math
 import re
 
@@ -155,15 +154,12 @@ def draw_sizes(ax, figures):
     ax.grid(alpha=0.3)
 
 
-def draw_leaves(ax, figures):
-    for size, style in zip(figures.large, itertools.cycle(("o-", "s--", "^:"))):
-        for k, degree in enumerate(figures.degrees):
-            cases = figures.at(size, degree)
-            ax.plot([f["leaf"] for f in cases], [1e6 * evaluation(f) / size for f in cases], style,
-                    ms=3, color=f"C{k}", label=f"{size:,}, degree {degree}")
-    ax.set(xlabel="leaf size", ylabel="preparation to apply [µs per point]",
-           title="evaluation against leaf size", ylim=(0, None))
-    ax.legend(fontsize=7)
+def draw_leaves(ax, figures, degree):
+    for k, size in enumerate(figures.large):
+        cases = figures.at(size, degree)
+        ax.plot([f["leaf"] for f in cases], [1e6 * evaluation(f) / size for f in cases], "o-", ms=3,
+                color=f"C{k}", label=f"{size:,} triangles")
+    ax.set(xlabel="leaf size", title=f"evaluation against leaf size, degree {degree}")
     ax.grid(alpha=0.3)
 
 
@@ -190,9 +186,15 @@ def draw(figures, path):
     matplotlib.use("Agg")  # pictures go to files; no display is needed
     import matplotlib.pyplot as plt
 
-    picture, axes = plt.subplots(1, 3, figsize=(15, 4.8), layout="constrained")
-    for ax, panel in zip(axes, (draw_sizes, draw_leaves, draw_stages)):
+    picture = plt.figure(figsize=(11, 8.5), layout="constrained")
+    upper, lower = picture.subfigures(2, 1, height_ratios=(1.15, 1))
+    for ax, panel in zip(upper.subplots(1, 2), (draw_sizes, draw_stages)):
         panel(ax, figures)
+    leaves = lower.subplots(1, len(figures.degrees), sharey=True, squeeze=False)[0]
+    for ax, degree in zip(leaves, figures.degrees):
+        draw_leaves(ax, figures, degree)
+    leaves[0].set(ylabel="preparation to apply [µs per point]", ylim=(0, None))
+    leaves[-1].legend(fontsize=8, loc="lower right")
     # No version or date inside: equal figures give an equal file.
     picture.savefig(path, dpi=100, metadata={"Software": None})
 

@@ -49,6 +49,7 @@ splits_as_the_program_reads() {
   "$scripts/merge_tables" odd.xyz 2 >/dev/null
   expect 'coordinates of the whole run' "$(cut -d, -f1-3 odd.csv)" "$(cut -d, -f1-3 whole.csv)"
 
+  touch odd.0002.log
   refuses 'odd.0001.xyz is left from an earlier split' "$scripts/split_points" odd.xyz 5
   for n in 1 3 5; do
     "$scripts/split_points" --force odd.xyz "$n"
@@ -79,6 +80,19 @@ END
   expect 'word about more points' "$("$scripts/split_points" long.xyz 1 2>&1)" \
     "split_points: long.xyz, text behind point 1 is ignored"
   refuses 'is a mesh' "$scripts/split_points" "$(touch p.mesh && echo p.mesh)" 1
+}
+
+refuses_names_with_blanks() {
+  mkdir 'my data'
+  cp sample.* 'my data'
+  local words='has a blank: orvanta.post reads a name up to its first blank'
+  refuses "$words" "$scripts/split_points" 'my data/sample.xyz' 2
+  refuses "$words" env SLURM_ARRAY_TASK_ID=1 bash "$scripts/slurm_array.sbatch" \
+    'my data/sample.vtkhdf' sample.xyz sample.yaml
+  command -v parallel >/dev/null || return 0
+  refuses "$words" "$scripts/run_parallel" --program="$program" --input=sample.vtkhdf \
+    --points=sample.xyz --settings='my data/sample.yaml' --slices=2
+  expect 'slices left' "$(compgen -G 'sample.0*' || true)" ''
 }
 
 merges_only_whole_sets() {
@@ -144,6 +158,7 @@ slices_agree_with_the_whole() {
 "$make_sample" --refine=8 --count=1000 --degree=8 --leaf-size=50 --threads=1 --out="$work/sample" >/dev/null
 splits_as_the_program_reads
 refuses_bad_points
+refuses_names_with_blanks
 merges_only_whole_sets
 slices_agree_with_the_whole
 [ "$failures" -eq 0 ] || { echo "$failures failed"; exit 1; }
