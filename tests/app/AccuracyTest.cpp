@@ -70,15 +70,5 @@ TEST(Accuracy, MeetsAllFourInteractionLists) {
   EXPECT_GT(figures.numX, 100U);
 }
 
-TEST(Accuracy, IsLostWhereElementsStickOutFarOfTheirLeaves) {
-  const NamedProblem named = velmo::accuracy::coarseElements();
-
-  EXPECT_GT(velmo::accuracy::treeFigures(named.make(), named.tree).overhang, 1.0);
-  const auto errors = errorsOf(named, {12});
-
-  EXPECT_GT(errors.at(12).potential, 1e-4);
-  EXPECT_LT(errors.at(12).potential, 5e-2);
-}
-
 }  // namespace
 }  // namespace orvanta
