@@ -196,6 +196,8 @@ void readDensity(hid_t file, VtkHdfSolution& solution) {
 
 }  // namespace
 
+void skipLibraryCleanUp() noexcept { H5dont_atexit(); }
+
 VtkHdfSolution readSolution(comm::Comm /*comm*/, const std::filesystem::path& path) {
   const File file(H5Fopen(path.c_str(), H5F_ACC_RDONLY, H5P_DEFAULT));
   if (file.get() < 0) throw utility::RuntimeError("Cannot open file '" + path.string() + "'");
