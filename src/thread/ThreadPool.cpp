@@ -1,10 +1,11 @@
 #include "thread/ThreadPool.hpp"
 
-#include <algorithm>
 #include <cassert>
 #include <cmath>
 #include <list>
 #include <memory>
+
+#include "thread/UsableProcessors.hpp"
 
 namespace velmo::thread {
 namespace {
@@ -14,7 +15,7 @@ thread_local const ThreadPool* currentPool = nullptr;
 thread_local std::list<FunctionWrapper>* localQueue = nullptr;
 
 struct ProcessThreads {
-  u64 count = std::max<u64>(1, std::thread::hardware_concurrency());
+  u64 count = usableProcessors();
   std::unique_ptr<ThreadPool> pool;
 };
 

@@ -81,7 +81,7 @@ class ThreadPool {
   Joiner joiner_{&threads_};  ///< behind `threads_`: joins before any member is destroyed
 };
 
-/// Worker count of the process: the hardware's, or 1 when that is unknown, until it is set.
+/// Worker count of the process: the processors that it may use, until it is set.
 [[nodiscard]] u64 numThreads();
 
 /// Sets the worker count. A running pool of another size is replaced, its threads joined; none is
