@@ -39,7 +39,18 @@ void* allocate(std::size_t size, std::size_t alignment) {
 
 }  // namespace
 
-// The standard's other forms come down to these.
+// The standard's other forms come down to these; the sanitizer's own do not.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  try {
+    return allocate(size, alignof(std::max_align_t));
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
+void* operator new[](std::size_t size) { return operator new(size); }
+void operator delete[](void* memory) noexcept { std::free(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
 void* operator new(std::size_t size) { return allocate(size, alignof(std::max_align_t)); }
 void* operator new(std::size_t size, std::align_val_t alignment) {
   return allocate(size, static_cast<std::size_t>(alignment));
