@@ -73,6 +73,8 @@ h5::Datatype fileType(const Part& part) {
 /// Whether the part has values that its type can hold.
 bool isWritten(const Part& part) {
   const bool asText = part.stored == Stored::FixedText || part.stored == Stored::VariableText;
+  // An attribute of several texts would take one from behind the other.
+  if (part.isAttribute && isText(part) && part.rank != 0) return false;
   return asText == isText(part) && part.stored != Stored::Compound &&
          (part.isAttribute || part.unwritten == 0) && (part.rank > 0 || part.size() > 0);
 }

@@ -8,6 +8,7 @@
 #include "app/ProcessPost.hpp"
 #include "app/RunInputs.hpp"
 #include "cli/CommandlineInput.hpp"
+#include "h5/SolutionReader.hpp"
 #include "io/Channels.hpp"
 #include "io/Format.hpp"
 #include "io/StageReport.hpp"
@@ -57,6 +58,7 @@ int runPostSolver(int argc, char** argv, velmo::comm::Comm comm) {
   io::Timer totalTimer;
   io::Timer inputTimer;
   io::out.setStreams({&std::cout});
+  velmo::h5::skipLibraryCleanUp();
 
   velmo::cli::CommandlineInput cli(argc, argv, kDescription);
   const auto input =

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "app/LengthUnit.hpp"
 #include "app/ResultTable.hpp"
 #include "bem/DofTransfer.hpp"
 #include "evaluator/FmmEvaluator.hpp"
@@ -38,6 +39,14 @@ void requireOrder(const velmo::h5::VtkHdfSolution& solution, u64 order) {
 
 ParVec viewOf(std::span<double> values, velmo::comm::Comm comm) {
   return {IndexLayout(comm, values.size()), velmo::linalg::MatrixView<double, -1, 1>(values)};
+}
+
+/// The tree over points and surface in the unit of the run, which `surface` takes on.
+FmmTree makeTree(velmo::grid::GridData points, velmo::grid::GridData& surface, LengthUnit unit,
+                 const velmo::tree::Options& options, velmo::comm::Comm comm) {
+  unit.applyTo(points.coordinates);
+  unit.applyTo(surface.coordinates);
+  return {points, surface, options, 0, comm};
 }
 
 /// The coefficients of the file in the order of the tree's elements.
@@ -95,7 +104,8 @@ std::tuple<std::filesystem::path, std::filesystem::path> processPost(
   velmo::h5::VtkHdfSolution solution = velmo::h5::readSolution(comm, std::move(solutionPath));
   requireOrder(solution, problem.fem.order);
   velmo::h5::checkChargeCount(solution);
-  FmmTree fmmTree(points, solution.grid, problem.bem.tree, 0, comm);
+  const LengthUnit unit = lengthUnitOf(points, solution.grid);
+  FmmTree fmmTree = makeTree(points, solution.grid, unit, problem.bem.tree, comm);
   io::reportStage("Preparation", stageTimer);
 
   const auto& settings = problem.postEval;
@@ -121,8 +131,10 @@ std::tuple<std::filesystem::path, std::filesystem::path> processPost(
   velmo::topo::Grid<0> pointGrid = velmo::grid::pointTopology(points);
   pointGrid.createOwnerships(comm);
   pointGrid.finishOwnerships();
-  const std::vector<double> potential = toInputOrder(treePotential, 1, pointGrid, fmmTree, comm);
-  const std::vector<double> field = toInputOrder(treeField, 3, pointGrid, fmmTree, comm);
+  std::vector<double> potential = toInputOrder(treePotential, 1, pointGrid, fmmTree, comm);
+  std::vector<double> field = toInputOrder(treeField, 3, pointGrid, fmmTree, comm);
+  unit.removeFrom(potential, 1);
+  unit.removeFrom(field, 2);
   io::reportStage("FMM apply", stageTimer);
 
   auto result = writeResults(problem.postProc.outBasename, points, potential, field);

@@ -19,7 +19,7 @@ struct DefaultParameters {
   std::int64_t maxIter = 100;   ///< iteration limit and restart of the system solver
   double rtol = 1e-4;           ///< relative tolerance of the system solver
   bool linearElements = false;  ///< order of the density: 1 when true, 0 when false
-  std::int64_t numThreads = 0;  ///< 0 takes what the hardware has
+  std::int64_t numThreads = 0;  ///< 0 takes the processors that the process may use
 };
 
 /// Writes the parameters to `problem`, which is fresh from its constructor. The block `postEval`

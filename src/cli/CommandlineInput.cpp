@@ -1,9 +1,9 @@
 #include "cli/CommandlineInput.hpp"
 
 #include <algorithm>
+#include <array>
 #include <fstream>
 #include <iostream>
-#include <sstream>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -42,19 +42,43 @@ std::string labelOf(const RawArgument& argument) {
   return label;
 }
 
+/// The text of a file of options. A device that never ends is none.
+std::string readText(const std::string& path) {
+  constexpr std::size_t kMaxSize = std::size_t{1} << 20U;
+  std::ifstream file(path);
+  if (!file) throw std::runtime_error("Expecting a file at: " + path);
+  std::string text;
+  std::array<char, 4096> block;
+  while (file && text.size() <= kMaxSize) {
+    file.read(block.data(), block.size());
+    text.append(block.data(), static_cast<std::size_t>(file.gcount()));
+  }
+  if (text.size() > kMaxSize)
+    throw std::runtime_error("The options in '" + path + "' are longer than 1 MiB");
+  return text;
+}
+
+/// Takes the next word off a line; an empty one at its end.
+std::string takeWord(std::string_view& line) {
+  constexpr std::string_view kBlanks = " \t\v\f\r";
+  line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
+  const std::string_view word = line.substr(0, line.find_first_of(kBlanks));
+  line.remove_prefix(word.size());
+  return std::string(word);
+}
+
 /// The tokens of a text file with one "key value" per line. A key of one letter gives the tokens
 /// "-k" and "value", a longer one the token "--key=value", or "--key" when there is no value. Lines
 /// that begin with "#" and empty lines give none, and a value that begins with "#" is a comment.
 std::vector<std::string> readResponseFile(const std::string& path) {
-  std::ifstream file(path);
-  if (!file) throw std::runtime_error("Expecting a file at: " + path);
-
+  const std::string text = readText(path);
   std::vector<std::string> tokens;
-  for (std::string line; std::getline(file, line);) {
+  for (std::string_view rest = text; !rest.empty();) {
+    std::string_view line = rest.substr(0, rest.find('\n'));
+    rest.remove_prefix(std::min(line.size() + 1, rest.size()));
     if (line.starts_with('#')) continue;
-    std::string key;
-    std::string value;
-    std::istringstream(line) >> key >> value;
+    const std::string key = takeWord(line);
+    std::string value = takeWord(line);
     if (value.starts_with('#')) value.clear();
     if (key.empty()) continue;
     const bool isShort = key.size() == 1;

@@ -35,7 +35,7 @@ class CommandlineInput {
  public:
   /// @param description text for the usage page
   /// @throws std::runtime_error "Expecting a file at: <path>" for a response file that can't be
-  ///         opened
+  ///         opened, "The options in '<path>' are longer than 1 MiB"
   CommandlineInput(int argc, char** argv, std::string description);
   CommandlineInput(const CommandlineInput&) = delete;
   CommandlineInput& operator=(const CommandlineInput&) = delete;
@@ -93,7 +93,9 @@ class CommandlineInput {
   template <class T>
   [[nodiscard]] static T fromText_(const std::string& text) {
     T value{};
-    std::istringstream(text) >> value;
+    std::istringstream stream(text);
+    stream.exceptions(std::ios_base::badbit);  // a value cut short for want of memory is none
+    stream >> value;
     return value;
   }
 
@@ -103,6 +105,7 @@ class CommandlineInput {
   template <class T>
   [[nodiscard]] static std::string toText_(const T& value) {
     std::ostringstream text;
+    text.exceptions(std::ios_base::badbit);
     text << value;
     return text.str();
   }

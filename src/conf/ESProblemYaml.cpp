@@ -7,6 +7,7 @@
 #include <concepts>
 #include <cstddef>
 #include <memory>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -122,7 +123,13 @@ class Decoder {
 
   template <class T>
   void decode(const YAML::Node& node, T& value) {
-    value = node.as<T>();
+    try {
+      value = node.as<T>();
+    } catch (const YAML::BadConversion&) {
+      // Streams take a lack of memory for a bad value: where there is some, ask again.
+      ::operator delete(::operator new(4096));
+      value = node.as<T>();
+    }
   }
 
   void decode(const YAML::Node& node, std::string& text) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -22,12 +23,15 @@ namespace velmo::conf {
 /// @pre an exception is being handled
 [[noreturn]] void abortOverKey(std::string_view key) noexcept;
 
-/// Runs `action`, which reads `key`; whatever it throws ends the process with a word about the key.
-/// Guards nest: the innermost one reports.
+/// Runs `action`, which reads `key`; whatever it throws ends the process with a word about the key,
+/// but for a lack of memory, which is no fault of the key. Guards nest: the innermost one reports.
+/// @throws std::bad_alloc
 template <class Action>
 void guardKey(std::string_view key, Action&& action) {
   try {
     std::forward<Action>(action)();
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (...) {
     abortOverKey(key);
   }

@@ -7,8 +7,12 @@
 #include <locale>
 #include <system_error>
 
+#include "io/Exception.hpp"
+
 namespace velmo::grid {
 namespace {
+
+constexpr std::size_t kMaxLine = std::size_t{1} << 20U;
 
 bool isBlank(char c) noexcept {
   return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\v' || c == '\f';
@@ -40,12 +44,12 @@ std::istream& skipComments(std::istream& stream) {
   return stream;
 }
 
-LineScanner::LineScanner(std::istream& stream) : stream_(stream) {
+LineScanner::LineScanner(std::istream& stream) : stream_(stream), buffer_(kMaxLine + 1) {
   unusual_.imbue(std::locale::classic());
 }
 
 void LineScanner::discardLine() {
-  line_.clear();
+  line_ = {};
   position_ = 0;
 }
 
@@ -53,9 +57,30 @@ void LineScanner::skipBlanks_() {
   while (true) {
     while (position_ < line_.size() && isBlank(line_[position_])) ++position_;
     if (position_ < line_.size()) return;
-    std::getline(stream_, line_);
-    position_ = 0;
+    readLine_();
   }
+}
+
+void LineScanner::readLine_() {
+  // A full buffer raises the failbit as the end of the file does; they are told apart here.
+  const std::ios_base::iostate mask = stream_.exceptions();
+  stream_.exceptions(std::ios_base::goodbit);
+  stream_.getline(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
+  const auto count = static_cast<std::size_t>(stream_.gcount());
+  if (stream_.fail() && count == kMaxLine)
+    throw utility::RuntimeError(
+        "A line is longer than 1 MiB; this is no list of points and no mesh");
+  stream_.exceptions(mask);
+  // The count includes the line end, which the end of the file may stand for.
+  line_ = {buffer_.data(), stream_.eof() ? count : count - 1};
+  position_ = 0;
+}
+
+std::string LineScanner::nextLine() {
+  readLine_();
+  const std::string_view line = line_;
+  discardLine();
+  return std::string(line.substr(0, line.size() - (line.ends_with('\r') ? 1 : 0)));
 }
 
 template <class T>
@@ -74,7 +99,7 @@ T LineScanner::next_() {
 template <class T>
 T LineScanner::extract_() {
   unusual_.clear();
-  unusual_.str(line_.substr(position_));
+  unusual_.str(std::string(line_.substr(position_)));
   T value{};
   if (!(unusual_ >> value)) stream_.setstate(std::ios_base::failbit);
   position_ =
@@ -89,7 +114,7 @@ std::string LineScanner::nextWord() {
   skipBlanks_();
   const std::size_t first = position_;
   while (position_ < line_.size() && !isBlank(line_[position_])) ++position_;
-  return line_.substr(first, position_ - first);
+  return std::string(line_.substr(first, position_ - first));
 }
 
 }  // namespace velmo::grid

@@ -3,6 +3,8 @@
 #include <iosfwd>
 #include <sstream>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "io/Types.hpp"
 
@@ -21,17 +23,22 @@ std::istream& skipComments(std::istream& stream);
 ///
 /// Numbers of the usual form are converted in the buffer; every other text goes through the
 /// extraction operator itself, so that both accept the same texts with the same values. The scanner
-/// reads ahead to the end of a line: others may read from the stream only after `discardLine`.
+/// reads ahead to the end of a line: others may read from the stream only after `discardLine`. A
+/// line is a MiB at most, so that a wrong path, say to a device, does not eat the machine's memory.
 class LineScanner {
  public:
   /// Refers to `stream`, which must outlive this; it belongs to one thread.
   explicit LineScanner(std::istream& stream);
 
   // The next value. All throw std::ios_base::failure at the end of the file; numbers also for a
-  // text that is none, or one out of range.
+  // text that is none, or one out of range. And all throw utility::RuntimeError "A line is longer
+  // than 1 MiB; this is no list of points and no mesh".
   [[nodiscard]] double nextDouble() { return next_<double>(); }
   [[nodiscard]] u64 nextUnsigned() { return next_<u64>(); }
   [[nodiscard]] std::string nextWord();
+
+  /// The next line, without a carriage return at its end.
+  [[nodiscard]] std::string nextLine();
 
   /// Forgets the rest of the line of the last value: the stream stands at the next line.
   void discardLine();
@@ -42,9 +49,11 @@ class LineScanner {
   template <class T>
   T extract_();
   void skipBlanks_();
+  void readLine_();
 
   std::istream& stream_;
-  std::string line_;
+  std::vector<char> buffer_;
+  std::string_view line_;     ///< in the buffer
   std::size_t position_ = 0;  ///< of the first character of `line_` that is not yet taken
   std::istringstream unusual_;
 };

@@ -38,8 +38,7 @@ std::vector<std::string> splitAtBlanks(const std::string& line) {
 }
 
 Header readHeader(std::istream& stream) {
-  std::string line;
-  std::getline(stream, line);
+  const std::string line = LineScanner(stream).nextLine();
   const std::vector<std::string> words = splitAtBlanks(line);
   if (words.size() < 4) throw utility::RuntimeError("Expected four words here -> " + line);
   for (std::size_t i = 0; i < 4; ++i)

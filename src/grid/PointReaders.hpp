@@ -14,14 +14,14 @@ namespace velmo::grid {
 /// Fewer node numbers in the elements than the header's incidences give a warning on the standard
 /// error stream.
 ///
-/// Makes the stream throw on failbit.
+/// Lines may end in a carriage return before the line feed. Makes the stream throw on failbit.
 /// @return the stream
 /// @throws utility::RuntimeError "Expected four words here -> <line>",
 ///         "Expected a number, got: <word>", "Failed to identify the ET: <word>",
 ///         "Input file predicted smaller size of incidence table: <size>"
 /// @throws std::runtime_error for the element type 312, see ElementTypes.hpp
 /// @throws std::out_of_range  "stoi argument out of range"
-/// @throws std::ios_base::failure for a missing or malformed number
+/// @throws std::ios_base::failure for a missing or malformed number; as LineScanner for long lines
 std::istream& readMesh(std::istream& stream, GridData& grid);
 
 /// Reads a list of points: the count N, then x, y, z of each point, shape (N, 3) in `coordinates`.
@@ -30,7 +30,7 @@ std::istream& readMesh(std::istream& stream, GridData& grid);
 /// before and after each of these lines and everything after the last point.
 ///
 /// Makes the stream throw on failbit.
-/// @throws std::ios_base::failure for a missing or malformed number
+/// @throws std::ios_base::failure for a missing or malformed number; as LineScanner for long lines
 void readXyz(std::istream& stream, std::vector<double>& coordinates);
 
 }  // namespace velmo::grid

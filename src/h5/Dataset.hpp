@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "h5/Handle.hpp"
+#include "h5/StoredEntries.hpp"
 #include "io/Types.hpp"
 
 namespace velmo::h5 {
@@ -30,16 +31,16 @@ class Dataset {
   void requireSize(u64 expected) const;
 
   /// All entries in storage order, converted by the library. T is std::int64_t, std::uint8_t or
-  /// double. One call of the library into one vector that the caller owns. Sizes that no file of
-  /// this length can hold are refused before memory is fetched for them.
+  /// double. One vector that the caller owns. Sizes that the file and those that it refers to
+  /// cannot hold are refused before memory is fetched for them, entries that were never written as
+  /// the caller says.
   ///
-  /// @throws "'<path>' has more entries than the file can hold",
-  ///         "'<path>' could not be read as numbers"
+  /// @throws as requireStored() and VirtualDataset, "'<path>' could not be read as numbers"
   template <class T>
-  [[nodiscard]] std::vector<T> read() const;
+  [[nodiscard]] std::vector<T> read(Unwritten unwritten = Unwritten::Refused) const;
 
  private:
-  void requirePlausibleSize_() const;
+  [[nodiscard]] std::string quoted_() const { return "'" + path_ + "'"; }
 
   DatasetHandle handle_;
   std::string path_;

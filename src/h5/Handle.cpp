@@ -1,7 +1,10 @@
 #include "h5/Handle.hpp"
 
+#include <array>
+#include <limits>
 #include <vector>
 
+#include "h5/TextOf.hpp"
 #include "io/Exception.hpp"
 
 namespace velmo::h5 {
@@ -55,6 +58,28 @@ DatasetHandle dopen2(hid_t location, std::string_view name, const PropertyList& 
 
 Dataspace dget_space(hid_t dataset) {
   return requireValid<Dataspace>(H5Dget_space(dataset), "dget_space failed");
+}
+
+std::string pathOf(hid_t dataset) {
+  return textOf(
+      [dataset](char* text, std::size_t size) { return H5Iget_name(dataset, text, size); });
+}
+
+std::string fileNameOf(hid_t object) {
+  return textOf([object](char* text, std::size_t size) { return H5Fget_name(object, text, size); });
+}
+
+u64 numEntries(hid_t dataset, const std::string& name) {
+  const Dataspace space = dget_space(dataset);
+  const int rank = H5Sget_simple_extent_ndims(space.get());
+  if (rank > 2) throw utility::RuntimeError("ndims cannot exceed 2");
+  if (H5Sget_simple_extent_type(space.get()) == H5S_NULL) return 0;
+
+  std::array<hsize_t, 2> extents{1, 1};
+  H5Sget_simple_extent_dims(space.get(), extents.data(), nullptr);
+  if (extents[1] != 0 && extents[0] > std::numeric_limits<u64>::max() / extents[1])
+    throw utility::RuntimeError("The extents of " + name + " are too large");
+  return extents[0] * extents[1];
 }
 
 std::string readText(hid_t location, std::string_view name) {

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <utility>
 
+#include "io/Types.hpp"
+
 namespace velmo::h5 {
 
 /// Move-only owner of an HDF5 id; holds -1 when empty. The destructor gives the id back, also when
@@ -72,6 +74,17 @@ using PropertyList = Handle<H5Pclose, 0>;
 /// A copy of the dataspace of a dataset, its extents.
 /// @throws "dget_space failed"
 [[nodiscard]] Dataspace dget_space(hid_t dataset);
+
+/// Path of a dataset within its file; empty for one without a name.
+[[nodiscard]] std::string pathOf(hid_t dataset);
+
+/// Name of the file of an object, as it was opened.
+[[nodiscard]] std::string fileNameOf(hid_t object);
+
+/// Number of entries of a dataset of rank 0, 1 or 2, the product of its extents: 1 for rank 0.
+/// @param name of the dataset in messages, with its quotation marks
+/// @throws as dget_space, "ndims cannot exceed 2", "The extents of <name> are too large"
+[[nodiscard]] u64 numEntries(hid_t dataset, const std::string& name);
 
 /// Text of an attribute of one string of fixed or variable size, up to its first zero byte. Padding
 /// with blanks belongs to the text.

@@ -127,9 +127,9 @@ RawPieces readPieces(const GridDatasets& data) {
   raw.types = data.types.read<std::uint8_t>();
   raw.connectivity = data.connectivity.read<std::int64_t>();
   raw.offsets = data.offsets.read<std::int64_t>();
-  raw.pointGhosts = data.pointGhosts.read<std::uint8_t>();
+  raw.pointGhosts = data.pointGhosts.read<std::uint8_t>(Unwritten::Filled);
   raw.pointIds = data.pointIds.read<std::int64_t>();
-  raw.cellGhosts = data.cellGhosts.read<std::uint8_t>();
+  raw.cellGhosts = data.cellGhosts.read<std::uint8_t>(Unwritten::Filled);
   raw.cellIds = data.cellIds.read<std::int64_t>();
   return raw;
 }
@@ -160,7 +160,7 @@ std::vector<double> readCharges(const DensityDatasets& data) {
   data.ghostDofs.requireSize(numRaw);
   data.charges.requireSize(numRaw);
   const auto ids = data.globalDofIds.read<std::int64_t>();
-  const auto ghosts = data.ghostDofs.read<std::uint8_t>();
+  const auto ghosts = data.ghostDofs.read<std::uint8_t>(Unwritten::Filled);
   const auto raw = data.charges.read<double>();
 
   std::vector<double> charges(static_cast<u64>(std::ranges::count(ghosts, std::uint8_t{0})));
@@ -195,6 +195,8 @@ void readDensity(hid_t file, VtkHdfSolution& solution) {
 }
 
 }  // namespace
+
+void skipLibraryCleanUp() noexcept { H5dont_atexit(); }
 
 VtkHdfSolution readSolution(comm::Comm /*comm*/, const std::filesystem::path& path) {
   const File file(H5Fopen(path.c_str(), H5F_ACC_RDONLY, H5P_DEFAULT));

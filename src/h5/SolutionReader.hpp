@@ -16,6 +16,11 @@ struct VtkHdfSolution {
   grid::GridData grid;          ///< elements and nodes in the order of their global ids, tags 0
 };
 
+/// Leaves what the HDF5 library holds at the end of the process to the system: its own clean-up
+/// takes memory, and without any it ends the process by a signal. The reader closes its files
+/// itself. Belongs before the first use of the library.
+void skipLibraryCleanUp() noexcept;
+
 /// Reads a ".vtkhdf" solution: all pieces, merged by their global ids. Objects of the file that do
 /// not belong to the grid and the density are not looked at.
 ///

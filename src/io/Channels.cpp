@@ -37,6 +37,7 @@ std::streamsize StreamBundleBuffer::xsputn(const char* text, std::streamsize n) 
 int StreamBundleBuffer::sync() {
   std::string text = takeText_();
   if (!prefix_.empty() && !text.empty()) text = withPrefix_(text);
+  const std::lock_guard lock(streamsMutex_);
   for (std::ostream* const stream : streams_) {
     stream->write(text.data(), static_cast<std::streamsize>(text.size()));
     stream->flush();
@@ -65,6 +66,8 @@ std::string StreamBundleBuffer::withPrefix_(const std::string& text) {
 StreamBundle::StreamBundle(std::vector<std::ostream*> streams, std::string prefix)
     : std::ostream(nullptr), buffer_(std::move(streams), std::move(prefix)) {
   rdbuf(&buffer_);
+  // Text that finds no memory is not lost in silence.
+  exceptions(badbit);
 }
 
 void StreamBundle::setStreams(std::vector<std::ostream*> streams) {

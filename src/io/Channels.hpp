@@ -26,11 +26,14 @@ class StreamBundleBuffer : public std::stringbuf {
   /// @param prefix  written in front of every line
   StreamBundleBuffer(std::vector<std::ostream*> streams, std::string prefix);
 
-  /// Replaces the targets. Belongs before the first write of any other thread.
+  /// Replaces the targets: for the blocks that are handed out from then on.
   void setStreams(std::vector<std::ostream*> streams);
 
   /// Whether what is written can be read anywhere.
-  [[nodiscard]] bool hasStreams() const noexcept { return !streams_.empty(); }
+  [[nodiscard]] bool hasStreams() const {
+    const std::lock_guard lock(streamsMutex_);
+    return !streams_.empty();
+  }
 
  protected:
   /// Puts a character; the end-of-file value gives 0.
@@ -48,14 +51,15 @@ class StreamBundleBuffer : public std::stringbuf {
   bool atLineStart_ = true;  ///< whether the next character begins a line
   std::string prefix_;
   std::vector<std::ostream*> streams_;
-  std::mutex streamsMutex_;  ///< guards replacing `streams_`
+  mutable std::mutex streamsMutex_;  ///< guards `streams_`
 };
 
 /// Output stream that forwards whole lines to a list of other streams, which may change at run
 /// time.
 ///
-/// Write errors of the targets are not looked at, and the stream itself stays good. Text without a
-/// line end is lost when the stream is destroyed.
+/// Write errors of the targets are not looked at, and the stream itself stays good; writing throws
+/// std::bad_alloc where there is no memory for the text. Text without a line end is lost when the
+/// stream is destroyed.
 class StreamBundle : public std::ostream {
  public:
   /// @copydoc StreamBundleBuffer::StreamBundleBuffer
@@ -65,7 +69,7 @@ class StreamBundle : public std::ostream {
   void setStreams(std::vector<std::ostream*> streams);
 
   /// Whether what is written can be read anywhere. Text that takes work to make is made only then.
-  [[nodiscard]] bool hasStreams() const noexcept { return buffer_.hasStreams(); }
+  [[nodiscard]] bool hasStreams() const { return buffer_.hasStreams(); }
 
  private:
   StreamBundleBuffer buffer_;

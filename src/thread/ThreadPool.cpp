@@ -1,19 +1,21 @@
 #include "thread/ThreadPool.hpp"
 
-#include <algorithm>
 #include <cassert>
 #include <cmath>
-#include <deque>
+#include <list>
 #include <memory>
+
+#include "thread/UsableProcessors.hpp"
 
 namespace velmo::thread {
 namespace {
 
 thread_local const ThreadPool* currentPool = nullptr;
-thread_local std::unique_ptr<std::deque<FunctionWrapper>> localQueue;
+/// The queue on the stack of a worker; null on other threads.
+thread_local std::list<FunctionWrapper>* localQueue = nullptr;
 
 struct ProcessThreads {
-  u64 count = std::max<u64>(1, std::thread::hardware_concurrency());
+  u64 count = usableProcessors();
   std::unique_ptr<ThreadPool> pool;
 };
 
@@ -43,21 +45,28 @@ ThreadPool::~ThreadPool() { done_.exchange(true); }
 
 bool ThreadPool::calledByOwnWorker_() const noexcept { return currentPool == this; }
 
-void ThreadPool::enqueue_(FunctionWrapper task) {
+ThreadPool::Place::Place() {
   if (localQueue)
-    localQueue->push_back(std::move(task));
+    local.emplace_back();
   else
-    queue_.push(std::move(task));
+    shared.emplace();
+}
+
+void ThreadPool::enqueue_(Place place, FunctionWrapper task) {
+  if (place.shared) return queue_.push(std::move(*place.shared), std::move(task));
+  place.local.front() = std::move(task);
+  localQueue->splice(localQueue->end(), place.local);
 }
 
 void ThreadPool::work_() {
-  localQueue = std::make_unique<std::deque<FunctionWrapper>>();
+  std::list<FunctionWrapper> tasks;
+  localQueue = &tasks;
   currentPool = this;
   while (!done_) runPendingTask_();
 }
 
 void ThreadPool::runPendingTask_() {
-  if (localQueue && !localQueue->empty()) {
+  if (!localQueue->empty()) {
     FunctionWrapper task = std::move(localQueue->front());
     localQueue->pop_front();
     task();

@@ -2,6 +2,9 @@
 
 #include <atomic>
 #include <future>
+#include <list>
+#include <memory>
+#include <optional>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -39,12 +42,18 @@ class ThreadPool {
   /// worker of another pool runs it when it has finished the task in which it called.
   template <class F>
   [[nodiscard]] std::future<void> submit(F&& callable) {
-    std::packaged_task<void()> task(std::forward<F>(callable));
-    std::future<void> future = task.get_future();
-    if (calledByOwnWorker_())
-      task();
-    else
-      enqueue_(FunctionWrapper(std::move(task)));
+    auto task = std::make_unique<std::packaged_task<void()>>(std::forward<F>(callable));
+    std::packaged_task<void()>& kept = *task;
+    if (calledByOwnWorker_()) {
+      kept();
+      return kept.get_future();
+    }
+    // The future comes behind all that takes memory: a task whose future is out takes some when it
+    // is destroyed without having run.
+    Place place;
+    FunctionWrapper wrapper([task = std::move(task)] { (*task)(); });
+    std::future<void> future = kept.get_future();
+    enqueue_(std::move(place), std::move(wrapper));
     return future;
   }
 
@@ -54,8 +63,15 @@ class ThreadPool {
     ~Joiner();
   };
 
+  /// The memory that one task takes in the queue of the calling thread.
+  struct Place {
+    Place();
+    std::list<FunctionWrapper> local;              ///< one task of a worker of another pool
+    std::optional<ThreadsafeQueue::Place> shared;  ///< for the shared queue
+  };
+
   [[nodiscard]] bool calledByOwnWorker_() const noexcept;
-  void enqueue_(FunctionWrapper task);
+  void enqueue_(Place place, FunctionWrapper task);
   void work_();
   void runPendingTask_();
 
@@ -65,7 +81,7 @@ class ThreadPool {
   Joiner joiner_{&threads_};  ///< behind `threads_`: joins before any member is destroyed
 };
 
-/// Worker count of the process: the hardware's, or 1 when that is unknown, until it is set.
+/// Worker count of the process: the processors that it may use, until it is set.
 [[nodiscard]] u64 numThreads();
 
 /// Sets the worker count. A running pool of another size is replaced, its threads joined; none is

@@ -11,14 +11,16 @@ ThreadsafeQueue::~ThreadsafeQueue() {
   while (head_) head_ = std::move(head_->next);
 }
 
-void ThreadsafeQueue::push(FunctionWrapper task) {
-  auto data = std::make_shared<FunctionWrapper>(std::move(task));
-  auto emptyNode = std::make_unique<Node>();
-  Node* const newTail = emptyNode.get();
+ThreadsafeQueue::Place::Place()
+    : data_(std::make_shared<FunctionWrapper>()), emptyNode_(std::make_unique<Node>()) {}
+
+void ThreadsafeQueue::push(Place place, FunctionWrapper task) {
+  *place.data_ = std::move(task);
+  Node* const newTail = place.emptyNode_.get();
 
   const std::lock_guard lock(tailMutex_);
-  tail_->data = std::move(data);
-  tail_->next = std::move(emptyNode);
+  tail_->data = std::move(place.data_);
+  tail_->next = std::move(place.emptyNode_);
   tail_ = newTail;
 }
 

@@ -6,16 +6,17 @@
 
 namespace velmo::thread {
 
-/// Move-only owner of a callable without arguments and result.
+/// Move-only owner of a callable without arguments and result, or of none.
 ///
 /// std::function would ask for a copy constructor, which packaged tasks don't have. Destroying a
 /// wrapper drops a task that never ran; its future then reports a broken promise.
 class FunctionWrapper {
  public:
+  FunctionWrapper() noexcept = default;
   template <class F>
   explicit FunctionWrapper(F function) : impl_(std::make_unique<Impl_<F>>(std::move(function))) {}
 
-  /// @pre the wrapper hasn't been moved from
+  /// @pre the wrapper holds a callable
   void operator()() { (*impl_)(); }
 
  private:
@@ -45,24 +46,36 @@ class FunctionWrapper {
 /// Source: the two-lock queue of Michael and Scott, Simple, fast, and practical non-blocking and
 /// blocking concurrent queue algorithms, 15th PODC (1996).
 class ThreadsafeQueue {
+  struct Node {
+    std::shared_ptr<FunctionWrapper> data;
+    std::unique_ptr<Node> next;
+  };
+
  public:
   ThreadsafeQueue();
   ThreadsafeQueue(const ThreadsafeQueue&) = delete;
   ThreadsafeQueue& operator=(const ThreadsafeQueue&) = delete;
   ~ThreadsafeQueue();
 
-  /// Appends a task. Allocates outside the lock.
-  void push(FunctionWrapper task);
+  /// The memory that one task takes in the queue.
+  class Place {
+   public:
+    Place();
+
+   private:
+    friend class ThreadsafeQueue;
+    std::shared_ptr<FunctionWrapper> data_;
+    std::unique_ptr<Node> emptyNode_;
+  };
+
+  /// Appends a task. Takes no memory: what can fail comes before, so that a task whose future is
+  /// already out is never destroyed for want of memory.
+  void push(Place place, FunctionWrapper task);
 
   /// The oldest task, or null when there is none; doesn't wait.
   [[nodiscard]] std::shared_ptr<FunctionWrapper> tryPop();
 
  private:
-  struct Node {
-    std::shared_ptr<FunctionWrapper> data;
-    std::unique_ptr<Node> next;
-  };
-
   [[nodiscard]] const Node* tailNow_();
 
   std::mutex headMutex_;

@@ -135,6 +135,8 @@ TEST(CommandlineInput, TakesItsOptionsFromAResponseFile) {
             "[CLI] (WW) Did not make use of: -x\n[CLI] (WW) Did not make use of: --long\n");
   test::expectThrow<std::runtime_error>([] { run({"@no such file"}); },
                                         "Expecting a file at: no such file");
+  test::expectThrow<std::runtime_error>([] { run({"@/dev/zero"}); },
+                                        "The options in '/dev/zero' are longer than 1 MiB");
 }
 
 TEST(CommandlineInput, WritesATemplateThatIsAResponseFile) {

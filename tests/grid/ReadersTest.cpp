@@ -109,6 +109,7 @@ const std::string kMesh =
     "# elements\nTria3 5 10 7 8 more\n304 6 10 7\n8 9";
 
 TEST(MeshReader, ReadsNodesAndElementsAsTheyStand) {
+  EXPECT_EQ(mesh("3 1 0 0\r\n7 1 2 3\r\n").coordinates, (std::vector<double>{1, 2, 3}));
   const GridData grid = mesh(kMesh);
 
   EXPECT_EQ(grid.worldDim, 3);
@@ -133,6 +134,18 @@ TEST(MeshReader, WarnsOnceWhenTheHeaderPromisesMoreIncidences) {
   EXPECT_EQ(grid.offsets.back(), 9);
 }
 
+TEST(Readers, TakeLinesOfAMiBAndNoLongerOnes) {
+  constexpr std::size_t kLimit = std::size_t{1} << 20U;
+  const std::string blanks(kLimit - 5, ' ');
+  EXPECT_EQ(xyz("1\n1 2 3" + blanks + "\n"), (std::vector<double>{1, 2, 3}));
+  EXPECT_EQ(xyz("1\n1 2" + blanks + " 3"), (std::vector<double>{1, 2, 3}));
+  const std::string words = "A line is longer than 1 MiB; this is no list of points and no mesh";
+  for (const std::string& text :
+       {std::string(kLimit + 1, '\0'), "1\n1 2" + blanks + "  3", "1\n " + blanks + "1 2 3\n"})
+    expectThrow<utility::RuntimeError>([&] { (void)xyz(text); }, words);
+  expectThrow<utility::RuntimeError>([&] { (void)mesh(std::string(kLimit + 1, '3')); }, words);
+}
+
 TEST(MeshReader, RefusesBadHeadersAndElementsInItsOwnWords) {
   const struct {
     std::string text;
@@ -144,7 +157,7 @@ TEST(MeshReader, RefusesBadHeadersAndElementsInItsOwnWords) {
       {"3 4 2 x\n", "Expected a number, got: x"},
       {"3 -4 2 7\n", "Expected a number, got: -4"},
       {"3 4 2. 7\n", "Expected a number, got: 2."},
-      {"99999999999 4 2 7\r\n", "Expected a number, got: 7\r"},
+      {"3 4 2 7\r7\n", "Expected a number, got: 7\r7"},
       {"3 0 1 7\nTria4 1 1 2 3\n", "Failed to identify the ET: Tria4"},
       {"3 0 1 12\nQuad12 1 1 2 3\n",
        "velmo::grid::detail_::applyToEets: must not reach this point (Quad12)"},

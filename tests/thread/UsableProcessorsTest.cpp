@@ -1,0 +1,78 @@
+#include "thread/UsableProcessors.hpp"
+
+#include <gtest/gtest.h>
+#include <sched.h>
+
+#include <algorithm>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "support/TemporaryFolder.hpp"
+
+namespace velmo::thread {
+namespace {
+
+/// Lets the process run on the first `count` of the processors that it has.
+class OnProcessors {
+ public:
+  explicit OnProcessors(int count) {
+    sched_getaffinity(0, sizeof before_, &before_);
+    cpu_set_t some;
+    CPU_ZERO(&some);
+    for (int i = 0; i < CPU_SETSIZE && CPU_COUNT(&some) < count; ++i)
+      if (CPU_ISSET(i, &before_)) CPU_SET(i, &some);
+    sched_setaffinity(0, sizeof some, &some);
+  }
+  OnProcessors(const OnProcessors&) = delete;
+  OnProcessors& operator=(const OnProcessors&) = delete;
+  ~OnProcessors() { sched_setaffinity(0, sizeof before_, &before_); }
+
+ private:
+  cpu_set_t before_{};
+};
+
+TEST(UsableProcessors, AreThoseOfTheAffinityMask) {
+  const u64 all = usableProcessors("/no such root");
+  const OnProcessors one(1);
+  EXPECT_EQ(usableProcessors("/no such root"), 1);
+  EXPECT_GE(all, 1);
+}
+
+TEST(UsableProcessors, AreNoMoreThanTheControlGroupsGrant) {
+  const u64 all = usableProcessors("/no such root");
+  const u64 two = std::min<u64>(2, all);
+  const struct {
+    std::vector<std::pair<std::string, std::string>> files;
+    u64 expected;
+  } cases[] = {
+      {{{"proc/self/cgroup", "0::/a/b\n"}, {"sys/fs/cgroup/a/b/cpu.max", "max 100000\n"}}, all},
+      {{{"proc/self/cgroup", "0::/a/b\n"}, {"sys/fs/cgroup/a/b/cpu.max", "50000 100000\n"}}, 1},
+      {{{"proc/self/cgroup", "0::/a/b\n"}, {"sys/fs/cgroup/a/b/cpu.max", "100001 100000\n"}}, two},
+      {{{"proc/self/cgroup", "0::/a/b\n"},
+        {"sys/fs/cgroup/a/b/cpu.max", "max 100000\n"},
+        {"sys/fs/cgroup/a/cpu.max", "20000 20000\n"}},
+       1},
+      {{{"proc/self/cgroup", "0::/outside\n"}, {"sys/fs/cgroup/cpu.max", "100000 100000\n"}}, 1},
+      {{{"proc/self/cgroup", "3:memory:/j\n2:cpu,cpuacct:/j\n"},
+        {"sys/fs/cgroup/cpu,cpuacct/j/cpu.cfs_quota_us", "90000\n"},
+        {"sys/fs/cgroup/cpu,cpuacct/j/cpu.cfs_period_us", "100000\n"}},
+       1},
+      {{{"proc/self/cgroup", "2:cpu:/j\n"},
+        {"sys/fs/cgroup/cpu/j/cpu.cfs_quota_us", "-1\n"},
+        {"sys/fs/cgroup/cpu/j/cpu.cfs_period_us", "100000\n"}},
+       all},
+      {{{"proc/self/cgroup", "2:cpuset:/j\nx\n\n0:\n"},
+        {"sys/fs/cgroup/cpuset/j/cpu.cfs_quota_us", "1\n"},
+        {"sys/fs/cgroup/cpuset/j/cpu.cfs_period_us", "1\n"}},
+       all},
+  };
+  for (const auto& c : cases) {
+    const test::TemporaryFolder root;
+    for (const auto& [name, text] : c.files) root.write(name, text);
+    EXPECT_EQ(usableProcessors(root.path()), c.expected) << c.files.back().second;
+  }
+}
+
+}  // namespace
+}  // namespace velmo::thread
