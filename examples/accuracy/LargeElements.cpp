@@ -136,9 +136,10 @@ void addPlanes(std::vector<NamedProblem>& list) {
                                    samples::randomInShell(3000, {0, 0, 0.1}, 0.002, 0.05, 8));
                   }});
   list.push_back({"crowd in one spot above a coarse plate", {.leafSize = 100}, [] {
-                    return charged(samples::plate({Elements::Triangles, 8}), 0,
-                                   joined(samples::randomInBox(500, {-0.5, -0.5, 0.02}, {0.5, 0.5, 0.5}, 3),
-                                          samples::randomInShell(3000, {0.11, 0.07, 0.05}, 0.0, 0.01, 9)));
+                    return charged(
+                        samples::plate({Elements::Triangles, 8}), 0,
+                        joined(samples::randomInBox(500, {-0.5, -0.5, 0.02}, {0.5, 0.5, 0.5}, 3),
+                               samples::randomInShell(3000, {0.11, 0.07, 0.05}, 0.0, 0.01, 9)));
                   }});
 }
 
@@ -149,8 +150,9 @@ void addLoose(std::vector<NamedProblem>& list) {
                   }});
   list.push_back({"1,200 elements of sizes from 0.5 to 0.004 in a unit cube", {.leafSize = 30}, [] {
                     Random random(11);
-                    return charged(looseElements(1200, 0.004, 0.5, 1.5, {203}, random), 0,
-                                   samples::randomInBox(4000, {-0.5, -0.5, -0.5}, {0.5, 0.5, 0.5}, 12));
+                    return charged(
+                        looseElements(1200, 0.004, 0.5, 1.5, {203}, random), 0,
+                        samples::randomInBox(4000, {-0.5, -0.5, -0.5}, {0.5, 0.5, 0.5}, 12));
                   }});
 }
 
@@ -183,8 +185,7 @@ SurfaceMesh randomMesh(Random& random) {
                                              logUniform(random, 0.02, 0.4), {0, 0, 0.45}),
                              samples::plate(options(1 + random.below(3)), 2.0));
     case 3:
-      return samples::spherePair(options(1 + random.below(4)),
-                                 {0.5, logUniform(random, 0.01, 0.5)},
+      return samples::spherePair(options(1 + random.below(4)), {0.5, logUniform(random, 0.01, 0.5)},
                                  logUniform(random, 0.01, 0.5));
     case 4:
       return samples::merged(samples::box(options(1 + random.below(6))), loose(100, 5.0));
@@ -200,14 +201,24 @@ Points randomPoints(const SurfaceMesh& mesh, Random& random) {
   const u64 numParts = 1 + random.below(3);
   for (u64 part = 0; part < numParts; ++part) {
     const u64 count = 20 + random.below(500);
-    const Vec3 spot{random.uniform(-0.5, 0.5), random.uniform(-0.5, 0.5), random.uniform(-0.5, 0.5)};
+    const Vec3 spot{random.uniform(-0.5, 0.5), random.uniform(-0.5, 0.5),
+                    random.uniform(-0.5, 0.5)};
     const double radius = logUniform(random, 1e-4, 0.3);
     switch (random.below(5)) {
-      case 0: points = joined(points, samples::randomInShell(count, spot, 0.0, radius, part)); break;
-      case 1: points = joined(points, samples::onLine(count, spot, -1.0 * spot)); break;
-      case 2: points = joined(points, samples::offSurface(count, mesh, 0.2, 1.0, part)); break;
-      case 3: points = joined(points, Points(samples::onLine(count, spot, spot))); break;
-      default: points = joined(points, samples::onPlane(10, 20, spot, {radius, 0, 0}, {0, radius, 0}));
+      case 0:
+        points = joined(points, samples::randomInShell(count, spot, 0.0, radius, part));
+        break;
+      case 1:
+        points = joined(points, samples::onLine(count, spot, -1.0 * spot));
+        break;
+      case 2:
+        points = joined(points, samples::offSurface(count, mesh, 0.2, 1.0, part));
+        break;
+      case 3:
+        points = joined(points, Points(samples::onLine(count, spot, spot)));
+        break;
+      default:
+        points = joined(points, samples::onPlane(10, 20, spot, {radius, 0, 0}, {0, radius, 0}));
     }
   }
   return points;

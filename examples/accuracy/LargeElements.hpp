@@ -13,7 +13,7 @@ struct OddMesh {
   Method method;
 };
 
-/// Nine ordinary problems of the field: dense lines through gaps, fine electrodes above coarse
+/// Eight ordinary problems of the field: dense lines through gaps, fine electrodes above coarse
 /// planes, crowds of points, needles, elements of very different sizes.
 [[nodiscard]] std::vector<NamedProblem> largeElementProblems();
 

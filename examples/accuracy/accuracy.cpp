@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "accuracy/LargeElements.hpp"
 #include "accuracy/Problems.hpp"
 #include "io/Format.hpp"
 
@@ -53,6 +54,24 @@ std::string describe(const std::array<Errors, kDegrees.size()>& errors, double E
   return row + velmo::io::format("{:.2f}", std::pow(ratio, 1.0 / numSteps));
 }
 
+/// Errors of potential and field at degrees 5, 8 and 12.
+std::string describeLarge(const NamedProblem& named) {
+  const Problem problem = named.make();
+  Method method{.tree = named.tree, .fmm = {}, .quad = {}};
+  method.quad.order = 8;
+  method.quad.minRelDist = 2.0;
+  const auto expected = velmo::accuracy::evaluate(problem, velmo::accuracy::allNear(method));
+  std::string row = velmo::io::format("{} | {} | {} | {}", named.name, problem.mesh.numElements(),
+                                      problem.points.size() / 3, named.tree.leafSize);
+  for (const u64 degree : {u64{5}, u64{8}, u64{12}}) {
+    method.fmm.degree = degree;
+    method.fmm.leafQuadratureOrder = degree + 3;
+    const Errors e = velmo::accuracy::errors(velmo::accuracy::evaluate(problem, method), expected);
+    row += velmo::io::format(" | {:.1e}, {:.1e}", e.potential, e.field);
+  }
+  return row;
+}
+
 void print(const std::string& title, const std::string& columns,
            const std::vector<std::string>& rows) {
   std::cout << title << "\n\n| # | " << columns << " |\n|--:|";
@@ -86,5 +105,11 @@ int main() {
   print("Problems:", "problem | order | elements | points | levels | V | W | X | overhang", trees);
   print("Error of the potential:", columns, potential);
   print("Error of the field:", columns, field);
+
+  std::vector<std::string> large;
+  for (const NamedProblem& named : velmo::accuracy::largeElementProblems())
+    large.push_back(describeLarge(named));
+  print("Elements larger than their boxes, errors of potential and field:",
+        "problem | elements | points | leafSize | p = 5 | p = 8 | p = 12", large);
   return 0;
 }

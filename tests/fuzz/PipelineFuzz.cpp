@@ -7,8 +7,11 @@
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <string>
+#include <string_view>
 
+#include "accuracy/LargeElements.hpp"
 #include "app/ProcessPost.hpp"
 #include "grid/GridData.hpp"
 #include "support/OddProblem.hpp"
@@ -30,9 +33,20 @@ class Bytes {
   const std::uint8_t* end_;
 };
 
+/// A random problem of elements larger than their boxes gives what one leaf for all gives.
+void compareWithDirectRun(velmo::u64 seed) {
+  using namespace velmo::accuracy;
+  const OddMesh odd = randomOddMesh(seed);
+  const Errors limits = errorLimits(odd.method.fmm.degree);
+  const Errors e =
+      errors(evaluate(odd.problem, odd.method), evaluate(odd.problem, allNear(odd.method)));
+  if (!(e.potential <= limits.potential && e.field <= limits.field)) std::abort();
+}
+
 }  // namespace
 
 /// A problem of odd numbers is evaluated from its file to its table, or ends in a worded exception.
+/// The bytes are the seed of a second problem, whose far field is compared with the direct run.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const bool isQuiet = H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr) >= 0;
   static const std::string base =
@@ -40,6 +54,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (!isQuiet) std::abort();
   velmo::thread::setNumThreads(1);
 
+  compareWithDirectRun(std::hash<std::string_view>()({reinterpret_cast<const char*>(data), size}));
   Bytes bytes(data, size);
   velmo::test::OddProblem problem =
       velmo::test::oddProblem([&bytes](velmo::u64 n) { return bytes.below(n); });

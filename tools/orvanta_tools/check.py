@@ -18,8 +18,8 @@ SIGNATURE = b"\x89HDF\r\n\x1a\n"
 BASE_BYTES, POINT_BYTES, ELEMENT_BYTES, RULE_POINT_BYTES = 25e6, 750, 600, 30
 # The leaf size that was best in measurements, and how far from it the time rises by a tenth.
 BEST_LEAF, LARGEST_GOOD_LEAF = 100, 200
-# Elements and points that are looked at for crowds and for points inside; enough for a share.
-SAMPLE_ELEMENTS, SAMPLE_POINTS = 300, 2000
+# Points that are looked at for being inside; enough for a share.
+SAMPLE_POINTS = 2000
 # Solid angles of elements that are computed at most, for points inside: a few seconds.
 MOST_ANGLES = 10_000_000
 DEFAULTS = {"fem.order": "0", "bem.tree.leafSize": "500", "bem.tree.adaptive": "true",
@@ -239,40 +239,19 @@ def check_order(report, given, read, values):
                                                "density in the solution")
 
 
-def check_tree(report, given, values, crowd):
-    """Advice about leafSize; `crowd` points lie in a cube of one element's size."""
+def check_tree(report, given, values):
+    """Advice about leafSize."""
     if values.get("bem.tree.adaptive", "true").lower() not in ("true", "yes", "on", "y"):
         return
     if given and "bem.tree.leafSize" not in given.values:
         return
     leaf = int(values["bem.tree.leafSize"])
     where = given.where("bem.tree.leafSize") if given else "without --settings"
-    if crowd > leaf:
-        report.warn(where, f"up to {crowd} points lie in a cube of one element's size, but "
-                    f"leafSize is {leaf}: leaves get smaller than elements and results wrong "
-                    f"there. Take leafSize: {crowd} or finer elements")
-    elif leaf > LARGEST_GOOD_LEAF and crowd < BEST_LEAF:
+    if leaf > LARGEST_GOOD_LEAF:
         report.warn(where, f"leafSize {leaf} costs time: {BEST_LEAF} was best in measurements")
     if int(values.get("postEval.tree.leafSize", leaf)) != leaf:
         report.warn(given.where("postEval.tree.leafSize"),
                     "has no effect: the octree is that of bem.tree")
-
-
-def most_crowded(read, points):
-    """The greatest number of points in a cube of an element's size, around the point that is
-    nearest to the element's centre."""
-    chosen, most = np.random.default_rng(1), 0
-    for block in read.blocks:
-        centres, sizes = block.points.mean(axis=1), block.sizes()
-        near = np.flatnonzero(np.all((centres + sizes[:, None] >= points.min(axis=0)) &
-                                     (centres - sizes[:, None] <= points.max(axis=0)), axis=1))
-        for e in chosen.permutation(near)[:SAMPLE_ELEMENTS]:
-            around = points[(np.abs(points - centres[e]) <= 1.5 * sizes[e]).all(axis=1)]
-            if len(around) <= most:
-                continue
-            middle = around[np.argmin(np.linalg.norm(around - centres[e], axis=1))]
-            most = max(most, int((np.abs(around - middle) <= sizes[e] / 2).all(axis=1).sum()))
-    return most
 
 
 def inside(read, points):
@@ -354,7 +333,7 @@ def command(arguments):
     check_output(report, args.output, args.points)
     check_order(report, given, read, values)
     if read is not None and points is not None and len(points):
-        check_tree(report, given, values, most_crowded(read, points))
+        check_tree(report, given, values)
         check_places(report, read, points, args.points)
         tell_needs(read, points, values)
     print(f"{counted(report.errors, 'error')}, {counted(report.warnings, 'warning')}")
