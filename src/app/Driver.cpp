@@ -1,5 +1,6 @@
 #include "app/Driver.hpp"
 
+#include <array>
 #include <filesystem>
 #include <iostream>
 #include <optional>
@@ -27,6 +28,11 @@ constexpr const char* kDescription =
 
 // The program doesn't ask the system for its memory; the lines keep their place in the report.
 constexpr double kPeakMemoryMiB = 0.0;
+
+/// The file that holds the command line's options, if there is one.
+fs::path optionsFileOf(int argc, char** argv) {
+  return argc == 2 && argv[1][0] == '@' ? fs::path(argv[1] + 1) : fs::path();
+}
 
 void reportInputs(const std::string& input, const std::string& points, const fs::path& settings) {
   io::out << io::kDoubleRule << "# INPUT \n"
@@ -72,6 +78,8 @@ int runPostSolver(int argc, char** argv, velmo::comm::Comm comm) {
   if (!cli.finish()) return 1;
 
   reportInputs(input, points, settings);
+  requireNewResult(points, output,
+                   std::array<fs::path, 4>{input, points, settings, optionsFileOf(argc, argv)});
   const std::optional<RunInputs> inputs = readRunInputs(points, settings, output);
   if (!inputs) return 1;
   io::reportStage("Input", inputTimer);

@@ -82,10 +82,12 @@ struct Range {
 
 }  // namespace
 
+std::filesystem::path resultPathOf(const std::string& basename) { return basename + ".csv"; }
+
 std::filesystem::path writeResults(const std::string& basename, const velmo::grid::GridData& points,
                                    std::span<const double> potential,
                                    std::span<const double> field) {
-  std::filesystem::path path = basename + ".csv";
+  std::filesystem::path path = resultPathOf(basename);
   std::ofstream file(path, std::ios_base::out);
   file << "X,Y,Z,Potential,EFieldX,EFieldY,EFieldZ\n";
   const u64 numPoints = points.numNodes;

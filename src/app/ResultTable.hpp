@@ -8,7 +8,10 @@
 
 namespace orvanta {
 
-/// Writes the table of all points with potential and field to `basename` + ".csv": a head line,
+/// The file of a table: the base name with ".csv" behind it.
+[[nodiscard]] std::filesystem::path resultPathOf(const std::string& basename);
+
+/// Writes the table of all points with potential and field to the file of `basename`: a head line,
 /// then a row per point in input order with x, y, z, the potential and the three components of the
 /// field, in the format {:> .17E}, separated by commas. A double read back from it is the same.
 /// Rows are formatted by the pool's threads.

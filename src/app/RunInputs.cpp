@@ -5,9 +5,11 @@
 #include <algorithm>
 #include <fstream>
 #include <ostream>
+#include <system_error>
 #include <utility>
 #include <vector>
 
+#include "app/ResultTable.hpp"
 #include "conf/ESProblemYaml.hpp"
 #include "conf/LoadYamlFile.hpp"
 #include "grid/GridData.hpp"
@@ -118,6 +120,17 @@ void applyParameters(const DefaultParameters& parameters, conf::ESProblem& probl
   problem.postProc.vtkhdf.isChecksum = true;
 
   problem.numThreads = static_cast<u64>(parameters.numThreads);
+}
+
+void requireNewResult(const std::string& points, const std::string& output,
+                      std::span<const fs::path> inputs) {
+  const fs::path result = resultPathOf(outputPathOf(points, output).string());
+  for (const fs::path& input : inputs) {
+    std::error_code ignored;
+    if (!input.empty() && fs::equivalent(result, input, ignored))
+      throw velmo::utility::RuntimeError("The result would replace the input '" + input.string() +
+                                         "'; choose another name with --output");
+  }
 }
 
 std::optional<RunInputs> readRunInputs(const std::string& points, const fs::path& settings,

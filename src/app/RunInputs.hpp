@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
 
 #include "conf/ESProblem.hpp"
@@ -35,6 +36,16 @@ struct RunInputs {
   std::filesystem::path outputPath;  ///< of the result file, without its extension
   velmo::conf::ESProblem problem;
 };
+
+/// Checks that the result file replaces none of the run's inputs, which may be the same file by
+/// another name or link. Inputs and results that don't exist pass.
+///
+/// @param inputs solution, points, settings and file of options; empty ones are passed over
+/// @throws velmo::utility::RuntimeError "The result would replace the input '<path>'; choose
+/// another
+///         name with --output"
+void requireNewResult(const std::string& points, const std::string& output,
+                      std::span<const std::filesystem::path> inputs);
 
 /// Reads the evaluation points and the settings.
 ///

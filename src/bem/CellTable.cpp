@@ -65,7 +65,9 @@ void CellTable::layOut(u64 typeCode, const quad::QuadratureInterface<2>& rule,
   if (numDoubles > kMaxTableBytes / sizeof(double))
     throw utility::RuntimeError("Densities of order " + std::to_string(forPotential.order) +
                                 " with rules of " + std::to_string(rule.numPoints) +
-                                " points need too large tables");
+                                " points need tables of " +
+                                std::to_string(numDoubles * sizeof(double) >> 20U) +
+                                " MiB, the limit is 1024 MiB; lower postEval.quad.order");
   table_.resize(numDoubles);
   charges_.table = table_.data();
 }

@@ -39,7 +39,14 @@ void fillWeighted(const ShapeFunList<2, 3>& list, ReferenceType shape,
 void ShapeCache::add(std::span<const ReferenceType> elements, const ShapeFunList<2, 3>& list,
                      const quad::SurfaceRuleSet& rules) {
   const Key key{list.order, BasisKind::L2};
-  if (contains_(key)) return;
+  if (const auto found = std::find(keys_.begin(), keys_.end(), key); found != keys_.end()) {
+    if (!std::ranges::equal(blocks_[static_cast<std::size_t>(found - keys_.begin())]->elementKinds,
+                            elements))
+      throw utility::RuntimeError("The basis " + nameOf(key.kind) + "/" +
+                                  std::to_string(key.order) +
+                                  " has been cached for other elements");
+    return;
+  }
 
   std::array<bool, kShapes.size()> inUse{};
   for (const ReferenceType shape : elements) inUse[blockOf(shape)] = true;
@@ -56,22 +63,24 @@ void ShapeCache::add(std::span<const ReferenceType> elements, const ShapeFunList
   for (u64 i = 0; i < kShapes.size(); ++i)
     if (inUse[i]) fillWeighted(list, kShapes[i], shapeRules[i], blocks->values.block(i));
 
-  elementKinds_.assign(elements.begin(), elements.end());
+  blocks->elementKinds.assign(elements.begin(), elements.end());
   keys_.push_back(key);
   blocks_.push_back(std::move(blocks));
 }
 
 linalg::MatrixView<const double, -1, 1> ShapeCache::get(u64 order, BasisKind kind,
                                                         u64 element) const {
-  if (!contains_({order, kind}))
+  const auto found = std::find(keys_.begin(), keys_.end(), Key{order, kind});
+  if (found == keys_.end())
     throw utility::RuntimeError("This basis type has not been cached: " + nameOf(kind) + "/" +
                                 std::to_string(order));
   if (element == kNone)
     throw utility::RuntimeError(
         "This entity is only temporary, to get the index of its original use "
         "velmo::topo::Grid::index( entity ) instead");
-  if (element >= elementKinds_.size()) throw utility::RuntimeError("Access beyond storage");
-  const linalg::MatrixView<const double> block = matrix(order, kind, elementKinds_[element]);
+  const auto& kinds = blocks_[static_cast<std::size_t>(found - keys_.begin())]->elementKinds;
+  if (element >= kinds.size()) throw utility::RuntimeError("Access beyond storage");
+  const linalg::MatrixView<const double> block = matrix(order, kind, kinds[element]);
   return {block.data, block.size};
 }
 
@@ -84,10 +93,6 @@ linalg::MatrixView<const double> ShapeCache::matrix(u64 order, BasisKind kind,
   const std::span<const double> values = blocks.values.block(i);
   if (values.empty()) throw utility::RuntimeError("Access beyond storage");
   return {values.data(), blocks.numPoints[i], values.size() / blocks.numPoints[i]};
-}
-
-bool ShapeCache::contains_(const Key& key) const noexcept {
-  return std::find(keys_.begin(), keys_.end(), key) != keys_.end();
 }
 
 }  // namespace velmo::fe

@@ -23,12 +23,13 @@ enum class BasisKind : std::uint32_t { L2 = 3 };
 /// nQ rows (rule points) by nS columns (functions), column-major.
 class ShapeCache {
  public:
-  /// Fills the block of key (list.order, L2) unless it exists.
+  /// Fills the block of key (list.order, L2) unless it exists. Elements of other keys may differ.
   ///
   /// @param elements shape of each element; the place in the span is the element's index
   /// @param rules    the rule of an element is that of the set's order; where the list's order lies
   ///                 above all of the set's, the fall-back tells so on standard error
-  /// @throws utility::RuntimeError "2-dim can only have 3 or 4 nodes" for another shape
+  /// @throws utility::RuntimeError "2-dim can only have 3 or 4 nodes" for another shape, "The basis
+  ///         L2/<order> has been cached for other elements"
   void add(std::span<const topo::ReferenceType> elements, const ShapeFunList<2, 3>& list,
            const quad::SurfaceRuleSet& rules);
 
@@ -61,11 +62,9 @@ class ShapeCache {
   struct Blocks {
     quad::RealBlockStore values;
     std::vector<u64> numPoints;
+    std::vector<topo::ReferenceType> elementKinds;  ///< of each element
   };
 
-  [[nodiscard]] bool contains_(const Key& key) const noexcept;
-
-  std::vector<topo::ReferenceType> elementKinds_;
   std::vector<Key> keys_;
   std::vector<std::unique_ptr<Blocks>> blocks_;  ///< in the order of `keys_`
 };

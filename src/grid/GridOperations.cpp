@@ -46,25 +46,28 @@ void checkSize(const GridData& grid, std::span<const double> points) {
 }
 
 /// Makes the nodes of `grid` the ones that its connectivity names, with the coordinates that
-/// `source` has for them. `missing` makes the refusal of an id that is not in `source`.
+/// `source` has for them, which may be `grid` itself. `missing` makes the refusal of an id that is
+/// not in `source`; then nothing has changed.
 template <class Message>
 void takeUsedNodes(const GridData& source, GridData& grid, Message&& missing) {
-  grid.nodeIds = topo::sortedUnique(grid.connectivity);
-  grid.numNodes = grid.nodeIds.size();
-  grid.coordinates.clear();
-  grid.coordinates.reserve(grid.numNodes * grid.worldDim);
+  std::vector<u64> nodeIds = topo::sortedUnique(grid.connectivity);
+  std::vector<double> coordinates;
+  coordinates.reserve(nodeIds.size() * grid.worldDim);
 
   auto from = source.nodeIds.begin();
-  for (const u64 id : grid.nodeIds) {
+  for (const u64 id : nodeIds) {
     // Both lists ascend: mostly the next node is the one.
     if (from == source.nodeIds.end() || *from != id)
       from = std::lower_bound(from, source.nodeIds.end(), id);
     if (from == source.nodeIds.end() || *from != id) throw std::runtime_error(missing(id));
     const auto position = static_cast<u64>(from - source.nodeIds.begin());
     const double* const node = source.coordinates.data() + position * grid.worldDim;
-    grid.coordinates.insert(grid.coordinates.end(), node, node + grid.worldDim);
+    coordinates.insert(coordinates.end(), node, node + grid.worldDim);
     ++from;
   }
+  grid.numNodes = nodeIds.size();
+  grid.nodeIds = std::move(nodeIds);
+  grid.coordinates = std::move(coordinates);
 }
 
 /// Numbers of the kept elements, counted from 0, ascending.
@@ -163,10 +166,7 @@ GridData FilterElements(const GridData& grid, std::span<const u64> ids, u64 offs
 }
 
 void FilterUnusedNodes(GridData& grid) {
-  GridData source;
-  source.nodeIds.swap(grid.nodeIds);
-  source.coordinates.swap(grid.coordinates);
-  takeUsedNodes(source, grid, [](u64 id) {
+  takeUsedNodes(grid, grid, [](u64 id) {
     return "FilterUnusedNodes: node " + std::to_string(id) + " not found ";
   });
 }

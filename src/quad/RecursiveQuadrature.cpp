@@ -17,7 +17,8 @@ void RecursiveQuadrature::initialize(const std::array<double, 3>& target,
 
   const topo::ReferenceType kind = element.kind;
   const QuadratureInterface<2> rule = rules_.rule(kind);
-  if (distanceRatio(1, target, element) > minRelDist_) {
+  // A ratio that is no number, of a target on an element without extent, is not below the limit.
+  if (!(distanceRatio(1, target, element) <= minRelDist_)) {
     cells_.push_back(1);
     points_.assign(rule.points, rule.points + 2 * rule.numPoints);
     weights_.assign(rule.weights, rule.weights + rule.numPoints);

@@ -8,6 +8,17 @@
 
 namespace velmo::quad {
 
+namespace {
+
+/// Without the rest of a block that its rule does not fill: points of weight zero in a vertex,
+/// where a target would make them no number instead of nothing.
+QuadratureInterface<2> withoutRest(QuadratureInterface<2> rule) {
+  while (rule.numPoints > 0 && rule.weights[rule.numPoints - 1] == 0.0) --rule.numPoints;
+  return rule;
+}
+
+}  // namespace
+
 u64 requireOrder(u64 order) {
   if (order == 0) throw utility::RuntimeError("0-th order not allowed");
   if (order > kMaxSettingsOrder)
@@ -32,9 +43,9 @@ QuadratureInterface<2> SurfaceRuleSet::rule(topo::ReferenceType kind) const {
 QuadratureInterface<2> SurfaceRuleSet::rule(topo::ReferenceType kind, u64 wantedOrder) const {
   switch (kind) {
     case topo::ReferenceType::Triangle:
-      return quad::rule(triangle, wantedOrder);
+      return withoutRest(quad::rule(triangle, wantedOrder));
     case topo::ReferenceType::Quadrilateral:
-      return quad::rule(quadrilateral, wantedOrder);
+      return withoutRest(quad::rule(quadrilateral, wantedOrder));
     default:
       throw utility::RuntimeError("Reference element is not a surface element");
   }

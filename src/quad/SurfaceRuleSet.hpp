@@ -26,7 +26,8 @@ struct SurfaceRuleSet {
   /// quadrilateral's rules of such a range are smaller than their blocks, see `quadFamily`.
   SurfaceRuleSet(u64 minOrder, u64 maxOrder, u64 requestedOrder);
 
-  /// The rule for `order` on a triangle or quadrilateral; a view into this set.
+  /// The rule for `order` on a triangle or quadrilateral; a view into this set. No point has weight
+  /// zero: from order 24 on the triangle's rules do not fill their blocks either.
   /// @throws utility::RuntimeError "Reference element is not a surface element" for another shape
   [[nodiscard]] QuadratureInterface<2> rule(topo::ReferenceType kind) const;
 

@@ -93,14 +93,17 @@ void InterpolationBlockMatrix::insert(u64 position, linalg::MatrixView<const dou
   if (!place.values.empty())
     throw utility::RuntimeError(
         "velmo::sfun::InterpolationBlockMatrix::insert:Matrix block already exists!");
-  place = {{block.values().begin(), block.values().end()}, block.rows, block.cols};
+  place = {{block.values().begin(), block.values().end()}, block.rows, block.cols, false};
   size_ += block.rows;
+  finished_ = false;
 }
 
 void InterpolationBlockMatrix::finish() {
-  for (Block& block : blocks_)
-    if (!block.values.empty())
-      linalg::invert(linalg::MatrixView<double>(block.values.data(), block.rows, block.cols));
+  for (Block& block : blocks_) {
+    if (block.values.empty() || block.isInverse) continue;
+    linalg::invert(linalg::MatrixView<double>(block.values.data(), block.rows, block.cols));
+    block.isInverse = true;
+  }
   finished_ = true;
 }
 

@@ -21,7 +21,7 @@ class InterpolationBlockMatrix {
   ///         "velmo::sfun::InterpolationBlockMatrix::insert:Matrix block already exists!"
   void insert(u64 position, linalg::MatrixView<const double> block);
 
-  /// Inverts the blocks. To be called once, after the last `insert`.
+  /// Inverts the blocks that were inserted since the last call. Belongs behind the last `insert`.
   /// @throws utility::RuntimeError "Matrix is not square!"
   /// @throws std::runtime_error    "LU decomposition failed with: <info>" for a singular block
   void finish();
@@ -41,6 +41,7 @@ class InterpolationBlockMatrix {
     std::vector<double> values;  ///< column-major; the inverse once finished
     u64 rows = 0;
     u64 cols = 0;
+    bool isInverse = false;
   };
 
   std::vector<Block> blocks_;

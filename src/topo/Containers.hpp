@@ -125,10 +125,21 @@ class Bitset<8> {
 /// a grid, and those take longer to make than all the rest.
 ///
 /// Owns the value. `get` may be called by many threads: one makes the value, the others wait. An
-/// object that was moved from has no value any more and takes none.
+/// object that was moved from has no value yet, as a new one.
 template <class T>
 class Lazy {
  public:
+  Lazy() = default;
+  Lazy(Lazy&& other) : Lazy() { std::swap(state_, other.state_); }
+  Lazy& operator=(Lazy&& other) {
+    Lazy taken(std::move(other));
+    std::swap(state_, taken.state_);
+    return *this;
+  }
+  Lazy(const Lazy&) = delete;
+  Lazy& operator=(const Lazy&) = delete;
+  ~Lazy() = default;
+
   /// The value, made by `make()` in the first call. References stay valid when this is moved. An
   /// exception of `make` passes through, and the next call tries again.
   template <class Make>

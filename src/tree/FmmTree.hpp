@@ -46,7 +46,8 @@ class FmmTree {
   /// @param sources  a surface; its elements stand in the tree by the mean of their vertices
   /// @param selector of the kind of interaction lists: 0, the adaptive ones
   /// @throws utility::LogicError   "Interaction lists of kind <selector> are not available"
-  /// @throws utility::RuntimeError for coordinates that aren't finite, see geom::BoundingBox<3>
+  /// @throws utility::RuntimeError for coordinates that aren't finite, see geom::BoundingBox<3>,
+  ///         and "Points of the cloud share a node"
   /// @throws what grid::surfaceTopology and grid::surfaceGeometry throw for grids that don't fit
   FmmTree(const grid::GridData& targets, const grid::GridData& sources, const Options& opts,
           int selector, comm::Comm communicator);

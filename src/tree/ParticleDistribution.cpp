@@ -105,6 +105,9 @@ void ParticleDistribution::redistribute_(const grid::GridData& targets,
   grids[kTargets] = reorderElements(targets, elementMappings[kTargets]);
   grids[kSources] = reorderElements(sources, elementMappings[kSources]);
   renumberNodesByUse(grids[kTargets]);
+  // Coordinates are taken by element from here on.
+  if (grids[kTargets].numNodes != targets.numElements)
+    throw utility::RuntimeError("Points of the cloud share a node");
 }
 
 }  // namespace velmo::tree

@@ -55,6 +55,38 @@ class Paths : public ::testing::Test {
   std::string table_;
 };
 
+TEST_F(Paths, OfTheResultAreNoneOfTheInputs) {
+  fs::copy_file(path("s.vtkhdf"), path("i.csv"));
+  fs::copy_file(path("s.xyz"), path("p.csv"));
+  fs::copy_file(path("s.yaml"), path("y.csv"));
+  folder_.write("o.csv", "input s.vtkhdf\npoints s.xyz\nsettings s.yaml\noutput o\n");
+  fs::create_symlink("p.csv", path("link.csv"));
+  fs::create_hard_link(path("p.csv"), path("twin.csv"));
+  const std::string i = "--input=s.vtkhdf";
+  const std::string p = "--points=s.xyz";
+  const std::string y = "--settings=s.yaml";
+  const struct {
+    std::vector<std::string> arguments;
+    std::string input;
+  } cases[] = {{{i, "--points=p.csv", y}, "p.csv"},
+               {{i, "--points=" + path("p.csv").string(), y, "--output=./p.csv"}, path("p.csv")},
+               {{i, "--points=p.csv", y, "--output=link"}, "p.csv"},
+               {{i, "--points=p.csv", y, "--output=twin.vtk"}, "p.csv"},
+               {{i, "--points=link.csv", y, "--output=p"}, "link.csv"},
+               {{"--input=i.csv", p, y, "--output=i"}, "i.csv"},
+               {{i, p, "--settings=y.csv", "--output=y"}, "y.csv"},
+               {{"@o.csv"}, "o.csv"}};
+  for (const auto& c : cases) {
+    const std::string before = readFile(path(c.input));
+    const ProgramResult result = runIn(c.arguments);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err, "(EE) [RANK 0]: The result would replace the input '" + c.input +
+                              "'; choose another name with --output\n");
+    EXPECT_TRUE(readFile(path(c.input)) == before) << c.input;
+  }
+  expectTableAt("twin.csv.csv", {i, "--points=p.csv", y, "--output=twin.csv.csv"});
+}
+
 /// 41 folders of 100 letters: longer than the system takes as a path.
 std::string endlessPath() {
   std::string path;

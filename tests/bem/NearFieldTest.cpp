@@ -191,6 +191,16 @@ TEST(NearField, AgreesWithItsDefinitionBeyondTheTabulatedRules) {
   }
 }
 
+TEST(NearField, NamesTheLimitOfItsTables) {
+  test::expectThrow<utility::RuntimeError>(
+      [] {
+        const World world(304, 0.4, 5, {.order = 100, .minRelDist = 1.0});
+        (void)world.fast(targetsAround(world));
+      },
+      "Densities of order 5 with rules of 2601 points need tables of 1086 MiB, the limit is 1024 "
+      "MiB; lower postEval.quad.order");
+}
+
 /// Potential and gradient by a rule of order 19 on cells four levels deeper and graded twice as
 /// finely, added in long double.
 std::array<double, 4> refinedIntegral(const World& world, const double* target) {

@@ -97,6 +97,12 @@ TEST(ShapeCache, HoldsWeightedFunctionsWithTheirIntegralsAsColumnSums) {
 TEST(ShapeCache, KeepsTheFirstBlockOfAKey) {
   ShapeCache cache;
   cache.add(kElements, List(1), quad::SurfaceRuleSet(5));
+  const auto before = cache.get(1, BasisKind::L2, 2);
+  cache.add(std::span(kElements).first(1), List(2), quad::SurfaceRuleSet(5));
+  EXPECT_EQ(cache.get(1, BasisKind::L2, 2).data, before.data);
+  test::expectThrow<RuntimeError>(
+      [&] { cache.add(std::span(kElements).first(1), List(1), quad::SurfaceRuleSet(5)); },
+      "The basis L2/1 has been cached for other elements");
   cache.add(kElements, List(1), quad::SurfaceRuleSet(8));
   EXPECT_EQ(cache.matrix(1, BasisKind::L2, ReferenceType::Triangle).rows, 7U);
 }

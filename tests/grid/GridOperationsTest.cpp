@@ -122,6 +122,7 @@ TEST(FilterUnusedNodes, DropsNodesWithoutElementAndRefusesUnknownOnes) {
   grid.connectivity[0] = u64{1} << 60;  // far too sparse for marks
   expectThrow<std::runtime_error>([&] { FilterUnusedNodes(grid); },
                                   "FilterUnusedNodes: node 1152921504606846976 not found ");
+  EXPECT_EQ(elementNodes(grid, 1), elementNodes(threeElements(), 1));
 }
 
 TEST(MergeGridData, PutsTogetherWhatFilterElementsTookApart) {

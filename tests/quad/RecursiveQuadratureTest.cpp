@@ -167,6 +167,14 @@ TEST(RecursiveQuadrature, ConvergesToAnAlmostSingularIntegral) {
   EXPECT_LT(previous, 1e-8);
 }
 
+TEST(RecursiveQuadrature, LeavesAnElementWithoutExtentWhole) {
+  const MappedElement place{ReferenceType::Triangle, 0.0,
+                            [](geom::ReferencePoints, double* x) { std::fill_n(x, 3, 2.0); }};
+  RecursiveQuadrature rule(5, 1.0, 5);
+  rule.initialize({2.0, 2.0, 2.0}, place);
+  EXPECT_EQ(rule.numPoints(), 7U);
+}
+
 TEST(RecursiveQuadrature, RefusesOrderZero) {
   test::expectThrow<utility::RuntimeError>([] { RecursiveQuadrature(0, 1.0, 5); },
                                            "0-th order not allowed");

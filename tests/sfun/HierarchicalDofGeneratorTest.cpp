@@ -75,6 +75,7 @@ TEST(InterpolationBlockMatrix, SolvesBlockAfterBlock) {
   const std::array<double, 4> first{2.0, 1.0, 0.0, 4.0};  // [[2, 0], [1, 4]]
   const std::array<double, 1> second{5.0};
   matrix.insert(1, {second.data(), 1, 1});
+  matrix.finish();  // of what is there by now
   matrix.insert(0, {first.data(), 2, 2});
   matrix.finish();
   const std::array<double, 3> rhs{6.0, 11.0, 10.0};

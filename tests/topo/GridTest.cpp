@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <set>
 #include <thread>
 #include <utility>
@@ -208,6 +209,16 @@ TEST(PointGrid, FindsItsVertices) {
         Grid<0>(2, {1}, {1, 1});
       },
       "topo::Grid<0>: connectivity and tags don't have one entry per element");
+}
+
+TEST(Grid, IsEmptyAfterAMove) {
+  Grid<2> from = mixedTorus(3, 4, 0, 1);
+  (void)from.edges();
+  const Grid<2> to = std::move(from);
+  const std::array<u64, 3> triangle{0, 1, 2};
+  EXPECT_EQ(from.find(triangle, false), kNone);
+  EXPECT_EQ(from.numEntities(1), 0U);
+  EXPECT_GT(to.numEntities(1), 0U);
 }
 
 }  // namespace

@@ -195,6 +195,10 @@ TEST(FmmTree, RefusesBadInput) {
   bad.coordinates[7] = std::numeric_limits<double>::quiet_NaN();
   expectThrow<RuntimeError>([&] { FmmTree(good, bad, {}, 0, 0); },
                             "Coordinates of point 7 are not finite");
+  grid::GridData sharing = good;
+  sharing.connectivity[3] = sharing.connectivity[1];
+  expectThrow<RuntimeError>([&] { FmmTree(sharing, good, {}, 0, 0); },
+                            "Points of the cloud share a node");
   expectThrow<utility::LogicError>([&] { FmmTree(good, good, {}, 5, 0); },
                                    "Interaction lists of kind 5 are not available");
 
