@@ -109,10 +109,11 @@ std::tuple<std::filesystem::path, std::filesystem::path> processPost(
   io::reportStage("Preparation", stageTimer);
 
   const auto& settings = problem.postEval;
-  io::info << io::format("FMM leafsize={}, quadrature order/max. level={}/{}, degree={}",
-                         settings.tree.leafSize, settings.quad.order, settings.quad.maxLevel,
-                         settings.fmm.degree)
-           << std::endl;
+  if (io::info.hasStreams())
+    io::info << io::format("FMM leafsize={}, quadrature order/max. level={}/{}, degree={}",
+                           settings.tree.leafSize, settings.quad.order, settings.quad.maxLevel,
+                           settings.fmm.degree)
+             << std::endl;
   const auto order = static_cast<u64>(solution.feOrder);
   velmo::evaluator::FmmEvaluator evaluator(fmmTree, {order, order}, settings.fmm, settings.quad,
                                            comm);

@@ -13,7 +13,6 @@
 #include <thread>
 #include <vector>
 
-#include "sparse/Assemble.hpp"
 #include "support/ExpectThrow.hpp"
 
 namespace velmo::sparse {
@@ -55,16 +54,21 @@ TEST(ParMatrix, AgreesWithDenseProductsOnRandomPatterns) {
   constexpr u64 rows = 30, cols = 17;
   std::mt19937_64 generator(5);
   std::vector<double> dense(rows * cols);
-  std::vector<Triple> triples;
+  std::vector<u64> rowsInUse, colsInUse;
   for (int k = 0; k < 200; ++k) {
     const u64 row = generator() % rows, col = generator() % cols;
-    const double value = static_cast<double>(generator() % 1000) / 1000.0;
-    dense[col * rows + row] = value;  // a second triple for a pair overwrites
-    triples.push_back({row, col, value});
+    if (dense[col * rows + row] != 0.0) continue;
+    dense[col * rows + row] = 0.001 * static_cast<double>(1 + generator() % 1000);
+    rowsInUse.push_back(row);
+    colsInUse.push_back(col);
   }
   const linalg::MatrixView<const double> A(dense.data(), rows, cols);
 
-  const auto matrix = assemble(IndexLayout(0, rows), IndexLayout(0, cols), triples);
+  csr::ParMatrix<double> matrix(IndexLayout(0, rows), IndexLayout(0, cols));
+  matrix.allocate(rowsInUse, colsInUse);
+  for (u64 k = 0; k < rowsInUse.size(); ++k)
+    matrix.addValues({&rowsInUse[k], 1}, {&colsInUse[k], 1},
+                     {&dense[colsInUse[k] * rows + rowsInUse[k]], 1, 1});
 
   for (const bool transposed : {false, true}) {
     std::vector<double> x = randomValues(transposed ? rows : cols, 6);
@@ -114,24 +118,6 @@ TEST(ParMatrix, SplitsValuesAndProductsByOwnership) {
     EXPECT_FALSE(in.scattered);
     EXPECT_EQ(in.remote.values, std::vector<double>(2, 0.0));
   }
-}
-
-TEST(ParMatrix, PermutationTimesItsTransposeIsIdentity) {
-  constexpr u64 n = 100000;
-  std::vector<u64> image = firstIds(n);
-  std::shuffle(image.begin(), image.end(), std::mt19937_64(3));
-  std::vector<Triple> triples;
-  for (u64 i = 0; i < n; ++i) triples.push_back({image[i], i, 1.0});
-  std::vector<double> x = randomValues(n, 4), permuted(n), back(n);
-  ParVec in(IndexLayout(0, n), View(x)), middle(IndexLayout(0, n), View(permuted)),
-      out(IndexLayout(0, n), View(back));
-
-  const auto matrix = assemble(in.layout, in.layout, std::move(triples));
-  matrix.matMult(in, middle, 1.0);
-  matrix.matMultTrans(middle, out, 1.0);
-
-  for (u64 i = 0; i < n; ++i) ASSERT_EQ(permuted[image[i]], x[i]);
-  EXPECT_EQ(back, x);
 }
 
 TEST(ParMatrix, TakesValuesOfManyThreads) {
@@ -197,10 +183,6 @@ TEST(ParMatrix, RefusesWhatItCannotDo) {
       {[&] { matrix.allocate(five, one); }, "Partition: index 5 outside partition: [0, 3]"},
       {[&] { csr::ParMatrix<double>(twoRanks, layout).allocate(std::vector<u64>{4}, one); },
        "To-be-sent list does not have the right size"},
-      {[&] {
-         static_cast<void>(assemble(layout, layout, {{0, 3, 1.0}}));
-       },
-       "Partition: index 3 outside partition: [0, 3]"},
       {[&] { matrix.getDiagonal(View(data.data(), 2)); }, "Provided storage too small"},
   };
 
