@@ -1,5 +1,6 @@
 #include "grid/LineScanner.hpp"
 
+#include <algorithm>
 #include <charconv>
 #include <concepts>
 #include <istream>
@@ -12,6 +13,7 @@
 namespace velmo::grid {
 namespace {
 
+constexpr std::size_t kUsualLine = 4096;
 constexpr std::size_t kMaxLine = std::size_t{1} << 20U;
 
 bool isBlank(char c) noexcept {
@@ -44,7 +46,7 @@ std::istream& skipComments(std::istream& stream) {
   return stream;
 }
 
-LineScanner::LineScanner(std::istream& stream) : stream_(stream), buffer_(kMaxLine + 1) {
+LineScanner::LineScanner(std::istream& stream) : stream_(stream), buffer_(kUsualLine) {
   unusual_.imbue(std::locale::classic());
 }
 
@@ -65,11 +67,17 @@ void LineScanner::readLine_() {
   // A full buffer raises the failbit as the end of the file does; they are told apart here.
   const std::ios_base::iostate mask = stream_.exceptions();
   stream_.exceptions(std::ios_base::goodbit);
-  stream_.getline(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
-  const auto count = static_cast<std::size_t>(stream_.gcount());
-  if (stream_.fail() && count == kMaxLine)
-    throw utility::RuntimeError(
-        "A line is longer than 1 MiB; this is no list of points and no mesh");
+  std::size_t count = 0;
+  while (true) {
+    stream_.getline(buffer_.data() + count, static_cast<std::streamsize>(buffer_.size() - count));
+    count += static_cast<std::size_t>(stream_.gcount());
+    if (!stream_.fail() || count + 1 < buffer_.size()) break;
+    if (count == kMaxLine)
+      throw utility::RuntimeError(
+          "A line is longer than 1 MiB; this is no list of points and no mesh");
+    stream_.clear();
+    buffer_.resize(std::min(2 * buffer_.size(), kMaxLine + 1));
+  }
   stream_.exceptions(mask);
   // The count includes the line end, which the end of the file may stand for.
   line_ = {buffer_.data(), stream_.eof() ? count : count - 1};

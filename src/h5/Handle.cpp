@@ -60,6 +60,10 @@ Dataspace dget_space(hid_t dataset) {
   return requireValid<Dataspace>(H5Dget_space(dataset), "dget_space failed");
 }
 
+PropertyList dget_create_plist(hid_t dataset) {
+  return requireValid<PropertyList>(H5Dget_create_plist(dataset), "dget_create_plist failed");
+}
+
 std::string pathOf(hid_t dataset) {
   return textOf(
       [dataset](char* text, std::size_t size) { return H5Iget_name(dataset, text, size); });

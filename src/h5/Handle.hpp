@@ -75,6 +75,10 @@ using PropertyList = Handle<H5Pclose, 0>;
 /// @throws "dget_space failed"
 [[nodiscard]] Dataspace dget_space(hid_t dataset);
 
+/// A copy of the properties that a dataset was created with: how its entries are stored.
+/// @throws "dget_create_plist failed"
+[[nodiscard]] PropertyList dget_create_plist(hid_t dataset);
+
 /// Path of a dataset within its file; empty for one without a name.
 [[nodiscard]] std::string pathOf(hid_t dataset);
 

@@ -53,7 +53,7 @@ void requireExternalFiles(hid_t dataset, const PropertyList& creation, const std
 
 void requireStored(hid_t dataset, const std::string& name, u64 size, Unwritten unwritten) {
   if (size == 0) return;
-  const PropertyList creation(H5Dget_create_plist(dataset));
+  const PropertyList creation = dget_create_plist(dataset);
   if (H5Pget_external_count(creation.get()) > 0)
     return requireExternalFiles(dataset, creation, name, size);
 

@@ -83,7 +83,7 @@ void copyEntries(hid_t type, hid_t from, const std::vector<std::byte>& source, h
 }  // namespace
 
 bool isVirtual(hid_t dataset) {
-  const PropertyList creation(H5Dget_create_plist(dataset));
+  const PropertyList creation = dget_create_plist(dataset);
   return H5Pget_layout(creation.get()) == H5D_VIRTUAL;
 }
 
@@ -121,7 +121,7 @@ void VirtualDataset::read(hid_t memoryType, void* data) {
 
 void VirtualDataset::read_(hid_t dataset, const std::string& name, hid_t memoryType, void* data) {
   const Dataspace space = dget_space(dataset);
-  const PropertyList creation(H5Dget_create_plist(dataset));
+  const PropertyList creation = dget_create_plist(dataset);
   std::array<std::byte, sizeof(double)> fill{};
   H5Pget_fill_value(creation.get(), memoryType, fill.data());
   H5Dfill(fill.data(), memoryType, data, memoryType, space.get());

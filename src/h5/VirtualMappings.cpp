@@ -84,7 +84,7 @@ void forEachMapping(hid_t dataset, const std::string& name,
   const auto require = [&name](bool isGood) {
     if (!isGood) throw utility::RuntimeError(name + " has mappings that cannot be read");
   };
-  const PropertyList creation(H5Dget_create_plist(dataset));
+  const PropertyList creation = dget_create_plist(dataset);
   const Dataspace space = dget_space(dataset);
   std::size_t count = 0;
   require(H5Pget_virtual_count(creation.get(), &count) >= 0);

@@ -53,9 +53,6 @@ void checkWeights(const RuleFamily<N>& family, double expected, const char* name
   }
 }
 
-// Every run needs the triangle rules: made at program start, before any thread exists.
-[[maybe_unused]] const RuleFamily<2>& kTriangleTableAtStart = triangleTable();
-
 constexpr u64 kFirstCollapsedOrder = 20;  // the table ends at 19
 constexpr u64 kFirstTensorOrder = 21;     // order of the Gauss rule for kFirstCollapsedOrder
 

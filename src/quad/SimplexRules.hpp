@@ -11,7 +11,7 @@ namespace velmo::quad {
 
 /// The tabulated rules on the triangle: 13 rules of the orders 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14,
 /// 17 and 19 with 1, 3, 6, 7, 12, 16, 19, 25, 33, 37, 42, 61 and 73 points, all inside, all weights
-/// positive. Made and checked when the program starts, read-only afterwards.
+/// positive. Made and checked by the first call, read-only afterwards.
 [[nodiscard]] const RuleFamily<2>& triangleTable();
 
 /// The tabulated rules on the tetrahedron: one for each order from 1 to 15. Made and checked by the

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <numbers>
 #include <random>
@@ -11,6 +12,7 @@
 #include "bem/LaplaceFundSol.hpp"
 #include "bem/NearFieldQuadrature.hpp"
 #include "bem/NearTask.hpp"
+#include "bem/PointChargeKernel.hpp"
 #include "grid/ElementTypes.hpp"
 #include "grid/Geometry.hpp"
 #include "grid/GridData.hpp"
@@ -189,6 +191,23 @@ TEST(NearField, AgreesWithItsDefinitionBeyondTheTabulatedRules) {
       }
     }
   }
+}
+
+/// A target on an element without extent: the plain rule and the kernels take it for far.
+TEST(NearField, AgreesWithItsDefinitionWhereTheRatioIsNoNumber) {
+  alignas(64) const std::array<double, 8> place{};
+  std::array<std::uint8_t, 1> isFar{};
+  quad::RecursiveQuadrature rule(5, 1.0, kSubdivisionLevels);
+
+  const bool anyNear = pointChargeKernel().markFar(
+      {.x = place.data(), .y = place.data(), .z = place.data(), .count = place.size()},
+      {0.0, 0.0, 0.0, 0.0}, 1.0, isFar.data());
+  rule.initialize({0.0, 0.0, 0.0}, {topo::ReferenceType::Triangle, 0.0,
+                                    [](auto, double* x) { std::fill_n(x, 3, 0.0); }});
+
+  EXPECT_FALSE(anyNear);
+  EXPECT_EQ(isFar[0], 0xff);
+  EXPECT_EQ(rule.numPoints(), 7U);
 }
 
 TEST(NearField, NamesTheLimitOfItsTables) {
