@@ -14,6 +14,7 @@
 #include "grid/PointReaders.hpp"
 #include "io/Channels.hpp"
 #include "io/Exception.hpp"
+#include "io/Progress.hpp"
 #include "io/Types.hpp"
 #include "thread/ThreadPool.hpp"
 
@@ -36,6 +37,7 @@ constexpr u64 kMaxThreads = 1024;
 grid::GridData readPointCloud(const fs::path& path) {
   // A file that can't be opened isn't told apart here: the readers make the stream throw.
   std::ifstream file(path);
+  const io::Progress progress("Reading points");
   if (path.extension() == ".mesh") {
     grid::GridData mesh;
     grid::readMesh(file, mesh);

@@ -1,7 +1,6 @@
 #include "grid/PointReaders.hpp"
 
 #include <algorithm>
-#include <iostream>
 #include <istream>
 #include <string>
 #include <vector>
@@ -10,6 +9,7 @@
 #include "grid/LineScanner.hpp"
 #include "io/CheckedAccess.hpp"
 #include "io/Exception.hpp"
+#include "io/Progress.hpp"
 #include "io/Types.hpp"
 
 namespace velmo::grid {
@@ -84,7 +84,7 @@ void readElements(std::istream& stream, u64 numIncidences, GridData& grid) {
     scanner.discardLine();
   }
   if (grid.connectivity.size() < numIncidences)
-    std::cerr << "(WW) Input file predicted larger size of incidence table\n";
+    io::printMessage("(WW) Input file predicted larger size of incidence table\n");
 }
 
 /// Points to make room for before any is read: a count in a file is not yet a promise.
