@@ -33,6 +33,9 @@ class LineScanner {
   [[nodiscard]] u64 nextUnsigned() { return next_<u64>(); }
   [[nodiscard]] std::string nextWord();
 
+  /// What stands behind the last value on its line.
+  [[nodiscard]] std::string rest() const { return line_.substr(position_); }
+
   /// Forgets the rest of the line of the last value: the stream stands at the next line.
   void discardLine();
 

@@ -107,11 +107,12 @@ std::istream& readMesh(std::istream& stream, GridData& grid) {
   return stream;
 }
 
-void readXyz(std::istream& stream, std::vector<double>& coordinates) {
+XyzRest readXyz(std::istream& stream, std::vector<double>& coordinates) {
   stream.exceptions(std::ios_base::failbit);
   LineScanner scanner(stream);
   skipComments(stream);
   const u64 numPoints = scanner.nextUnsigned();
+  XyzRest rest{.behindCount = scanner.rest()};
   scanner.discardLine();
   skipComments(stream);
 
@@ -122,6 +123,9 @@ void readXyz(std::istream& stream, std::vector<double>& coordinates) {
     scanner.discardLine();
     skipComments(stream);
   }
+  if (stream.good()) stream >> std::ws;
+  rest.hasMoreLines = stream.good() && stream.peek() != '#';
+  return rest;
 }
 
 }  // namespace velmo::grid

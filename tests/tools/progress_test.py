@@ -119,6 +119,25 @@ class Progress(support.ToolTest):
         self.assertEqual(lines[0], "(WW) Input file predicted larger size of incidence table")
         self.assertEqual(lines[-1], "(EE) [RANK 0]: Cannot open file 's.yaml'")
 
+    def test_lost_points_are_told_to_a_person_only(self):
+        def point(n):
+            return f"the first line looks like a point, but its first number, {n}, is taken for the " \
+                   "number of points"
+
+        def ignored(n):
+            return f"lines behind the {n} points that the first line announces are ignored"
+
+        rows = "1 2 3\n4 5 6\n"
+        for text, words in (
+                ("# 2\n" + rows, point(1)), ("1.5 2 3\n4 5 6\n", point(1)), ("0.5 2 3\n", point(0)),
+                ("1\n" + rows, ignored(1)), ("0\n" + rows, ignored(0)),
+                ("2 points\n" + rows + "\n \n# the end\n", None), ("2\n" + rows.rstrip(), None)):
+            with self.subTest(text=text):
+                command = self.command(self.write("p.xyz", text))
+                self.assertEqual(screen(self.on_terminal(command)),
+                                 [f"(WW) p.xyz: {words}" if words else ""])
+                self.assertEqual((self.status, self.call(*command).stderr), (0, ""))
+
     def test_nothing_is_written_where_nobody_looks(self):
         in_background = ["setsid", "--ctty", "bash", "-mc", '"$@" & exec 2>/dev/null; wait', "bash"]
         self.assertEqual(self.on_terminal(self.command(self.slowly("s.xyz")), term="dumb"), "")
