@@ -1,8 +1,6 @@
 # What `cmake --install` puts where beside the program, which its own folder installs, and the
 # Debian package that CPack makes of it.
 
-include(GNUInstallDirs)
-
 set(VELMO_MAINTAINER "orvanta.post maintainers <maintainers@orvanta.example>" CACHE STRING
     "Who stands behind a package built here: name <address>")
 set(VELMO_HOMEPAGE "https://orvanta.example/post" CACHE STRING
@@ -26,6 +24,8 @@ foreach(tool IN LISTS velmo_tools)
 endforeach()
 install(DIRECTORY tools/orvanta_tools DESTINATION "${CMAKE_INSTALL_DATADIR}/orvanta.post"
         FILES_MATCHING PATTERN "*.py")
+install(FILES "${PROJECT_BINARY_DIR}/share/settings.schema.json"
+        DESTINATION "${CMAKE_INSTALL_DATADIR}/orvanta.post")
 install(FILES share/completions/orvanta.post
         DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
 
@@ -55,6 +55,7 @@ add_custom_command(
   COMMAND make_sample --body=sphere-pair --density=exact --density-order=2 --geometry-order=2
           --refine=8 --gzip --points=plane --count=10000 --from=-3,0,-3 --to=3,0,3 --degree=8
           --near-order=8 --min-rel-dist=2 --leaf-size=200 "--out=${velmo_sample}"
+  DEPENDS make_sample
   COMMENT "Writing the sample" VERBATIM)
 add_custom_target(sample ALL
                   DEPENDS "${velmo_sample}.vtkhdf" "${velmo_sample}.xyz" "${velmo_sample}.yaml")

@@ -27,6 +27,9 @@ std::string fmmText(const bem::fmm::Settings& fmm) {
   return io::format("{{degree: {}, leafQuadratureOrder: {}}}", fmm.degree, fmm.leafQuadratureOrder);
 }
 
+/// Editors with a language server for YAML complete and check the file by this schema.
+constexpr const char* kSchemaComment = "# yaml-language-server: $schema=" VELMO_SCHEMA "\n";
+
 constexpr const char* kProblem =
     R"(# Settings of an electrostatic problem, shared by the main solver and the post solver. The comments
 # tell what the post solver makes of a key; it carries the others along.
@@ -48,7 +51,8 @@ constexpr const char* kSolvers = R"(
 )";
 
 std::string settingsText(const SettingsOptions& options) {
-  std::string text = kProblem;
+  std::string text = kSchemaComment;
+  text += kProblem;
   text += io::format(R"(
   fem:
     order: {}      # must be the order of the density in the solution file

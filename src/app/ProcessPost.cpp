@@ -1,5 +1,6 @@
 #include "app/ProcessPost.hpp"
 
+#include <optional>
 #include <span>
 #include <utility>
 #include <vector>
@@ -15,6 +16,7 @@
 #include "io/CheckedAccess.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
+#include "io/Progress.hpp"
 #include "io/StageReport.hpp"
 #include "sparse/ParVec.hpp"
 #include "tree/FmmTree.hpp"
@@ -105,7 +107,10 @@ std::tuple<std::filesystem::path, std::filesystem::path> processPost(
   requireOrder(solution, problem.fem.order);
   velmo::h5::checkChargeCount(solution);
   const LengthUnit unit = lengthUnitOf(points, solution.grid);
+  // While the file is read no line may stand: HDF5 writes words of its own to standard error.
+  std::optional<io::Progress> progress(std::in_place, "Preparation");
   FmmTree fmmTree = makeTree(points, solution.grid, unit, problem.bem.tree, comm);
+  progress.reset();
   io::reportStage("Preparation", stageTimer);
 
   const auto& settings = problem.postEval;
@@ -115,10 +120,13 @@ std::tuple<std::filesystem::path, std::filesystem::path> processPost(
                            settings.fmm.degree)
              << std::endl;
   const auto order = static_cast<u64>(solution.feOrder);
+  progress.emplace("FMM setup");
   velmo::evaluator::FmmEvaluator evaluator(fmmTree, {order, order}, settings.fmm, settings.quad,
                                            comm);
+  progress.reset();
   io::reportStage("FMM setup", stageTimer);
 
+  progress.emplace("FMM apply", evaluator.work());
   std::vector<double> coefficients =
       toTreeOrder(solution, fmmTree, evaluator.dofs(), numPoints, comm);
   ParVec treeCoefficients = viewOf(coefficients, comm);
@@ -128,6 +136,7 @@ std::tuple<std::filesystem::path, std::filesystem::path> processPost(
   ParVec treeField = viewOf(std::span(resultData).subspan(numTargets), comm);
   // One density serves both operators.
   evaluator.apply({treeCoefficients, treeCoefficients}, {treeField, treePotential});
+  progress.emplace("Sorting the results");
 
   velmo::topo::Grid<0> pointGrid = velmo::grid::pointTopology(points);
   pointGrid.createOwnerships(comm);
@@ -136,6 +145,7 @@ std::tuple<std::filesystem::path, std::filesystem::path> processPost(
   std::vector<double> field = toInputOrder(treeField, 3, pointGrid, fmmTree, comm);
   unit.removeFrom(potential, 1);
   unit.removeFrom(field, 2);
+  progress.reset();
   io::reportStage("FMM apply", stageTimer);
 
   auto result = writeResults(problem.postProc.outBasename, points, potential, field);

@@ -12,6 +12,7 @@
 #include "io/Channels.hpp"
 #include "io/CheckedAccess.hpp"
 #include "io/Format.hpp"
+#include "io/Progress.hpp"
 #include "io/StageReport.hpp"
 #include "thread/ParallelFor.hpp"
 
@@ -96,6 +97,7 @@ std::filesystem::path writeResults(const std::string& basename, const velmo::gri
     (void)velmo::utility::checkedAt(potential, numPoints - 1);
     (void)velmo::utility::checkedAt(field, 3 * numPoints - 1);
   }
+  const io::Progress progress("Writing the table", static_cast<double>(numPoints));
   // Rows are formatted by all threads and written in order; nothing to do for a file that failed.
   for (u64 begin = 0; begin < numPoints && file.good(); begin += kChunksPerWave * kRowsPerChunk) {
     std::vector<Chunk> wave;
@@ -106,8 +108,10 @@ std::filesystem::path writeResults(const std::string& basename, const velmo::gri
       chunk.text = formatRows(chunk.first, chunk.end, points.coordinates.data(), potential.data(),
                               field.data());
     });
-    for (const Chunk& chunk : wave)
+    for (const Chunk& chunk : wave) {
       file.write(chunk.text.data(), static_cast<std::streamsize>(chunk.text.size()));
+      io::addWorkDone(static_cast<double>(chunk.end - chunk.first));
+    }
   }
   return path;
 }

@@ -1,10 +1,12 @@
 #include "app/RunInputs.hpp"
 
+#include <unistd.h>
 #include <yaml-cpp/yaml.h>
 
 #include <algorithm>
 #include <fstream>
 #include <ostream>
+#include <sstream>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -16,6 +18,8 @@
 #include "grid/PointReaders.hpp"
 #include "io/Channels.hpp"
 #include "io/Exception.hpp"
+#include "io/Format.hpp"
+#include "io/Progress.hpp"
 #include "io/Types.hpp"
 #include "thread/ThreadPool.hpp"
 
@@ -35,16 +39,43 @@ constexpr const char* kProblemKey = "esProblem";
 /// Far above any machine's processors; a typing error must not start as many threads as it names.
 constexpr u64 kMaxThreads = 1024;
 
+/// Whether the line of the count is a point: "1 2 3", or "1.5 2 3", of which the count is the 1.
+bool looksLikePoint(const std::string& behindCount) {
+  if (behindCount.find_first_of(".eE,") == 0) return true;
+  std::istringstream words(behindCount);
+  double y = 0.0;
+  double z = 0.0;
+  return static_cast<bool>(words >> y >> z);
+}
+
+/// Points that are lost because the count is missing or too small are right by the format, but
+/// hardly meant. Batch jobs see no warning: their standard error stays as it is.
+void warnOfLostPoints(const fs::path& path, const grid::XyzRest& rest, u64 numPoints) {
+  if (isatty(STDERR_FILENO) == 0) return;
+  if (looksLikePoint(rest.behindCount))
+    io::printMessage(
+        io::format("(WW) {}: the first line looks like a point, but its first number, "
+                   "{}, is taken for the number of points\n",
+                   path.string(), numPoints));
+  else if (rest.hasMoreLines)
+    io::printMessage(
+        io::format("(WW) {}: lines behind the {} points that the first line announces "
+                   "are ignored\n",
+                   path.string(), numPoints));
+}
+
 grid::GridData readPointCloud(const fs::path& path) {
   // A file that can't be opened isn't told apart here: the readers make the stream throw.
   std::ifstream file(path);
+  const io::Progress progress("Reading points");
   if (path.extension() == ".mesh") {
     grid::GridData mesh;
     grid::readMesh(file, mesh);
     return grid::pointCloudOfNodes(mesh);
   }
   std::vector<double> coordinates;
-  grid::readXyz(file, coordinates);
+  const grid::XyzRest rest = grid::readXyz(file, coordinates);
+  warnOfLostPoints(path, rest, coordinates.size() / 3);
   return grid::makePointCloud(coordinates, coordinates.size() / 3);
 }
 

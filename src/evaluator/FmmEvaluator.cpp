@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "evaluator/WorkUnits.hpp"
 #include "fmm/CoefficientIndex.hpp"
 #include "io/Exception.hpp"
 #include "tree/LocallyEssentialTree.hpp"
@@ -50,6 +51,12 @@ bool FmmEvaluator::oneDensity(const sparse::ParVec& gradientDensity,
   return !gradientSources_ && gradientDensity.local.data == potentialDensity.local.data;
 }
 
+double FmmEvaluator::work() const {
+  const double conversions =
+      conversionCost(transfer_.degree()) * static_cast<double>(transferPlan_.pairs.size());
+  return potentialSources_.work() + conversions + targets_.work() + nearPass_.work();
+}
+
 void FmmEvaluator::clearExpansions(u64 numColumns) {
   auto& boxes = tree_->tree().boxes;
   const u64 rows = fmm::numCoefficients(transfer_.degree());
@@ -78,7 +85,9 @@ void FmmEvaluator::upwardPass() {
   for (u64 level = tree.numLevels - 2; level >= 2; --level) transfer_.m2mLevel(tree, level);
 }
 
-void FmmEvaluator::conversionPass() { transfer_.m2lConversion(tree_->tree(), transferPlan_); }
+void FmmEvaluator::conversionPass() {
+  transfer_.m2lConversion(tree_->tree(), transferPlan_, conversionCost(transfer_.degree()));
+}
 
 void FmmEvaluator::downwardPass() {
   auto& tree = tree_->tree();

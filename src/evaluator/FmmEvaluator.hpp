@@ -45,6 +45,10 @@ class FmmEvaluator {
   void apply(std::pair<sparse::ParVec&, sparse::ParVec&> sources,
              std::pair<sparse::ParVec&, sparse::ParVec&> targets);
 
+  /// What one application costs, in the unit of WorkUnits.hpp: the total that `apply` reports to
+  /// the progress of the run where both densities are one vector.
+  [[nodiscard]] double work() const;
+
   /// Degrees of freedom of the density on the sorted surface.
   [[nodiscard]] const fe::DofData& dofs() const noexcept { return potentialDofs_; }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <numeric>
 
+#include "io/Progress.hpp"
 #include "thread/ParallelFor.hpp"
 
 namespace velmo::evaluator {
@@ -23,7 +24,7 @@ std::vector<LeafTask> makeLeafTasks(std::span<const double> costs) {
   for (u64 i = 0; i < costs.size(); ++i) {
     collected += costs[i];
     if (collected < share && i + 1 < costs.size()) continue;
-    tasks.push_back({first, i + 1});
+    tasks.push_back({first, i + 1, collected});
     first = i + 1;
     collected = 0.0;
   }
@@ -31,7 +32,16 @@ std::vector<LeafTask> makeLeafTasks(std::span<const double> costs) {
 }
 
 void runLeafTasks(std::span<const LeafTask> tasks, const std::function<void(LeafTask)>& work) {
-  thread::parallelFor(tasks.begin(), tasks.end(), work);
+  thread::parallelFor(tasks.begin(), tasks.end(), [&](const LeafTask& task) {
+    work(task);
+    io::addWorkDone(task.cost);
+  });
+}
+
+double totalCost(std::span<const LeafTask> tasks) {
+  double sum = 0.0;
+  for (const LeafTask& task : tasks) sum += task.cost;
+  return sum;
 }
 
 }  // namespace velmo::evaluator

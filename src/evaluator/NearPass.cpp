@@ -1,5 +1,7 @@
 #include "evaluator/NearPass.hpp"
 
+#include <algorithm>
+
 #include "bem/NearTask.hpp"
 
 namespace velmo::evaluator {
@@ -25,6 +27,8 @@ NearPass::NearPass(const tree::FmmTree& tree, const SourcePlan& plan,
                    const bem::NearFieldQuadrature& quadrature, Subdivision subdivision)
     : tree_(&tree), plan_(&plan), quadrature_(&quadrature), subdivision_(subdivision) {
   const auto& boxes = tree.tree();
+  const double chargesPerElement = static_cast<double>(quadrature.points().x.size()) /
+                                   static_cast<double>(std::max<u64>(tree.numSources(), 1));
   std::vector<double> costs;
   for (const tree::BoxIndex leaf : boxes.nonHaloLeafPositions()) {
     if (!boxes.boxes[leaf].hasTargets()) continue;
@@ -36,7 +40,7 @@ NearPass::NearPass(const tree::FmmTree& tree, const SourcePlan& plan,
                    });
     const double pairs = numSources * static_cast<double>(boxes.targetRanges()[leaf].count);
     numPairs_ += pairs;
-    costs.push_back(pairs + 1.0);
+    costs.push_back(chargesPerElement * pairs + 1.0);
   }
   tasks_ = makeLeafTasks(costs);
 }

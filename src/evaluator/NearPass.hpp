@@ -33,6 +33,9 @@ class NearPass {
   /// Pairs of targets and elements that meet in this pass.
   [[nodiscard]] double numPairs() const noexcept { return numPairs_; }
 
+  /// What one application costs, in the unit of WorkUnits.hpp.
+  [[nodiscard]] double work() const { return totalCost(tasks_); }
+
  private:
   const tree::FmmTree* tree_;
   const SourcePlan* plan_;

@@ -1,5 +1,6 @@
 #include "evaluator/SourceOperators.hpp"
 
+#include "evaluator/WorkUnits.hpp"
 #include "fmm/CoefficientIndex.hpp"
 
 namespace velmo::evaluator {
@@ -22,14 +23,15 @@ std::vector<LeafTask> SourceOperators::tasksOf(std::span<const BoxElements> list
   std::vector<double> costs;
   costs.reserve(list.size());
   for (const BoxElements& entry : list)
-    costs.push_back(static_cast<double>(pointsOf(entry.elements).count));
+    costs.push_back(sourcePointCost(table_.degree()) *
+                    static_cast<double>(pointsOf(entry.elements).count));
   std::vector<LeafTask> tasks = makeLeafTasks(costs);
   // A box must not be split between tasks: all its sums belong to one thread, in list order.
   const auto behind = [list](u64 i) {
     while (i > 0 && i < list.size() && list[i].box == list[i - 1].box) ++i;
     return i;
   };
-  for (LeafTask& task : tasks) task = {behind(task.first), behind(task.end)};
+  for (LeafTask& task : tasks) task = {behind(task.first), behind(task.end), task.cost};
   return tasks;
 }
 

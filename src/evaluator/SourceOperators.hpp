@@ -34,6 +34,9 @@ class SourceOperators {
   /// @param coefficients element after element in sorted order
   void apply(tree::FmmTree& tree, u64 column, std::span<const double> coefficients) const;
 
+  /// What one application costs, in the unit of WorkUnits.hpp.
+  [[nodiscard]] double work() const { return totalCost(momentTasks_) + totalCost(receiveTasks_); }
+
  private:
   [[nodiscard]] std::vector<LeafTask> tasksOf(std::span<const BoxElements> list) const;
   [[nodiscard]] fmm::ExpansionPoints pointsOf(tree::ObjectRange range) const noexcept;

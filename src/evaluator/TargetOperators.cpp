@@ -1,5 +1,6 @@
 #include "evaluator/TargetOperators.hpp"
 
+#include "evaluator/WorkUnits.hpp"
 #include "fmm/CoefficientIndex.hpp"
 #include "io/Exception.hpp"
 #include "math/Constants.hpp"
@@ -23,7 +24,8 @@ TargetOperators::TargetOperators(const tree::FmmTree& tree, const SourcePlan& pl
     leaves_.push_back(leaf);
     const auto numExpansions =
         static_cast<double>(1 + boxes.boxes[leaf].positions(tree::ListKind::W).size());
-    costs.push_back(numExpansions * static_cast<double>(boxes.targetRanges()[leaf].count));
+    costs.push_back(targetPointCost(degree) * numExpansions *
+                    static_cast<double>(boxes.targetRanges()[leaf].count));
   }
   tasks_ = makeLeafTasks(costs);
 }

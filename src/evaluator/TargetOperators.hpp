@@ -43,6 +43,9 @@ class TargetOperators {
   void apply(const tree::FmmTree& tree, u64 potentialColumn, u64 gradientColumn,
              std::span<double> potential, std::span<double> field) const;
 
+  /// What one application costs, in the unit of WorkUnits.hpp.
+  [[nodiscard]] double work() const { return totalCost(tasks_); }
+
  private:
   /// @param expansion, sums workspace of the task
   void applyToLeaf(const tree::FmmTree& tree, tree::BoxIndex leaf, u64 potentialColumn,

@@ -8,6 +8,7 @@
 #include "fmm/TranslationFactors.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
+#include "io/Progress.hpp"
 #include "linalg/Products.hpp"
 #include "thread/ParallelFor.hpp"
 
@@ -238,12 +239,13 @@ Transfer::Conversion Transfer::conversionOfBoxes(double boxSize) const {
   return conversion;
 }
 
-void Transfer::m2lConversion(Tree& tree, const TransferPlan& plan) const {
+void Transfer::m2lConversion(Tree& tree, const TransferPlan& plan, double pairCost) const {
   std::vector<Conversion> conversions;
   for (u64 level = 0; level < tree.numLevels; ++level)
     conversions.push_back(conversionOfBoxes(std::ldexp(rootSize_, -static_cast<int>(level))));
   const auto run = [&](const TransferPlan::Task& task) {
     convert(tree, plan, task, conversions[task.level]);
+    io::addWorkDone(pairCost * static_cast<double>(task.endPair - task.firstPair));
   };
   thread::parallelFor(plan.tasks.begin(), plan.tasks.end(), run);
 }

@@ -95,7 +95,8 @@ class FarfieldTransfer<LaplaceFundSol<3>> {
 
   /// All pairs of all lists V that the plan names, in parallel, one task of the plan at a time.
   /// @param plan made for this tree
-  void m2lConversion(Tree& tree, const velmo::fmm::TransferPlan& plan) const;
+  /// @param pairCost what a pair adds to the progress of the run, in the caller's unit
+  void m2lConversion(Tree& tree, const velmo::fmm::TransferPlan& plan, double pairCost = 0.0) const;
 
   /// Degree of the expansions of a level, named by its first identifier: the same for all. A hook
   /// for degrees that differ by level; the translations of whole levels don't ask it.

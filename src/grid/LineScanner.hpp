@@ -40,6 +40,9 @@ class LineScanner {
   /// The next line, without a carriage return at its end.
   [[nodiscard]] std::string nextLine();
 
+  /// What stands behind the last value on its line.
+  [[nodiscard]] std::string rest() const { return std::string(line_.substr(position_)); }
+
   /// Forgets the rest of the line of the last value: the stream stands at the next line.
   void discardLine();
 

@@ -1,7 +1,6 @@
 #include "grid/PointReaders.hpp"
 
 #include <algorithm>
-#include <iostream>
 #include <istream>
 #include <string>
 #include <vector>
@@ -10,6 +9,7 @@
 #include "grid/LineScanner.hpp"
 #include "io/CheckedAccess.hpp"
 #include "io/Exception.hpp"
+#include "io/Progress.hpp"
 #include "io/Types.hpp"
 
 namespace velmo::grid {
@@ -83,7 +83,7 @@ void readElements(std::istream& stream, u64 numIncidences, GridData& grid) {
     scanner.discardLine();
   }
   if (grid.connectivity.size() < numIncidences)
-    std::cerr << "(WW) Input file predicted larger size of incidence table\n";
+    io::printMessage("(WW) Input file predicted larger size of incidence table\n");
 }
 
 /// Points to make room for before any is read: a count in a file is not yet a promise.
@@ -106,11 +106,12 @@ std::istream& readMesh(std::istream& stream, GridData& grid) {
   return stream;
 }
 
-void readXyz(std::istream& stream, std::vector<double>& coordinates) {
+XyzRest readXyz(std::istream& stream, std::vector<double>& coordinates) {
   stream.exceptions(std::ios_base::failbit);
   LineScanner scanner(stream);
   skipComments(stream);
   const u64 numPoints = scanner.nextUnsigned();
+  XyzRest rest{.behindCount = scanner.rest()};
   scanner.discardLine();
   skipComments(stream);
 
@@ -121,6 +122,9 @@ void readXyz(std::istream& stream, std::vector<double>& coordinates) {
     scanner.discardLine();
     skipComments(stream);
   }
+  if (stream.good()) stream >> std::ws;
+  rest.hasMoreLines = stream.good() && stream.peek() != '#';
+  return rest;
 }
 
 }  // namespace velmo::grid

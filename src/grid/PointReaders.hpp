@@ -1,6 +1,7 @@
 #pragma once
 
 #include <iosfwd>
+#include <string>
 #include <vector>
 
 #include "grid/GridData.hpp"
@@ -24,13 +25,21 @@ namespace velmo::grid {
 /// @throws std::ios_base::failure for a missing or malformed number; as LineScanner for long lines
 std::istream& readMesh(std::istream& stream, GridData& grid);
 
+/// What a list of points holds beside its points. A list whose count is missing or wrong shows
+/// here.
+struct XyzRest {
+  std::string behindCount;    ///< text behind the count on its line
+  bool hasMoreLines = false;  ///< behind the last point stands a line that is no comment
+};
+
 /// Reads a list of points: the count N, then x, y, z of each point, shape (N, 3) in `coordinates`.
 ///
 /// Text behind the count and behind the three numbers of a point is ignored, as are comment lines
 /// before and after each of these lines and everything after the last point.
 ///
 /// Makes the stream throw on failbit.
+/// @return what was ignored
 /// @throws std::ios_base::failure for a missing or malformed number; as LineScanner for long lines
-void readXyz(std::istream& stream, std::vector<double>& coordinates);
+XyzRest readXyz(std::istream& stream, std::vector<double>& coordinates);
 
 }  // namespace velmo::grid

@@ -1,12 +1,12 @@
 #include "quad/RuleFamily.hpp"
 
 #include <algorithm>
-#include <iostream>
 #include <numeric>
 #include <utility>
 
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
+#include "io/Progress.hpp"
 
 namespace velmo::quad {
 
@@ -31,8 +31,8 @@ u64 indexOf(const RuleFamily<N>& family, u64 order) {
   if (family.orders.empty()) throw utility::RuntimeError("No rules available");
   const auto found = std::lower_bound(family.orders.begin(), family.orders.end(), order);
   if (found != family.orders.end()) return static_cast<u64>(found - family.orders.begin());
-  std::cerr << io::format("(WW) Order {} is not available, falling back to {}\n", order,
-                          family.orders.back());
+  io::printMessage(io::format("(WW) Order {} is not available, falling back to {}\n", order,
+                              family.orders.back()));
   return family.orders.size() - 1;
 }
 

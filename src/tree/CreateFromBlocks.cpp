@@ -1,12 +1,12 @@
 #include "tree/CreateFromBlocks.hpp"
 
 #include <algorithm>
-#include <iostream>
 #include <iterator>
 #include <string>
 
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
+#include "io/Progress.hpp"
 #include "thread/ParallelFor.hpp"
 #include "tree/CompleteOctree.hpp"
 #include "tree/SortedIdentifiers.hpp"
@@ -131,10 +131,10 @@ std::vector<Orthant<3>> sortedNodes(const std::vector<Orthant<3>>& nodes) {
 
 void warnOfOverfullLeaves(std::span<const u64> counts) {
   for (const u64 count : counts)
-    std::cerr << io::format(
+    io::printMessage(io::format(
         "(WW) CreateFromBlocks::createSubtree maximum representable level {} reached (num. "
         "objects={})\n",
-        Morton::kMaxLevel, count);
+        Morton::kMaxLevel, count));
 }
 
 }  // namespace

@@ -7,7 +7,8 @@ from pathlib import Path
 
 import support
 
-support.require(numpy="python3-numpy", h5py="python3-h5py", matplotlib="python3-matplotlib")
+support.require(numpy="python3-numpy", h5py="python3-h5py", matplotlib="python3-matplotlib",
+                yaml="python3-yaml")
 
 ROOT = support.TOOLS.parent
 COMMANDS = sorted(path.name.removeprefix("orvanta-") for path in support.TOOLS.glob("orvanta-*"))
@@ -66,8 +67,10 @@ class Documents(support.ToolTest):
         # The first run as README shows it, with nothing but what is installed.
         for file in (doc / "examples").glob("sample.*"):
             Path(file.name).write_bytes(file.read_bytes())
-        ran = self.call(prefix / "bin/orvanta.post", "--input=sample.vtkhdf", "--points=sample.xyz",
-                        "--settings=sample.yaml")
+        inputs = ("--input=sample.vtkhdf", "--points=sample.xyz", "--settings=sample.yaml")
+        checked = self.call("env", "-u", "ORVANTA_SCHEMA", prefix / "bin/orvanta-check", *inputs)
+        self.assertIn("\n0 errors, ", checked.stdout, checked)
+        ran = self.call(prefix / "bin/orvanta.post", *inputs)
         self.assertEqual((ran.returncode, ran.stderr), (0, ""))
         drawn = self.call(prefix / "bin/orvanta-plot", "--table=sample.csv", "--input=sample.vtkhdf")
         self.assertEqual((drawn.returncode, drawn.stderr), (0, ""))

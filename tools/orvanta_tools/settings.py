@@ -1,69 +1,61 @@
-"""The settings file: its keys, and everything that is wrong with it, key by key."""
+"""The settings file: everything that is wrong with it, key by key, by its JSON Schema."""
 import difflib
+import json
 import os
+import pathlib
 import re
 
-from .cli import need
+from .cli import Failure, need
 
 # What a key may hold.
-TEXT, WHOLE, SIGNED, NUMBER, SWITCH, ANYTHING = (
-    "a text", "a whole number from 0 on", "a whole number", "a number", "true or false", "anything")
+TEXT, WHOLE, SIGNED, NUMBER, SWITCH = (
+    "a text", "a whole number from 0 on", "a whole number", "a number", "true or false")
 PATTERNS = {TEXT: r".*", WHOLE: r"\d+", SIGNED: r"[+-]?\d+",
             NUMBER: r"[+-]?(\d+\.?\d*|\.\d+)([eE][+-]?\d+)?",
             SWITCH: r"(y|n|yes|no|true|false|on|off|Y|N|Yes|No|True|False|On|Off|"
                     r"YES|NO|TRUE|FALSE|ON|OFF)"}
 
 
+def read_schema():
+    """The JSON Schema of settings files: installed beside the modules, else made by the build."""
+    here = pathlib.Path(__file__).resolve().parents[1]
+    built = sorted(here.parent.glob("build/*/share/settings.schema.json"),
+                   key=lambda path: path.stat().st_mtime)
+    given = os.environ.get("ORVANTA_SCHEMA")
+    for path in [given] if given else [here / "settings.schema.json", *reversed(built)]:
+        if os.path.exists(path):
+            return json.loads(pathlib.Path(path).read_text(encoding="utf-8"))
+    raise Failure("settings.schema.json is missing: build the project, or name the file in "
+                  "ORVANTA_SCHEMA")
+
+
 class Key:
-    """A key of the settings: what it holds (a kind, a dict of keys, or a list of one of them), and
-    whether it must be there."""
+    """A key of the settings: whether it must be there, and what it holds: a kind, a dict of keys, a
+    list of one Key, or, for blocks of several kinds, a tuple with the keys of each."""
 
-    def __init__(self, holds, required=True):
-        self.holds, self.required = holds, required
+    def __init__(self, item, required, definitions):
+        self.required = required
+        self.least, self.greatest = item.get("minimum"), item.get("maximum")
+        self.choices, self.constant = item.get("enum"), item.get("const")
+        self.length = item.get("maxItems")
+        kind = item.get("type")
+        if "oneOf" in item:
+            self.holds = tuple(keys_of(definitions[choice["$ref"].rsplit("/", 1)[1]], definitions)
+                               for choice in item["oneOf"])
+        elif kind == "object":
+            self.holds = keys_of(item, definitions)
+        elif kind == "array":
+            self.holds = [Key(item["items"], True, definitions)]
+        elif kind == "integer":
+            self.holds = SIGNED if self.least is None or self.least < 0 else WHOLE
+        else:
+            self.holds = {"string": TEXT, "number": NUMBER, "boolean": SWITCH}[kind]
 
 
-def optional(holds):
-    return Key(holds, required=False)
-
-
-COMMENT = {"comment": optional(TEXT)}
-FMM = {"leafQuadratureOrder": Key(WHOLE), "degree": Key(WHOLE)}
-# Which of the first two is needed depends on the third.
-TREE = {"leafSize": optional(WHOLE), "maxLevel": optional(WHOLE), "adaptive": Key(SWITCH)}
-SOLVER = {"type": Key(TEXT), "rtol": Key(NUMBER), "atol": Key(NUMBER), "maxIter": Key(WHOLE),
-          "verbose": optional(SWITCH), "restart": optional(WHOLE), **COMMENT}
-PROBLEM = {
-    "domain": Key({"parts": Key([{"name": Key(TEXT), "id": Key(WHOLE),
-                                  "regionIds": optional([WHOLE]), **COMMENT}]),
-                   "placements": optional([ANYTHING]), **COMMENT}),
-    "dielectrics": Key([{"partId": Key(WHOLE), "orientations": Key([SIGNED]), "epsR": Key(NUMBER),
-                         **COMMENT}]),
-    "electrodes": Key([{"partId": Key(WHOLE), "voltage": Key(NUMBER), **COMMENT}]),
-    "floatings": Key([{"partId": Key(WHOLE), "charge": Key(NUMBER), **COMMENT}]),
-    "fem": Key({"order": Key(WHOLE), "quadOrder": Key(WHOLE), **COMMENT}),
-    "bem": Key({"quad": Key({"regular": Key(WHOLE), "quasiOrder": Key(WHOLE),
-                             "quasiMaxLevel": Key(WHOLE), "quasiAdm": Key(NUMBER),
-                             "singularXi": Key(WHOLE), "singularEta": Key(WHOLE)}),
-                "fmm": Key(FMM), "tree": Key(TREE), "updateInTime": optional(SWITCH), **COMMENT}),
-    "postEval": Key({"quad": Key({"order": Key(WHOLE), "minRelDist": Key(NUMBER),
-                                  "maxLevel": Key(WHOLE)}),
-                     "fmm": Key(FMM), "tree": Key(TREE), "updateInTime": optional(SWITCH),
-                     **COMMENT}),
-    "postProc": Key({"outBasename": optional(TEXT), "outputFrequency": optional(WHOLE),
-                     "vtk": optional(SWITCH), "csv": optional(SWITCH), "dumpSol": optional(SWITCH),
-                     "matOut": optional({"active": Key(SWITCH), "timeSteps": optional([WHOLE]),
-                                         "onException": optional(SWITCH), **COMMENT}),
-                     "vtkhdf": optional({"active": Key(SWITCH), "isSinglePrec": optional(SWITCH),
-                                         "isGZip": optional(SWITCH), "isSZip": optional(SWITCH),
-                                         "isChecksum": optional(SWITCH), **COMMENT}),
-                     "interiorSurfaces": optional([{"id": Key(WHOLE), "name": Key(TEXT),
-                                                    **COMMENT}]), **COMMENT}),
-    "systemSolver": Key(SOLVER), "postSolver": Key(SOLVER), "numThreads": Key(WHOLE), **COMMENT}
-
-# Least and greatest value of what the program reads.
-RANGES = {"bem.fmm.degree": (3, None), "postEval.fmm.degree": (3, 80),
-          "postEval.fmm.leafQuadratureOrder": (0, 100), "postEval.quad.order": (0, 100),
-          "numThreads": (0, 1024)}
+def keys_of(block, definitions):
+    """The keys of a block of the schema, in its order."""
+    return {name: Key(item, name in block["required"], definitions)
+            for name, item in block["properties"].items()}
 
 
 class Settings:
@@ -84,9 +76,11 @@ class Settings:
         except yaml.YAMLError as error:
             report.error(path, f"this is no YAML: {error}")
             return
-        top = self._mapping(root, "", {"esProblem": Key(PROBLEM), "includes": optional(ANYTHING)})
+        schema = read_schema()
+        keys = keys_of(schema, schema["definitions"])
+        top = self._mapping(root, "", keys)
         if "esProblem" in top:
-            self._walk(top["esProblem"], "", PROBLEM)
+            self._walk(top["esProblem"], "", keys["esProblem"].holds)
 
     def where(self, key):
         """File, line and key for a message."""
@@ -141,8 +135,8 @@ class Settings:
     def _walk(self, node, prefix, keys):
         found = self._mapping(node, prefix, keys)
         for name, value in found.items():
-            self._check(value, prefix + name, keys[name].holds)
-        if keys is TREE and "adaptive" in found:
+            self._check(value, prefix + name, keys[name])
+        if "adaptive" in found:  # it decides which of two keys is needed
             self._check_tree(prefix, found)
 
     def _check_tree(self, prefix, found):
@@ -155,16 +149,19 @@ class Settings:
             self.report.warn(self.where(prefix + other), "has no effect beside "
                              f"adaptive: {str(adaptive).lower()}")
 
-    def _check(self, node, key, holds):
+    def _check(self, node, key, form):
         place = f"{self._place(node.start_mark.line)}, key {key}"
-        if holds is ANYTHING:
-            return
-        if isinstance(holds, dict):
+        holds = form.holds
+        if isinstance(holds, tuple):
+            self._check_kind(node, key, holds)
+        elif isinstance(holds, dict):
             self._walk(node, key + ".", holds)
         elif isinstance(holds, list):
             if node.id != "sequence":
                 self.report.error(place, "expected a list, as in [1, 2] or lines that begin with -")
                 return
+            if form.length is not None and len(node.value) != form.length:
+                self.report.error(place, f"expected {form.length} entries, got {len(node.value)}")
             for i, entry in enumerate(node.value):
                 self._check(entry, f"{key}[{i}]", holds[0])
         elif node.id != "scalar" or not re.fullmatch(PATTERNS[holds], node.value):
@@ -172,14 +169,24 @@ class Settings:
             self.report.error(place, f"expected {holds}, got {got}")
         else:
             self.values[key], self.lines[key] = node.value, node.start_mark.line
-            self._check_range(key)
+            self._check_value(key, form)
 
-    def _check_range(self, key):
-        if key not in RANGES:
-            return
-        least, greatest = RANGES[key]
-        value = int(self.values[key])
-        if value < least:
-            self.report.error(self.where(key), f"{value} is below {least}")
-        elif greatest is not None and value > greatest:
-            self.report.error(self.where(key), f"{value} is above {greatest}")
+    def _check_kind(self, node, key, kinds):
+        """A block whose key `type` tells which keys it has."""
+        entries = node.value if node.id == "mapping" else ()
+        given = [value.value for name, value in entries if name.value == "type"]
+        names = {keys["type"].constant: keys for keys in kinds}
+        if len(given) == 1 and given[0] in names:
+            self._walk(node, key + ".", names[given[0]])
+        else:
+            self.report.error(f"{self._place(node.start_mark.line)}, key {key}",
+                              f"needs a type: {', '.join(names)}")
+
+    def _check_value(self, key, form):
+        value = self.values[key]
+        if form.choices and value not in form.choices:
+            self.report.warn(self.where(key), f"{value} is none of {', '.join(form.choices)}")
+        if form.least is not None and int(value) < form.least:
+            self.report.error(self.where(key), f"{value} is below {form.least}")
+        elif form.greatest is not None and int(value) > form.greatest:
+            self.report.error(self.where(key), f"{value} is above {form.greatest}")
