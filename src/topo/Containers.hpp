@@ -125,17 +125,13 @@ class Bitset<8> {
 /// a grid, and those take longer to make than all the rest.
 ///
 /// Owns the value. `get` may be called by many threads: one makes the value, the others wait. An
-/// object that was moved from has no value yet, as a new one.
+/// object that was moved from gives an empty value, T().
 template <class T>
 class Lazy {
  public:
   Lazy() = default;
-  Lazy(Lazy&& other) : Lazy() { std::swap(state_, other.state_); }
-  Lazy& operator=(Lazy&& other) {
-    Lazy taken(std::move(other));
-    std::swap(state_, taken.state_);
-    return *this;
-  }
+  Lazy(Lazy&&) noexcept = default;
+  Lazy& operator=(Lazy&&) noexcept = default;
   Lazy(const Lazy&) = delete;
   Lazy& operator=(const Lazy&) = delete;
   ~Lazy() = default;
@@ -144,6 +140,10 @@ class Lazy {
   /// exception of `make` passes through, and the next call tries again.
   template <class Make>
   [[nodiscard]] const T& get(const Make& make) const {
+    if (!state_) {
+      static const T kEmpty{};
+      return kEmpty;
+    }
     std::call_once(state_->isMade, [&] { state_->value = make(); });
     return state_->value;
   }
