@@ -37,7 +37,6 @@ const sfun::NodalBasis& geometricBasis(u64 code) {
 void nodalSum(std::span<const double> nodes, const double* values, u64 numPoints,
               double* out) noexcept {
   // One row per component keeps the loop over points contiguous in all its operands.
-  constexpr u64 kBatch = 32;
   std::array<double, kBatch> x;
   std::array<double, kBatch> y;
   std::array<double, kBatch> z;

@@ -66,7 +66,7 @@ void erase() {
 }
 
 std::string duration(double seconds) {
-  const auto s = static_cast<unsigned long long>(seconds + 0.5);
+  const long long s = std::llround(seconds);
   if (s < 60) return format("{} s", s);
   if (s < 3600) return format("{} min {:02} s", s / 60, s % 60);
   return format("{} h {:02} min", s / 3600, s / 60 % 60);
