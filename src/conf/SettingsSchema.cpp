@@ -106,8 +106,8 @@ void completeObject(Node object) {
   object["additionalProperties"] = false;
 }
 
-Node propertyAt(Node object, std::initializer_list<const char*> path) {
-  Node node = std::move(object);
+Node propertyAt(const Node& object, std::initializer_list<const char*> path) {
+  Node node(object);
   for (const char* const key : path) node.reset(node["properties"][key]);
   return node;
 }
