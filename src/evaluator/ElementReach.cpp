@@ -49,28 +49,29 @@ struct StraightNodes {
   std::vector<double> values;
 };
 
+/// Squared distance of a point from the smallest box, parallel to the axes, around some points; 0
+/// inside.
+double squaredDistanceToBox(const double* points, u64 count, const double* x) noexcept {
+  double sum = 0.0;
+  for (u64 axis = 0; axis < 3; ++axis) {
+    double low = points[axis];
+    double high = points[axis];
+    for (u64 k = 1; k < count; ++k) {
+      low = std::min(low, points[3 * k + axis]);
+      high = std::max(high, points[3 * k + axis]);
+    }
+    const double d = std::max({low - x[axis], x[axis] - high, 0.0});
+    sum += d * d;
+  }
+  return sum;
+}
+
 double squaredDistance(const double* a, const double* b) noexcept {
   const double d[3] = {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
   return d[0] * d[0] + d[1] * d[1] + d[2] * d[2];
 }
 
 }  // namespace
-
-void Extent::add(const double* point) noexcept {
-  for (int i = 0; i < 3; ++i) {
-    low[i] = std::min(low[i], point[i]);
-    high[i] = std::max(high[i], point[i]);
-  }
-}
-
-double Extent::squaredDistance(const double* point) const noexcept {
-  double sum = 0.0;
-  for (int i = 0; i < 3; ++i) {
-    const double d = std::max({low[i] - point[i], point[i] - high[i], 0.0});
-    sum += d * d;
-  }
-  return sum;
-}
 
 ElementReach::ElementReach(const grid::SurfaceElements& elements) : elements_(&elements) {
   std::map<u64, StraightNodes> types;
@@ -95,9 +96,7 @@ double ElementReach::farthest(u64 element, const double* point) const noexcept {
 
 double ElementReach::nearest(u64 element, const double* point) const noexcept {
   const double* const nodes = elements_->nodes(element).data();
-  Extent extent;
-  for (u64 v = 0; v < numVertices(element); ++v) extent.add(nodes + 3 * v);
-  return std::sqrt(extent.squaredDistance(point)) - bulge(element);
+  return std::sqrt(squaredDistanceToBox(nodes, numVertices(element), point)) - bulge(element);
 }
 
 }  // namespace velmo::evaluator

@@ -1,25 +1,11 @@
 #pragma once
 
-#include <limits>
 #include <vector>
 
 #include "grid/SurfaceElements.hpp"
 #include "io/Types.hpp"
 
 namespace velmo::evaluator {
-
-/// A box parallel to the axes; the empty one holds no point.
-struct Extent {
-  double low[3] = {kInfinity, kInfinity, kInfinity};
-  double high[3] = {-kInfinity, -kInfinity, -kInfinity};
-
-  void add(const double* point) noexcept;
-
-  /// Squared distance of the box from a point, 0 inside.
-  [[nodiscard]] double squaredDistance(const double* point) const noexcept;
-
-  static constexpr double kInfinity = std::numeric_limits<double>::infinity();
-};
 
 /// How far surface elements reach, in the unit of the input.
 ///

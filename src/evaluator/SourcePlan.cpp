@@ -58,15 +58,6 @@ double distanceBetween(const double* a, const double* b) noexcept {
   return std::sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
 }
 
-/// Splits 0 to `count` over the threads.
-std::vector<thread::Range<u64>> shares(u64 count) {
-  const u64 numShares = std::min(count, std::max<u64>(thread::numThreads(), 1));
-  std::vector<thread::Range<u64>> result;
-  for (u64 i = 0; i < numShares; ++i)
-    result.push_back({count * i / numShares, count * (i + 1) / numShares, i});
-  return result;
-}
-
 class Planner {
  public:
   Planner(const tree::FmmTree& tree, const ElementReach& reach)
@@ -79,11 +70,11 @@ class Planner {
     const auto& tree = tree_.tree();
     const std::span<const BoxIndex> leaves = tree.nonHaloLeafPositions();
     std::vector<BoxIndex> homes(tree_.numSources());
-    const auto parts = shares(leaves.size());
+    const auto parts = thread::ranges(leaves.begin(), leaves.end());
     thread::parallelFor(parts.begin(), parts.end(), [&](const auto& part) {
-      for (const BoxIndex leaf : leaves.subspan(part.first, part.last - part.first)) {
-        const ObjectRange range = tree.sourceRanges()[leaf];
-        for (u64 e = range.first; e < range.first + range.count; ++e) homes[e] = homeOf(e, leaf);
+      for (auto leaf = part.first; leaf != part.last; ++leaf) {
+        const ObjectRange range = tree.sourceRanges()[*leaf];
+        for (u64 e = range.first; e < range.first + range.count; ++e) homes[e] = homeOf(e, *leaf);
       }
     });
 
@@ -110,12 +101,13 @@ class Planner {
   }
 
   void shareLists(SourcePlan& plan) const {
-    const auto parts = shares(numBoxes_);
+    const auto& boxes = tree_.tree().boxes;
+    const auto parts = thread::ranges(boxes.begin(), boxes.end());
     std::vector<ListShare> results(parts.size());
     thread::parallelFor(parts.begin(), parts.end(), [&](const auto& part) {
       ListShare& share = results[part.index];
-      for (u64 box = part.first; box < part.last; ++box)
-        addLists(static_cast<BoxIndex>(box), share);
+      for (auto box = part.first; box != part.last; ++box)
+        addLists(static_cast<BoxIndex>(box - boxes.begin()), share);
     });
     plan.direct.offsets.assign(1, 0);
     for (const ListShare& share : results) {
