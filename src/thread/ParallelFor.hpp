@@ -1,10 +1,12 @@
 #pragma once
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <exception>
 #include <future>
 #include <iterator>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -111,5 +113,40 @@ void parallelForTP(Iterator first, Iterator last, Function&& function) {
 }
 
 }  // namespace internal_
+
+/// Calls `function(first, end)` for the pieces of [0, count), each of `length` numbers, the last
+/// one shorter. Workers take the pieces in order, each the next one when it has finished its last.
+///
+/// The pieces don't depend on the number of threads, so what is computed piece by piece doesn't
+/// either. A range of one piece is run by the caller. When pieces throw, the rest is run all the
+/// same, and the exception of the first one in the order of the pieces leaves the loop.
+/// @param length at least 1; a piece should take tens of microseconds
+template <class Function>
+void forPieces(u64 count, u64 length, Function&& function) {
+  if (count <= length) {
+    if (count > 0) function(u64{0}, count);
+    return;
+  }
+  const u64 numPieces = (count + length - 1) / length;
+  std::atomic<u64> next = 0;
+  std::mutex mutex;
+  u64 failedPiece = kNone;
+  std::exception_ptr failure;
+  const auto work = [&](u64 /*worker*/) {
+    for (u64 piece = next++; piece < numPieces; piece = next++) {
+      try {
+        function(piece * length, std::min(count, (piece + 1) * length));
+      } catch (...) {
+        const std::lock_guard lock(mutex);
+        if (piece >= failedPiece) continue;
+        failedPiece = piece;
+        failure = std::current_exception();
+      }
+    }
+  };
+  std::vector<u64> workers(std::min(numPieces, numThreads()));
+  parallelFor(workers.begin(), workers.end(), work);
+  if (failure) std::rethrow_exception(failure);
+}
 
 }  // namespace velmo::thread

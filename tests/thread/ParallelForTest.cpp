@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
@@ -67,6 +68,35 @@ TEST(ParallelFor, ThrowsTheFirstExceptionInOrderAfterAllTasksRan) {
 
     EXPECT_EQ(thrown, "2");
     EXPECT_EQ(numCalls, 5);
+  }
+}
+
+TEST(ForPieces, GivesEveryNumberOnceInPiecesOfOneLength) {
+  for (const u64 threads : {1U, 3U}) {
+    setNumThreads(threads);
+    for (const u64 count : {0U, 1U, 7U, 8U, 9U, 1000U}) {
+      std::vector<int> visits(count, 0);
+
+      forPieces(count, 8, [&](u64 first, u64 end) {
+        EXPECT_EQ(first % 8, 0U);
+        EXPECT_EQ(end, std::min(count, first + 8));
+        for (u64 i = first; i < end; ++i) ++visits[i];
+      });
+
+      EXPECT_EQ(visits, std::vector<int>(count, 1));
+    }
+    std::string thrown;
+    std::atomic<int> numCalls = 0;
+    try {
+      forPieces(100, 10, [&](u64 first, u64) {
+        ++numCalls;
+        if (first >= 40) throw std::runtime_error(std::to_string(first));
+      });
+    } catch (const std::runtime_error& error) {
+      thrown = error.what();
+    }
+    EXPECT_EQ(thrown, "40");
+    EXPECT_EQ(numCalls, 10);
   }
 }
 
