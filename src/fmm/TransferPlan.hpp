@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "io/Types.hpp"
+#include "io/UnfilledVector.hpp"
 #include "tree/SrcTrgTree.hpp"
 
 namespace velmo::fmm {
@@ -17,8 +18,8 @@ namespace velmo::fmm {
 /// direction is the offset from target to source in boxes of their level, each component in
 /// [-3, 3]. Pairs of one direction share their rotation matrices, so they go through the loops
 /// eight at a time. The pairs are split into tasks by target box, so that tasks write different
-/// boxes; which boxes share a task depends on the tree alone. So does the order in which the
-/// conversions of a box are added: by direction number.
+/// boxes. Which boxes share a task depends on the number of threads; the order in which the
+/// conversions of a box are added, by direction number, depends on the tree alone.
 ///
 /// A list V has at most 189 boxes, and a pair takes 12 bytes: on large trees this is one of the
 /// larger tables. Built once, read-only afterwards, also by many threads.
@@ -60,8 +61,8 @@ struct TransferPlan {
   /// @param hasMoments shape (boxes): 0 for a box whose multipole is zero and need not be converted
   TransferPlan(const tree::SrcTrgTree<Box<3>>& tree, std::span<const std::uint8_t> hasMoments);
 
-  std::vector<Pair> pairs;  ///< of all tasks, task after task
-  std::vector<Task> tasks;  ///< in ascending order of levels and targets
+  io::UnfilledVector<Pair> pairs;  ///< of all tasks, task after task
+  std::vector<Task> tasks;         ///< in ascending order of levels and targets
 };
 
 }  // namespace velmo::fmm
