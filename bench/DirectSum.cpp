@@ -139,7 +139,8 @@ void sumPlain(const ChargedSurface& surface, const TargetBlock& block) {
 }
 
 void sumExact(const ChargedSurface& surface, const TargetBlock& block) {
-  bem::NearTask task(surface.quadrature(), block.coordinates);
+  bem::NearTask task(surface.quadrature());
+  task.setTargets(block.coordinates);
   task.run(0, surface.numElements(), surface.charges(), surface.charges());
   task.addTo(block.potential, block.gradient);
 }

@@ -103,7 +103,8 @@ struct NearPoints {
 std::vector<double> evaluate(const Leaf& leaf) {
   const u64 n = leaf.numTargets();
   std::vector<double> sums(4 * n, 0.0);
-  bem::NearTask task(leaf.quadrature, leaf.targets);
+  bem::NearTask task(leaf.quadrature);
+  task.setTargets(leaf.targets);
   task.run(0, leaf.elements.numElements(), leaf.charges, leaf.charges);
   task.addTo(std::span(sums).first(n), std::span(sums).subspan(n));
   return sums;

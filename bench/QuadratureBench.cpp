@@ -99,7 +99,8 @@ void subdividedSum(benchmark::State& state) {
   const bem::NearFieldQuadrature quadrature(triangle.elements, shapes, shapes,
                                             {.order = kRuleOrder, .minRelDist = kMinRelDist});
   const bem::SourceCharges charges = quadrature.potentialCharges(std::vector<double>{1.0});
-  bem::NearTask task(quadrature, target);
+  bem::NearTask task(quadrature);
+  task.setTargets(target);
   for (auto _ : state) {
     task.run(0, 1, charges, charges);
     benchmark::ClobberMemory();

@@ -1,6 +1,7 @@
 #include "bem/NearTask.hpp"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <limits>
 
@@ -16,6 +17,9 @@ constexpr u64 kNearTargetCost = 200;
 /// Largest radius of an element, in element sizes, whose subdivision targets may share. The cells
 /// of a needle are needles, and rules on them differ by more than the expansions' error.
 constexpr double kStout = 1.5;
+
+/// Elements that one call of the kernel looks at.
+constexpr u64 kMaxCandidates = 64;
 
 struct NodeDistances {
   double toBox;               ///< of a point from the box around the nodes
@@ -48,27 +52,32 @@ enum Row : u64 { kX, kY, kZ, kPotential, kGradientX, kGradientY, kGradientZ, kNu
 
 }  // namespace
 
-NearTask::NearTask(const NearFieldQuadrature& quadrature, std::span<const double> targets)
+NearTask::NearTask(const NearFieldQuadrature& quadrature)
     : quadrature_(&quadrature),
       kernel_(&pointChargeKernel()),
-      numTargets_(targets.size() / 3),
-      numLanes_(math::paddedToLanes(numTargets_)),
-      lanes_(kNumRows * numLanes_, 0.0),
-      farMask_(numLanes_ / math::kNumLanes),
       cells_(quadrature.maxLeafCells()),
-      pending_(quadrature.maxLeafCells()) {
+      pending_(quadrature.maxLeafCells()) {}
+
+void NearTask::setTargets(std::span<const double> targets) {
+  numTargets_ = targets.size() / 3;
+  numLanes_ = math::paddedToLanes(numTargets_);
+  lanes_.assign(kNumRows * numLanes_, 0.0);
+  farMask_.resize(numLanes_ / math::kNumLanes);
   for (u64 axis = 0; axis < 3; ++axis) {
     double* const row = lanes_.data() + axis * numLanes_;
-    lower_[axis] = std::numeric_limits<double>::infinity();
-    upper_[axis] = -std::numeric_limits<double>::infinity();
+    double lower = std::numeric_limits<double>::infinity();
+    double upper = -std::numeric_limits<double>::infinity();
     for (u64 t = 0; t < numTargets_; ++t) {
       row[t] = targets[3 * t + axis];
-      lower_[axis] = std::min(lower_[axis], row[t]);
-      upper_[axis] = std::max(upper_[axis], row[t]);
+      lower = std::min(lower, row[t]);
+      upper = std::max(upper, row[t]);
     }
     if (numTargets_ > 0) std::fill(row + numTargets_, row + numLanes_, row[numTargets_ - 1]);
+    box_.lower[axis] = lower;
+    box_.upper[axis] = upper;
   }
-  radius_ = 0.5 * std::hypot(upper_[0] - lower_[0], upper_[1] - lower_[1], upper_[2] - lower_[2]);
+  radius_ = 0.5 * std::hypot(box_.upper[0] - box_.lower[0], box_.upper[1] - box_.lower[1],
+                             box_.upper[2] - box_.lower[2]);
 }
 
 void NearTask::run(u64 begin, u64 end, const SourceCharges& forPotential,
@@ -76,16 +85,19 @@ void NearTask::run(u64 begin, u64 end, const SourceCharges& forPotential,
   if (numTargets_ == 0) return;
   const grid::SurfaceElements& elements = quadrature_->elements();
   u64 firstRegular = begin;
-  for (u64 e = begin; e < end; ++e) {
-    if (!mayBeNear(e)) continue;
-    const auto centre = elements.centre(e);
-    if (!kernel_->markFar(targetLanes(), {centre[0], centre[1], centre[2], elements.sizes[e]},
-                          quadrature_->minRelDist(), farMask_.data()))
-      continue;
-    addRegular(firstRegular, e, forPotential, forGradient);
-    if (subdivision == Subdivision::PerTarget || !addShared(e, forPotential, forGradient))
-      addSplit(e, forPotential, forGradient);
-    firstRegular = e + 1;
+  for (u64 first = begin; first < end; first += kMaxCandidates) {
+    u64 candidates = nearCandidates(first, std::min(kMaxCandidates, end - first));
+    for (; candidates != 0; candidates &= candidates - 1) {
+      const u64 e = first + static_cast<u64>(std::countr_zero(candidates));
+      const auto centre = elements.centre(e);
+      if (!kernel_->markFar(targetLanes(), {centre[0], centre[1], centre[2], elements.sizes[e]},
+                            quadrature_->minRelDist(), farMask_.data()))
+        continue;
+      addRegular(firstRegular, e, forPotential, forGradient);
+      if (subdivision == Subdivision::PerTarget || !addShared(e, forPotential, forGradient))
+        addSplit(e, forPotential, forGradient);
+      firstRegular = e + 1;
+    }
   }
   addRegular(firstRegular, end, forPotential, forGradient);
 }
@@ -100,19 +112,12 @@ void NearTask::addTo(std::span<double> potential, std::span<double> gradient) co
   }
 }
 
-/// False only if the box around the targets lies outside the element's near range, with a margin
-/// for rounding; most elements are settled by this test alone.
-bool NearTask::mayBeNear(u64 element) const noexcept {
+// Most elements are settled by this test alone.
+u64 NearTask::nearCandidates(u64 begin, u64 count) const noexcept {
   const grid::SurfaceElements& elements = quadrature_->elements();
-  const auto centre = elements.centre(element);
-  double squared = 0.0;
-  for (u64 axis = 0; axis < 3; ++axis) {
-    const double outside =
-        std::max({lower_[axis] - centre[axis], centre[axis] - upper_[axis], 0.0});
-    squared += outside * outside;
-  }
-  const double range = 1.000001 * quadrature_->minRelDist() * elements.sizes[element];
-  return !(squared > range * range);
+  return kernel_->nearCandidates(
+      box_, {elements.centres.data() + 3 * begin, elements.sizes.data() + begin, count},
+      quadrature_->minRelDist());
 }
 
 void NearTask::addRegular(u64 begin, u64 end, const SourceCharges& forPotential,
@@ -150,8 +155,9 @@ CellCharges NearTask::chargesOf(u64 element, const SourceCharges& forPotential,
 bool NearTask::addShared(u64 element, const SourceCharges& forPotential,
                          const SourceCharges& forGradient) {
   const grid::SurfaceElements& elements = quadrature_->elements();
-  const SizedPoint middle{0.5 * (lower_[0] + upper_[0]), 0.5 * (lower_[1] + upper_[1]),
-                          0.5 * (lower_[2] + upper_[2]), elements.sizes[element]};
+  const SizedPoint middle{0.5 * (box_.lower[0] + box_.upper[0]),
+                          0.5 * (box_.lower[1] + box_.upper[1]),
+                          0.5 * (box_.lower[2] + box_.upper[2]), elements.sizes[element]};
   const NodeDistances distances =
       distancesToNodes(elements.nodes(element), middle, elements.centre(element));
   const double distance = distances.toBox;

@@ -81,6 +81,19 @@ struct CellCentres {
   u64 maxLevel = 0;               ///< of the deepest cells
 };
 
+/// A box around targets, sides parallel to the axes.
+struct TargetBox {
+  double lower[3] = {};
+  double upper[3] = {};
+};
+
+/// Up to 64 elements in a row.
+struct ElementSpheres {
+  const double* centres = nullptr;  ///< shape (count, 3)
+  const double* sizes = nullptr;    ///< shape (count)
+  u64 count = 0;
+};
+
 /// A target or centre with the size that distances are measured in.
 struct SizedPoint {
   double x = 0.0;
@@ -104,6 +117,11 @@ struct PointChargeKernel {
   /// Adds all charges to the targets whose bit is set; bit l of `mask[g]` belongs to target 8 g +
   /// l.
   void (*addMasked)(const PointCharges&, const TargetLanes&, const std::uint8_t* mask);
+
+  /// Bit e is set unless the box lies outside of element e's near range, the sphere of radius
+  /// minRelDist times size around its centre, with a margin for rounding. So where a bit is clear
+  /// no target in the box is near.
+  u64 (*nearCandidates)(const TargetBox&, const ElementSpheres&, double minRelDist);
 
   /// Sets the bits of the targets with |x - centre| / size >= minRelDist, and those where the ratio
   /// is no number; true if any is clear. `mask` has count / 8 bytes.

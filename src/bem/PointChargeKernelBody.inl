@@ -111,16 +111,63 @@ void addMasked(const PointCharges& charges, const TargetLanes& targets, const st
     if (mask[t / kNumLanes] != 0) addToGroups<1, true>(charges, targets, t, mask);
 }
 
+/// Bits of eight elements, see nearCandidates.
+[[gnu::always_inline]] inline unsigned candidatesOfEight(const TargetBox& box,
+                                                         const double* centres, const double* sizes,
+                                                         double minRelDist) {
+  Lanes squared{};
+  for (u64 axis = 0; axis < 3; ++axis) {
+    const Lanes c = loadStrided(centres + axis, 3);
+    const Lanes below = box.lower[axis] - c;
+    const Lanes above = c - box.upper[axis];
+    // At most one of them is positive.
+    const Lanes outside = whereSet(below > Lanes{}, below) + whereSet(above > Lanes{}, above);
+    squared += outside * outside;
+  }
+  const Lanes range = loadLanes(sizes) * (1.000001 * minRelDist);
+  // What is no number counts as near.
+  return ~bitsOf(squared > range * range) & 0xffU;
+}
+
+// The last eight may have been looked at in part; fewer than eight are padded.
+u64 nearCandidates(const TargetBox& box, const ElementSpheres& elements, double minRelDist) {
+  const auto bitsFrom = [&](u64 e) {
+    return u64{candidatesOfEight(box, elements.centres + 3 * e, elements.sizes + e, minRelDist)}
+           << e;
+  };
+  u64 result = 0;
+  u64 e = 0;
+  for (; e + kNumLanes <= elements.count; e += kNumLanes) result |= bitsFrom(e);
+  if (e == elements.count) return result;
+  if (e > 0) return result | bitsFrom(elements.count - kNumLanes);
+  double centres[3 * kNumLanes] = {};
+  double sizes[kNumLanes] = {};
+  for (u64 i = 0; i < 3 * elements.count; ++i) centres[i] = elements.centres[i];
+  for (u64 i = 0; i < elements.count; ++i) sizes[i] = elements.sizes[i];
+  return candidatesOfEight(box, centres, sizes, minRelDist) & ((1U << elements.count) - 1U);
+}
+
+// Squares decide, but for those within 1e-12 of the limit or outside of the range in which squares
+// keep their digits: there the root and the division of the definition do.
 bool markFar(const TargetLanes& targets, const SizedPoint& centre, double minRelDist,
              std::uint8_t* mask) {
+  constexpr double kSmallest = 1e-280;
+  const double reach = minRelDist * centre.size;
+  const double limit = reach > 0.0 ? reach * reach : 0.0;
+  const double farFrom = (limit > kSmallest ? limit : kSmallest) * (1.0 + 1e-12);
+  const double nearUpTo = limit > kSmallest ? limit * (1.0 - 1e-12) : 0.0;
   unsigned all = 0xffU;
   for (u64 t = 0; t < targets.count; t += kNumLanes) {
     const Lanes dx = loadLanes(targets.x + t) - centre.x;
     const Lanes dy = loadLanes(targets.y + t) - centre.y;
     const Lanes dz = loadLanes(targets.z + t) - centre.z;
-    const Lanes ratio = root(dx * dx + dy * dy + dz * dz) / centre.size;
-    // A ratio that is no number is not below the limit either.
-    const unsigned bits = ~bitsOf(ratio < minRelDist) & 0xffU;
+    const Lanes squared = dx * dx + dy * dy + dz * dz;
+    unsigned bits = bitsOf(squared > Lanes{} + farFrom);
+    if ((bits | bitsOf(squared < Lanes{} + nearUpTo)) != 0xffU) {
+      const Lanes ratio = root(squared) / centre.size;
+      // A ratio that is no number is not below the limit either.
+      bits = ~bitsOf(ratio < minRelDist) & 0xffU;
+    }
     mask[t / kNumLanes] = static_cast<std::uint8_t>(bits);
     all &= bits;
   }

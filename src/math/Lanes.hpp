@@ -14,6 +14,7 @@
 /// |-------------------|-------------------------------------|------------------------------------|
 /// | loadLanes(p)      | p[0] to p[7]                        | exact, any alignment               |
 /// | loadHalves(p, q)  | p[0] to p[3], then q[0] to q[3]     | exact, any alignment               |
+/// | loadStrided(p, s) | p[0], p[s] to p[7 s]                | exact                              |
 /// | root(x)           | x^(1/2)                             | correctly rounded, 0 for 0         |
 /// | inverseRoot(x)    | x^(-1/2) of normal x                | a few last places                  |
 /// | bitsOf(mask)      | bit l is set where lane l is        | exact, 8 bits                      |

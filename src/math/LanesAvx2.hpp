@@ -21,6 +21,12 @@ using LaneMask = LanePair<Mask4>;
   return loadHalves(from, from + 4);
 }
 
+/// One number in `stride`.
+[[gnu::always_inline]] inline Lanes loadStrided(const double* from, u64 stride) {
+  return {Double4{from[0], from[stride], from[2 * stride], from[3 * stride]},
+          Double4{from[4 * stride], from[5 * stride], from[6 * stride], from[7 * stride]}};
+}
+
 /// Correctly rounded.
 [[gnu::always_inline]] inline Lanes root(Lanes squared) {
   return {_mm256_sqrt_pd(squared.low), _mm256_sqrt_pd(squared.high)};

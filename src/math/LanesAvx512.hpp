@@ -22,6 +22,12 @@ using LaneMask = Mask8;
                                  3, 4, 5, 6, 7);
 }
 
+/// One number in `stride`.
+[[gnu::always_inline]] inline Lanes loadStrided(const double* from, u64 stride) {
+  return Lanes{from[0],          from[stride],     from[2 * stride], from[3 * stride],
+               from[4 * stride], from[5 * stride], from[6 * stride], from[7 * stride]};
+}
+
 /// The processor's estimate y has 14 bits; with e = 1 - x y^2 the series
 /// x^(-1/2) = y (1 + e/2 + 3 e^2/8 + 5 e^3/16 + O(e^4)) brings it to the last place in one step,
 /// for two thirds of the time of a square root and a division.

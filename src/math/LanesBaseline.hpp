@@ -28,6 +28,13 @@ using LaneMask = LanePair<LanePair<Mask2>>;
   return {loadFour(low), loadFour(high)};
 }
 
+/// One number in `stride`.
+[[gnu::always_inline]] inline Lanes loadStrided(const double* from, u64 stride) {
+  return {
+      {Double2{from[0], from[stride]}, Double2{from[2 * stride], from[3 * stride]}},
+      {Double2{from[4 * stride], from[5 * stride]}, Double2{from[6 * stride], from[7 * stride]}}};
+}
+
 /// Correctly rounded.
 [[gnu::always_inline]] inline HalfOfLanes root(HalfOfLanes squared) {
   return {_mm_sqrt_pd(squared.low), _mm_sqrt_pd(squared.high)};

@@ -71,7 +71,8 @@ struct World {
   }
 
   [[nodiscard]] std::vector<double> fast(const std::vector<double>& targets) const {
-    NearTask task(quadrature, targets);
+    NearTask task(quadrature);
+    task.setTargets(targets);
     const SourceCharges charges = quadrature.potentialCharges(coefficients);
     task.run(0, 1, charges, charges);
     const u64 n = targets.size() / 3;

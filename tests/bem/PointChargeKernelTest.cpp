@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
@@ -159,6 +160,61 @@ TEST(PointChargeKernel, MarksTargetsAtTheLimitAsFar) {
     EXPECT_EQ(mask[0], 0b11000000);
     EXPECT_EQ(mask[1], 0xff);
     EXPECT_FALSE(kernel->markFar(scene.targetLanes(), {-9.0, 0.0, 0.0, 0.5}, 1.5, mask.data()));
+  }
+}
+
+// Ratios around the limit, down to the last bit, where a test on squares would round otherwise.
+TEST(PointChargeKernel, MarksByTheRatioOfDistanceAndSize) {
+  std::mt19937_64 random(3);
+  std::uniform_real_distribution<double> uniform(0.5, 1.0);
+  for (const PointChargeKernel* const kernel : runnableKernels()) {
+    for (const double scale : {1e-200, 1e-142, 1.0, 1e150}) {
+      for (const double limit : {-1.0, 0.0, 0.7, 3.0}) {
+        const SizedPoint centre{0.0, 0.0, 0.0, scale * uniform(random)};
+        Scene scene(0, 64);
+        for (u64 t = 0; t < 64; ++t) {
+          const double step = (static_cast<double>(t % 16) - 8.0) * (t < 32 ? kEps : 0.2);
+          scene.targets[0][t] = limit * centre.size * (1.0 + step);
+          scene.targets[1][t] = scene.targets[2][t] = 0.0;
+        }
+        std::array<std::uint8_t, 8> mask{};
+
+        kernel->markFar(scene.targetLanes(), centre, limit, mask.data());
+
+        for (u64 t = 0; t < 64; ++t) {
+          const double x = scene.targets[0][t];
+          const bool far = !(std::sqrt(x * x) / centre.size < limit);
+          EXPECT_EQ((mask[t / 8] >> (t % 8) & 1U) != 0, far) << scale << " " << limit << " " << t;
+        }
+      }
+    }
+  }
+}
+
+TEST(PointChargeKernel, FindsAllElementsWhoseNearRangeMeetsTheBox) {
+  std::mt19937_64 random(4);
+  std::uniform_real_distribution<double> uniform(-2.0, 2.0);
+  const TargetBox box{{-0.5, -0.25, 0.0}, {0.5, 0.5, 0.125}};
+  for (const PointChargeKernel* const kernel : runnableKernels()) {
+    for (const u64 count : {1, 7, 8, 9, 63, 64}) {
+      std::vector<double> centres(3 * count);
+      std::vector<double> sizes(count);
+      for (double& c : centres) c = uniform(random);
+      for (double& s : sizes) s = 0.5 * std::abs(uniform(random));
+      if (count > 7) sizes[5] = std::numeric_limits<double>::quiet_NaN();
+
+      const u64 found = kernel->nearCandidates(box, {centres.data(), sizes.data(), count}, 1.5);
+
+      for (u64 e = 0; e < 64; ++e) {
+        double squared = 0.0;
+        for (u64 c = 0; c < 3 && e < count; ++c) {
+          const double x = centres[3 * e + c];
+          squared += std::pow(x - std::clamp(x, box.lower[c], box.upper[c]), 2);
+        }
+        const bool near = e < count && !(std::sqrt(squared) > 1.5 * sizes[e]);
+        EXPECT_EQ((found >> e & 1U) != 0, near) << "element " << e << " of " << count;
+      }
+    }
   }
 }
 
