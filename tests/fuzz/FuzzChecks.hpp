@@ -29,6 +29,19 @@ class Bytes {
   const std::uint8_t* end_;
 };
 
+/// The random problem of a seed with about a hundred of its points: under the sanitizers each pair
+/// of a point and a near element takes its time.
+inline accuracy::OddMesh smallOddMesh(u64 seed) {
+  accuracy::OddMesh odd = accuracy::randomOddMesh(seed);
+  samples::Points& points = odd.problem.points;
+  const u64 numPoints = points.size() / 3;
+  const u64 stride = 1 + numPoints / 100;
+  for (u64 i = 0; i * stride < numPoints; ++i)
+    std::copy_n(points.data() + 3 * i * stride, 3, points.data() + 3 * i);
+  points.resize(3 * ((numPoints + stride - 1) / stride));
+  return odd;
+}
+
 inline bool areFinite(const accuracy::Values& values) {
   const auto isFinite = [](double x) { return std::isfinite(x); };
   return std::ranges::all_of(values.potential, isFinite) &&
