@@ -69,7 +69,7 @@ struct FlatTriangle {
 
   topo::Grid<2> topology = grid::surfaceTopology(flatTriangle());
   grid::Geometry::Grid geometry = grid::surfaceGeometry(flatTriangle());
-  grid::SurfaceElements elements = grid::surfaceElements(topology, geometry);
+  grid::SurfaceElements elements = grid::surfaceElements(flatTriangle());
 };
 
 /// Height of the target in thousandths of the element's size; items are quadrature points.

@@ -61,7 +61,7 @@ struct World {
       : element(type, bend),
         topology(grid::surfaceTopology(element.data)),
         geometry(grid::surfaceGeometry(element.data)),
-        elements(grid::surfaceElements(topology, geometry)),
+        elements(grid::surfaceElements(element.data)),
         shapes(densityOrder),
         quadrature(elements, shapes, shapes, settings),
         order(settings.order) {

@@ -25,6 +25,17 @@ struct Cloud {
   [[nodiscard]] grid::GridData points(std::size_t n, unsigned seed) const {
     return grid::makePointCloud(coordinates(n, seed), n);
   }
+  /// The points as triangles whose vertices lie in one place.
+  [[nodiscard]] grid::GridData triangles(std::size_t n, unsigned seed) const {
+    grid::GridData data = points(n, seed);
+    data.elementTypes.assign(n, 203);
+    data.connectivity.clear();
+    for (u64 i = 0; i < n; ++i) {
+      data.connectivity.insert(data.connectivity.end(), 3, i);
+      data.offsets[i + 1] = 3 * (i + 1);
+    }
+    return data;
+  }
 
   std::string name;
   std::function<void(std::mt19937_64&, std::size_t, double*)> draw;

@@ -93,8 +93,8 @@ TEST(PointIdentifiers, SortLikeAStableSort) {
     for (const u64 numPlaces : {u64{1}, u64{40}, ~u64{0}}) {
       Ids ids;
       for (u64 i = 0; i < n; ++i) ids.emplace_back(1ULL << 63 | random() % numPlaces);
-      std::vector<u64> order(n);
-      std::iota(order.begin(), order.end(), u64{0});
+      std::vector<ObjectIndex> order(n);
+      std::iota(order.begin(), order.end(), ObjectIndex{0});
       std::ranges::stable_sort(order, {}, [&](u64 i) { return ids[i]; });
 
       const SortedIdentifiers sorted = sortIdentifiers(ids);

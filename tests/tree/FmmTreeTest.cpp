@@ -15,6 +15,7 @@
 #include "support/ExpectThrow.hpp"
 #include "tree/BoundingBox.hpp"
 #include "tree/Clouds.hpp"
+#include "tree/CompleteOctree.hpp"
 
 namespace velmo::tree {
 namespace {
@@ -53,25 +54,22 @@ TEST(FmmTree, KeepsTheElementsOfBothGridsInSortedOrder) {
   const FmmTree tree(targets, sources, {4, 0, true}, 0, 0);
 
   ASSERT_EQ(tree.numSources(), 60u);
-  ASSERT_EQ(tree.sourceGrid().topology.numElements(), 60u);
-  for (u64 e = 0; e < 60; ++e) {
-    const u64 k = tree.sourceIndex()[e];
-    EXPECT_EQ(tree.sourceOrder()[k], e);
-    EXPECT_EQ(tree.sourceData().elementTags[k], 100 + e);
-    EXPECT_EQ(grid::elementNodes(tree.sourceData(), k), grid::elementNodes(sources, e));
+  std::vector<double> means(3 * 60);
+  grid::vertexMeans(sources, means);
+  std::vector<double> sortedMeans;
+  for (u64 k = 0; k < 60; ++k) {
+    const u64 e = tree.sourceOrder()[k];
+    EXPECT_TRUE(std::ranges::equal(tree.elements().nodes(k), grid::elementNodes(sources, e)));
+    sortedMeans.insert(sortedMeans.end(), &means[3 * e], &means[3 * e] + 3);
   }
   ASSERT_EQ(tree.targetCoordinates().size(), 3 * 45u);
-  for (u64 i = 0; i < 45; ++i) {
-    const u64 k = tree.targetIndex()[i];
-    EXPECT_EQ(tree.targetOrder()[k], i);
-    EXPECT_EQ(tree.targetGrid().topology.vertexIndex(tree.targetData().connectivity[k]), k);
+  for (u64 k = 0; k < 45; ++k)
     for (u64 axis = 0; axis < 3; ++axis)
-      EXPECT_EQ(tree.targetCoordinates()[3 * k + axis], targets.coordinates[3 * i + axis]);
-  }
-  std::vector<double> means(3 * tree.numSources());
-  grid::vertexMeans(tree.sourceData(), means);
-  EXPECT_TRUE(std::ranges::equal(tree::pointIdentifiers(means, tree.boundingBox()),
+      EXPECT_EQ(tree.targetCoordinates()[3 * k + axis],
+                targets.coordinates[3 * tree.targetOrder()[k] + axis]);
+  EXPECT_TRUE(std::ranges::equal(tree::pointIdentifiers(sortedMeans, tree.boundingBox()),
                                  tree.tree().sourceIds()));
+  EXPECT_TRUE(std::ranges::is_sorted(tree.tree().sourceIds()));
 }
 
 /// Number of objects inside a cell, by looking at each of them.
@@ -82,7 +80,9 @@ u64 countInside(Morton cell, std::span<const Morton> ids) {
 /// Every box against counting by identifiers: objects, children, leaves, links, levels and marks.
 void expectConsistent(const FmmTree& fmmTree, const tree::Options& opts) {
   const auto& tree = fmmTree.tree();
-  const auto& ids = fmmTree.distribution().ids;
+  std::vector<Morton> ids;
+  std::ranges::merge(tree.sourceIds(), tree.targetIds(), std::back_inserter(ids));
+  const std::vector<Morton> blocks = tree::computeBlocks(ids);
   const tree::BoxLinks& links = tree.links();
   const auto levelBegins = tree.levelBegins();
   ASSERT_EQ(levelBegins.size(), tree.numLevels + 1);
@@ -108,8 +108,8 @@ void expectConsistent(const FmmTree& fmmTree, const tree::Options& opts) {
     }
     ASSERT_EQ(inChildren, box.isLeaf() ? 0 : box.numObjects);
     inLeaves += box.isLeaf() ? box.numObjects : 0;
-    const bool aboveBlocks = std::ranges::any_of(fmmTree.distribution().blocks,
-                                                 [&](Morton b) { return box.id.isAncestorOf(b); });
+    const bool aboveBlocks =
+        std::ranges::any_of(blocks, [&](Morton b) { return box.id.isAncestorOf(b); });
     const bool fine = opts.adaptive ? box.numObjects <= opts.leafSize : level >= opts.maxLevel;
     ASSERT_EQ(box.isLeaf(), !aboveBlocks && (fine || level == Morton::kMaxLevel));
     if (box.isLeaf()) leaves.push_back(i);
@@ -187,20 +187,10 @@ TEST(FmmTree, RefusesBadInput) {
   bad.coordinates[7] = std::numeric_limits<double>::quiet_NaN();
   expectThrow<RuntimeError>([&] { FmmTree(good, bad, {}, 0, 0); },
                             "Coordinates of point 7 are not finite");
-  grid::GridData sharing = good;
-  sharing.connectivity[3] = sharing.connectivity[1];
-  expectThrow<RuntimeError>([&] { FmmTree(sharing, good, {}, 0, 0); },
-                            "Points of the cloud share a node");
   expectThrow<utility::LogicError>([&] { FmmTree(good, good, {}, 5, 0); },
                                    "Interaction lists of kind 5 are not available");
 
   const tree::ParticleDistribution distribution(good, good, 0);
-  std::vector<double> ten(10);
-  std::vector<double> nine(9);
-  expectThrow<RuntimeError>([&] { distribution.toSortedOrder<double>(ten, nine); },
-                            "Provided result container does not have the right size");
-  expectThrow<RuntimeError>([&] { distribution.toSortedOrder<double>(nine, ten); },
-                            "Received strange number of items");
   EXPECT_EQ(distribution.partition.check(Morton(3)), std::vector<int>{0});
   expectThrow<RuntimeError>([] { static_cast<void>(tree::Partition().check(Morton(3))); },
                             "velmo::tree::Partition::check not finalized");

@@ -100,7 +100,7 @@ TEST(InteractionLists, MeetEveryPairOnceAndKeepTheirDistance) {
         const Cloud& targets = clouds()[k];
         const Cloud& sources = clouds()[(k + step) % clouds().size()];
         SCOPED_TRACE(describe(targets, opts) + ", " + sources.name);
-        const tree::FmmTree tree(targets.points(90, 1), sources.points(330, 2), opts, 0, 0);
+        const tree::FmmTree tree(targets.points(90, 1), sources.triangles(330, 2), opts, 0, 0);
 
         const Coverage result = coverage(tree);
 
@@ -122,8 +122,8 @@ TEST(InteractionLists, MeetEveryPairOnceForFewObjectsOrNone) {
        {std::pair{0, 0}, {1, 0}, {0, 1}, {1, 1}, {2, 0}, {0, 40}, {40, 0}, {1, 90}, {90, 1}}) {
     SCOPED_TRACE(std::to_string(numTargets) + " targets, " + std::to_string(numSources));
     const tree::FmmTree tree(cloud.points(static_cast<std::size_t>(numTargets), 5),
-                             cloud.points(static_cast<std::size_t>(numSources), 6), {4, 0, true}, 0,
-                             0);
+                             cloud.triangles(static_cast<std::size_t>(numSources), 6), {4, 0, true},
+                             0, 0);
 
     const Coverage result = coverage(tree);
 
