@@ -4,6 +4,7 @@
 #include <bit>
 #include <cmath>
 #include <limits>
+#include <numeric>
 
 #include "math/InstructionSet.hpp"
 
@@ -60,7 +61,8 @@ NearTask::NearTask(const NearFieldQuadrature& quadrature)
 
 void NearTask::setTargets(std::span<const double> targets) {
   numTargets_ = targets.size() / 3;
-  numLanes_ = math::paddedToLanes(numTargets_);
+  layOutTargets(numTargets_, laneOf_);
+  numLanes_ = laneOf_[numTargets_];
   lanes_.assign(kNumRows * numLanes_, 0.0);
   farMask_.resize(numLanes_ / math::kNumLanes);
   for (u64 axis = 0; axis < 3; ++axis) {
@@ -68,11 +70,11 @@ void NearTask::setTargets(std::span<const double> targets) {
     double lower = std::numeric_limits<double>::infinity();
     double upper = -std::numeric_limits<double>::infinity();
     for (u64 t = 0; t < numTargets_; ++t) {
-      row[t] = targets[3 * t + axis];
-      lower = std::min(lower, row[t]);
-      upper = std::max(upper, row[t]);
+      const double x = targets[3 * t + axis];
+      std::fill(row + laneOf_[t], row + laneOf_[t + 1], x);
+      lower = std::min(lower, x);
+      upper = std::max(upper, x);
     }
-    if (numTargets_ > 0) std::fill(row + numTargets_, row + numLanes_, row[numTargets_ - 1]);
     box_.lower[axis] = lower;
     box_.upper[axis] = upper;
   }
@@ -103,12 +105,16 @@ void NearTask::run(u64 begin, u64 end, const SourceCharges& forPotential,
 }
 
 void NearTask::addTo(std::span<double> potential, std::span<double> gradient) const {
-  const auto row = [this](Row r) { return lanes_.data() + r * numLanes_; };
+  const auto sumOf = [this](Row r, u64 target) {
+    const double* const row = lanes_.data() + r * numLanes_;
+    return std::accumulate(row + laneOf_[target] + 1, row + laneOf_[target + 1],
+                           row[laneOf_[target]]);
+  };
   for (u64 t = 0; t < numTargets_; ++t) {
-    potential[t] += row(kPotential)[t];
-    gradient[3 * t] += row(kGradientX)[t];
-    gradient[3 * t + 1] += row(kGradientY)[t];
-    gradient[3 * t + 2] += row(kGradientZ)[t];
+    potential[t] += sumOf(kPotential, t);
+    gradient[3 * t] += sumOf(kGradientX, t);
+    gradient[3 * t + 1] += sumOf(kGradientY, t);
+    gradient[3 * t + 2] += sumOf(kGradientZ, t);
   }
 }
 
@@ -171,7 +177,8 @@ bool NearTask::addShared(u64 element, const SourceCharges& forPotential,
   const u64 numPoints = charges.numCells * charges.numPoints;
   u64 numNear = 0;
   for (u64 t = 0; t < numTargets_; ++t) numNear += isNear(t) ? 1 : 0;
-  if (numPoints * (numLanes_ + kPlacingCost) > numNear * (numPoints + kNearTargetCost))
+  if (numPoints * (math::paddedToLanes(numTargets_) + kPlacingCost) >
+      numNear * (numPoints + kNearTargetCost))
     return false;
   shared_.place(charges);
   kernel_->add(shared_.view(), targetLanes());
@@ -180,15 +187,16 @@ bool NearTask::addShared(u64 element, const SourceCharges& forPotential,
 
 void NearTask::addNear(u64 element, u64 target, CellCharges& charges, const CellCentres& centres) {
   const auto row = [this](Row r) { return lanes_.data() + r * numLanes_; };
-  const SizedPoint point{row(kX)[target], row(kY)[target], row(kZ)[target],
+  const u64 lane = laneOf_[target];
+  const SizedPoint point{row(kX)[lane], row(kY)[lane], row(kZ)[lane],
                          quadrature_->elements().sizes[element]};
   charges.numCells = kernel_->leafCells(centres, charges.nodes, point, quadrature_->minRelDist(),
                                         cells_.data(), pending_.data());
   const PotentialAndGradient sum = kernel_->sumOfCells(charges, point);
-  row(kPotential)[target] += sum.potential;
-  row(kGradientX)[target] += sum.gradient[0];
-  row(kGradientY)[target] += sum.gradient[1];
-  row(kGradientZ)[target] += sum.gradient[2];
+  row(kPotential)[lane] += sum.potential;
+  row(kGradientX)[lane] += sum.gradient[0];
+  row(kGradientY)[lane] += sum.gradient[1];
+  row(kGradientZ)[lane] += sum.gradient[2];
 }
 
 PointCharges NearTask::pointCharges(u64 begin, u64 end, const SourceCharges& forPotential,
@@ -206,7 +214,7 @@ PointCharges NearTask::pointCharges(u64 begin, u64 end, const SourceCharges& for
 TargetLanes NearTask::targetLanes() noexcept {
   const auto row = [this](Row r) { return lanes_.data() + r * numLanes_; };
   return {row(kX),         row(kY),         row(kZ),         row(kPotential),
-          row(kGradientX), row(kGradientY), row(kGradientZ), numLanes_};
+          row(kGradientX), row(kGradientY), row(kGradientZ), numTargets_};
 }
 
 }  // namespace velmo::bem

@@ -55,7 +55,8 @@ class NearTask {
   void addSplit(u64 element, const SourceCharges& forPotential, const SourceCharges& forGradient);
   /// Whether the element marked last is near to the target.
   [[nodiscard]] bool isNear(u64 target) const noexcept {
-    return (farMask_[target / math::kNumLanes] >> (target % math::kNumLanes) & 1U) == 0;
+    const u64 lane = laneOf_[target];
+    return (farMask_[lane / math::kNumLanes] >> (lane % math::kNumLanes) & 1U) == 0;
   }
   /// The cells of one element at one target; `charges` without its cells, which are found here.
   void addNear(u64 element, u64 target, CellCharges& charges, const CellCentres& centres);
@@ -74,11 +75,12 @@ class NearTask {
   const NearFieldQuadrature* quadrature_;
   const PointChargeKernel* kernel_;
   u64 numTargets_ = 0;
-  u64 numLanes_ = 0;                    ///< padded number of targets
+  std::vector<std::uint32_t> laneOf_;  ///< first lane of each target and the end
+  u64 numLanes_ = 0;
   std::vector<double> lanes_;           ///< x, y, z, potential and gradient, shape (7, numLanes)
   TargetBox box_;                       ///< around the targets
   double radius_ = 0.0;                 ///< half the diagonal of that box
-  std::vector<std::uint8_t> farMask_;   ///< bit l of entry g: target 8 g + l isn't near
+  std::vector<std::uint8_t> farMask_;   ///< bit l of entry g: the target of lane 8 g + l isn't near
   std::vector<std::uint32_t> cells_;    ///< leaf cells of a subdivision
   std::vector<std::uint32_t> pending_;  ///< cells to be split, while it is made
   PlacedCharges shared_;                ///< points of a subdivision that all targets share

@@ -15,6 +15,8 @@
 /// | loadLanes(p)      | p[0] to p[7]                        | exact, any alignment               |
 /// | loadHalves(p, q)  | p[0] to p[3], then q[0] to q[3]     | exact, any alignment               |
 /// | loadStrided(p, s) | p[0], p[s] to p[7 s]                | exact                              |
+/// | loadFirst(p, n)   | p[0] to p[n - 1], then 0; n < 8     | exact, reads no more               |
+/// | loadRepeated<n>(p)| p[0] to p[n - 1] over and over      | exact; n 2, 4 or 8                 |
 /// | root(x)           | x^(1/2)                             | correctly rounded, 0 for 0         |
 /// | inverseRoot(x)    | x^(-1/2) of normal x                | a few last places                  |
 /// | bitsOf(mask)      | bit l is set where lane l is        | exact, 8 bits                      |
@@ -45,8 +47,8 @@ struct LanePair {
 
   LanePair() = default;
   [[gnu::always_inline]] LanePair(Half a, Half b) : low(a), high(b) {}
-  /// One value in all lanes.
-  [[gnu::always_inline]] LanePair(double value) : low(Half{} + value), high(Half{} + value) {}
+  /// One value in all lanes. Taking zero away costs nothing; adding it would, for the sake of -0.
+  [[gnu::always_inline]] LanePair(double value) : low(value - Half{}), high(value - Half{}) {}
 
   [[gnu::always_inline]] friend LanePair operator+(LanePair a, LanePair b) {
     return {a.low + b.low, a.high + b.high};

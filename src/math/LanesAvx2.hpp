@@ -69,4 +69,23 @@ using Bits4 [[gnu::vector_size(32)]] = unsigned long;
   return {(all & Mask4{1, 2, 4, 8}) != 0, (all & Mask4{16, 32, 64, 128}) != 0};
 }
 
+/// The first `count` numbers, zero behind them.
+[[gnu::always_inline]] inline Lanes loadFirst(const double* from, u64 count) {
+  const LaneMask mask = laneMask((1U << count) - 1U);
+  return {_mm256_maskload_pd(from, reinterpret_cast<__m256i>(mask.low)),
+          _mm256_maskload_pd(from + 4, reinterpret_cast<__m256i>(mask.high))};
+}
+
+/// As many numbers over and over.
+template <u64 kCount>
+[[gnu::always_inline]] inline Lanes loadRepeated(const double* from) {
+  if constexpr (kCount == 8) return loadLanes(from);
+  if constexpr (kCount == 4) return loadHalves(from, from);
+  if constexpr (kCount == 2) {
+    const auto two = loadRegister<Double2>(from);
+    const Double4 half = __builtin_shufflevector(two, two, 0, 1, 0, 1);
+    return {half, half};
+  }
+}
+
 }  // namespace velmo::math::lanesAvx2

@@ -28,6 +28,19 @@ using LaneMask = Mask8;
                from[4 * stride], from[5 * stride], from[6 * stride], from[7 * stride]};
 }
 
+/// The first `count` numbers, zero behind them.
+[[gnu::always_inline]] inline Lanes loadFirst(const double* from, u64 count) {
+  return _mm512_maskz_loadu_pd(static_cast<__mmask8>((1U << count) - 1U), from);
+}
+
+/// As many numbers over and over.
+template <u64 kCount>
+[[gnu::always_inline]] inline Lanes loadRepeated(const double* from) {
+  if constexpr (kCount == 2) return _mm512_maskz_broadcast_f64x2(0xff, loadRegister<__m128d>(from));
+  if constexpr (kCount == 4) return _mm512_maskz_broadcast_f64x4(0xff, loadRegister<__m256d>(from));
+  if constexpr (kCount == 8) return loadLanes(from);
+}
+
 /// The processor's estimate y has 14 bits; with e = 1 - x y^2 the series
 /// x^(-1/2) = y (1 + e/2 + 3 e^2/8 + 5 e^3/16 + O(e^4)) brings it to the last place in one step,
 /// for two thirds of the time of a square root and a division.

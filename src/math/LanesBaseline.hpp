@@ -65,4 +65,22 @@ using LaneMask = LanePair<LanePair<Mask2>>;
   return {{two(0), two(2)}, {two(4), two(6)}};
 }
 
+/// The first `count` numbers, zero behind them.
+[[gnu::always_inline]] inline Lanes loadFirst(const double* from, u64 count) {
+  double v[8] = {};
+  for (u64 l = 0; l < count; ++l) v[l] = from[l];
+  return loadLanes(v);
+}
+
+/// As many numbers over and over.
+template <u64 kCount>
+[[gnu::always_inline]] inline Lanes loadRepeated(const double* from) {
+  if constexpr (kCount == 8) return loadLanes(from);
+  if constexpr (kCount == 4) return loadHalves(from, from);
+  if constexpr (kCount == 2) {
+    const auto two = loadRegister<Double2>(from);
+    return {{two, two}, {two, two}};
+  }
+}
+
 }  // namespace velmo::math::lanesBaseline

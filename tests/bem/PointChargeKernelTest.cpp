@@ -26,26 +26,33 @@ std::vector<const PointChargeKernel*> runnableKernels() {
   return kernels;
 }
 
-/// Random charges and targets in a cube, with sums that start at a number.
+/// Random charges and targets in a cube, with sums that start at a number, spread over the lanes.
 struct Scene {
   Scene(u64 numCharges, u64 numTargets, double scale = 1.0, double startAt = 1.0)
-      : count(math::paddedToLanes(numTargets)),
-        start(startAt),
-        charges(5, std::vector<double>(numCharges)),
-        targets(3, std::vector<double>(count)),
-        sums(4, std::vector<double>(count, startAt)) {
+      : count(numTargets), start(startAt), charges(5, std::vector<double>(numCharges)) {
     std::mt19937_64 random(numCharges * 1000 + numTargets);
     std::uniform_real_distribution<double> uniform(-1.0, 1.0);
     for (auto& row : charges)
       for (double& v : row) v = uniform(random);
-    for (auto& row : targets)
-      for (double& v : row) v = uniform(random);
-    for (u64 c = 0; c < 3; ++c) {
+    for (u64 c = 0; c < 3; ++c)
       for (double& v : charges[c]) v *= scale;
-      for (double& v : targets[c]) v *= scale;
+    layOutTargets(count, lanes);
+    targets.assign(3, std::vector<double>(lanes[count]));
+    sums.assign(4, std::vector<double>(lanes[count]));
+    for (u64 t = 0; t < count; ++t) {
+      for (auto& row : sums) row[lanes[t + 1] - 1] = startAt;
+      for (u64 c = 0; c < 3; ++c) place(t, c, scale * uniform(random));
     }
   }
 
+  void place(u64 t, u64 axis, double x) {
+    for (u64 l = lanes[t]; l < lanes[t + 1]; ++l) targets[axis][l] = x;
+  }
+  [[nodiscard]] double sum(u64 c, u64 t) const {
+    double total = 0.0;
+    for (u64 l = lanes[t]; l < lanes[t + 1]; ++l) total += sums[c][l];
+    return total;
+  }
   [[nodiscard]] PointCharges pointCharges() const {
     return {charges[0].data(), charges[1].data(), charges[2].data(),
             charges[3].data(), charges[4].data(), charges[0].size()};
@@ -61,7 +68,8 @@ struct Scene {
     sum.fill(start);
     for (u64 q = 0; q < charges[0].size(); ++q) {
       std::array<long double, 3> d{};
-      for (u64 c = 0; c < 3; ++c) d[c] = static_cast<long double>(targets[c][t]) - charges[c][q];
+      for (u64 c = 0; c < 3; ++c)
+        d[c] = static_cast<long double>(targets[c][lanes[t]]) - charges[c][q];
       const long double r = std::sqrt(d[0] * d[0] + d[1] * d[1] + d[2] * d[2]);
       sum[0] += charges[3][q] / r;
       sum[4] += std::abs(charges[3][q]) / r;
@@ -76,12 +84,13 @@ struct Scene {
   void expectExact(u64 t) const {
     const auto exact = exactSums(t);
     for (u64 c = 0; c < 4; ++c)
-      EXPECT_NEAR(sums[c][t], static_cast<double>(exact[c]),
+      EXPECT_NEAR(sum(c, t), static_cast<double>(exact[c]),
                   8 * kEps * static_cast<double>(exact[c + 4]))
-          << "target " << t << " sum " << c;
+          << "target " << t << " of " << count << " sum " << c;
   }
 
   u64 count;
+  std::vector<std::uint32_t> lanes;
   double start;
   std::vector<std::vector<double>> charges;
   std::vector<std::vector<double>> targets;
@@ -90,8 +99,8 @@ struct Scene {
 
 TEST(PointChargeKernel, AgreesWithLongDoubleAtAllLengthsAroundTheVectorWidth) {
   for (const PointChargeKernel* const kernel : runnableKernels()) {
-    for (const u64 numTargets : {u64{1}, u64{8}, u64{9}, u64{16}, u64{17}, u64{66}}) {
-      for (const u64 numCharges : {u64{0}, u64{1}, u64{7}, u64{50}}) {
+    for (const u64 numTargets : {1, 2, 3, 4, 7, 8, 9, 16, 30, 66}) {
+      for (const u64 numCharges : {0, 1, 2, 3, 7, 8, 9, 50}) {
         Scene scene(numCharges, numTargets);
 
         kernel->add(scene.pointCharges(), scene.targetLanes());
@@ -115,33 +124,52 @@ TEST(PointChargeKernel, KeepsItsAccuracyAtAllScalesOfLength) {
   }
 }
 
+// Two full groups of lanes and one each of four, two and one target.
 TEST(PointChargeKernel, AddsToMarkedTargetsOnly) {
   for (const PointChargeKernel* const kernel : runnableKernels()) {
-    Scene scene(7, 24);
-    const std::array<std::uint8_t, 3> mask{0b10100101, 0, 0xff};
+    for (const u64 numCharges : {1, 7, 10}) {
+      Scene scene(numCharges, 23);
+      const std::array<std::uint8_t, 5> mask{0b10100101, 0, 0b00111100, 0b11110000, 0xff};
 
-    kernel->addMasked(scene.pointCharges(), scene.targetLanes(), mask.data());
+      kernel->addMasked(scene.pointCharges(), scene.targetLanes(), mask.data());
 
-    for (u64 t = 0; t < scene.count; ++t) {
-      if ((mask[t / 8] >> (t % 8) & 1U) != 0)
-        scene.expectExact(t);
-      else
-        EXPECT_EQ(scene.sums[0][t], 1.0) << t;
+      for (u64 t = 0; t < scene.count; ++t) {
+        const u64 lane = scene.lanes[t];
+        if ((mask[lane / 8] >> (lane % 8) & 1U) != 0)
+          scene.expectExact(t);
+        else
+          EXPECT_EQ(scene.sum(0, t), 1.0) << t;
+      }
     }
   }
 }
 
 TEST(PointChargeKernel, GivesInfinityAtACoincidingTargetAndSparesItsNeighbours) {
   for (const PointChargeKernel* const kernel : runnableKernels()) {
-    Scene scene(7, 16);
-    for (u64 c = 0; c < 3; ++c) scene.targets[c][3] = scene.charges[c][5];
+    for (const u64 hit : {3, 17, 21, 22}) {
+      Scene scene(7, 23);
+      for (u64 c = 0; c < 3; ++c) scene.place(hit, c, scene.charges[c][5]);
+
+      kernel->add(scene.pointCharges(), scene.targetLanes());
+
+      EXPECT_TRUE(std::isinf(scene.sum(0, hit)));
+      EXPECT_TRUE(std::isnan(scene.sum(1, hit)));
+      for (u64 t = 0; t < scene.count; ++t)
+        if (t != hit) scene.expectExact(t);
+    }
+  }
+}
+
+// A target at the origin, where lanes without a charge would find one.
+TEST(PointChargeKernel, SeesNoChargeInTheLanesBehindTheLast) {
+  for (const PointChargeKernel* const kernel : runnableKernels()) {
+    Scene scene(3, 1);
+    for (u64 c = 0; c < 3; ++c) scene.place(0, c, 0.0);
 
     kernel->add(scene.pointCharges(), scene.targetLanes());
 
-    EXPECT_TRUE(std::isinf(scene.sums[0][3]));
-    EXPECT_TRUE(std::isnan(scene.sums[1][3]));
-    for (u64 t = 0; t < scene.count; ++t)
-      if (t != 3) scene.expectExact(t);
+    scene.expectExact(0);
+    EXPECT_NE(scene.sums[0][1], 0.0);  // and the charges were shared among the lanes
   }
 }
 
