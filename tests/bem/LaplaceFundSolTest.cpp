@@ -128,18 +128,6 @@ TEST(LaplaceFundSol, AgreesWithLongDoubleForAllTypesAndPairs) {
   }
 }
 
-TEST(LaplaceFundSol, LetsCoincidingPointsTravelOnUnchanged) {
-  FundSolPairs pairs(1, false);
-  FundSolValues values({EvaluationType::Function, EvaluationType::GradientX}, 1);
-  const std::array<double, 3> point{0.5, 1.0, -2.0};
-
-  LaplaceFundSol<3>::preparePairs(pairs, 1, point, 1, point);
-  LaplaceFundSol<3>::evaluate(pairs, values);
-
-  EXPECT_TRUE(std::isinf(values.blocks.block(0)[0]));
-  EXPECT_TRUE(std::isnan(values.blocks.block(1)[0]));
-}
-
 TEST(LaplaceFundSol, RefusesWhatItCannotEvaluate) {
   using enum EvaluationType;
   const auto unknown = static_cast<EvaluationType>(8);
