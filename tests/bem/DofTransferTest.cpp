@@ -55,12 +55,6 @@ topo::Grid<2> surface(const Elements& elements, const std::vector<u64>& order) {
   return grid;
 }
 
-topo::Grid<0> cloud(const std::vector<u64>& ids) {
-  topo::Grid<0> grid(ids.size(), ids, std::vector<u64>(ids.size(), 0));
-  grid.createOwnerships(0);
-  return grid;
-}
-
 u64 rankZero(u64 /*element*/) { return 0; }
 
 sparse::ParVec viewOf(std::vector<double>& values) {
@@ -124,25 +118,6 @@ TEST(DofTransfer, FollowsShuffledElementsOfBothShapes) {
       for (u64 i = 0; i < fromList.size(); ++i)
         EXPECT_EQ(transfer.columnOfRow()[toList[i]], fromList[i]);
     }
-  }
-}
-
-TEST(DofTransfer, FollowsShuffledPointsWithOneOrThreeValues) {
-  const u64 n = 57;
-  std::vector<u64> ids(n);
-  std::iota(ids.begin(), ids.end(), u64{0});
-  const std::vector<u64> place = shuffled(n, 4);
-  const topo::Grid<0> from = cloud(ids);
-  const topo::Grid<0> to = cloud(ids);
-  for (const u64 values : {1, 3}) {
-    const DofTransfer transfer =
-        makeDofTransfer(from, to, fe::vertexDofs(from, values), fe::vertexDofs(to, values),
-                        rankZero, [&](u64 i) { return place[i]; });
-
-    expectPermutation(transfer);
-    for (u64 i = 0; i < n; ++i)
-      for (u64 c = 0; c < values; ++c)
-        EXPECT_EQ(transfer.columnOfRow()[values * place[i] + c], values * i + c);
   }
 }
 
