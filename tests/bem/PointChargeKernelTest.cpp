@@ -173,6 +173,44 @@ TEST(PointChargeKernel, SeesNoChargeInTheLanesBehindTheLast) {
   }
 }
 
+// The square of the distance overflows in the second cell, whose share is zero then: where a vector
+// loop's inverse root fails, it has to start again pair by pair.
+TEST(PointChargeKernel, SumsCellsOfWhichOneIsBeyondTheRangeOfSquares) {
+  constexpr u64 kLanes = math::kNumLanes;
+  // The five points of a cell lie at g (1, 2, -1) and have the charges 3 q; rows g and q.
+  std::vector<double> table(2 * 2 * kLanes, 1e160);
+  for (u64 k = 0; k < kLanes; ++k) {
+    table[k] = static_cast<double>(k + 1);
+    table[kLanes + k] = table[3 * kLanes + k] = 1.0 / table[k];
+  }
+  const double node[3] = {1.0, 2.0, -1.0};
+  const std::uint32_t cells[2] = {0, 1};
+  const double three = 3.0;
+  const Density density{.firstRow = 1, .numShapes = 1, .coefficients = &three};
+  double potential = 0.0;
+  double slope = 0.0;  // of the gradient along (1, 2, -1)
+  for (u64 k = 0; k < 5; ++k) {
+    potential += 3.0 / (table[k] * table[k] * std::sqrt(6.0));
+    slope += 3.0 / (table[k] * table[k] * table[k] * 6.0 * std::sqrt(6.0));
+  }
+  for (const PointChargeKernel* const kernel : runnableKernels()) {
+    const PotentialAndGradient sum = kernel->sumOfCells({.table = table.data(),
+                                                         .numLanes = kLanes,
+                                                         .numPoints = 5,
+                                                         .numRows = 2,
+                                                         .numNodes = 1,
+                                                         .nodes = node,
+                                                         .forPotential = density,
+                                                         .forGradient = density,
+                                                         .cells = cells,
+                                                         .numCells = 2},
+                                                        {0.0, 0.0, 0.0, 1.0});
+    EXPECT_NEAR(sum.potential, potential, 16 * kEps * potential);
+    for (u64 c = 0; c < 3; ++c)
+      EXPECT_NEAR(sum.gradient[c], slope * node[c], 32 * kEps * slope) << "component " << c;
+  }
+}
+
 TEST(PointChargeKernel, MarksTargetsAtTheLimitAsFar) {
   for (const PointChargeKernel* const kernel : runnableKernels()) {
     Scene scene(0, 16);

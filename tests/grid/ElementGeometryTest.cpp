@@ -130,20 +130,6 @@ TEST_P(EverySurfaceType, TablesOfAllElementsAgreeWithTheElementsAlone) {
 INSTANTIATE_TEST_SUITE_P(Codes, EverySurfaceType,
                          ::testing::Values(203, 206, 210, 304, 308, 309, 316));
 
-TEST(ElementGeometry, AffineTriangleHasConstantTangentsAndHalfTheirProductAsArea) {
-  const auto map = [](double x, double y) -> Point { return {3.0 * x, 4.0 * y, 1.0}; };
-  const std::vector<double> points{0.25, 0.125, 1.0, 0.0};
-  std::array<double, 6> a{};
-  std::array<double, 6> b{};
-
-  const ElementGeometry element = singleElement(203, map);
-  element.tangents({points.data(), points.size()}, a.data(), b.data());
-
-  EXPECT_EQ(a, (std::array{3.0, 0.0, 0.0, 3.0, 0.0, 0.0}));
-  EXPECT_EQ(b, (std::array{0.0, 4.0, 0.0, 0.0, 4.0, 0.0}));
-  EXPECT_NEAR(element.area(), 6.0, 32 * kEps);
-}
-
 /// The size of an element follows from the four-point rule even where nine points would be better.
 TEST(ElementGeometry, AreaOfAQuadrilateralIsThatOfTheFourPointRule) {
   const ElementGeometry element = singleElement(304, [](double x, double y) -> Point {

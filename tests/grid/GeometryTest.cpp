@@ -58,19 +58,6 @@ TEST(TopologyOf, TakesTheElementsOfDimensionTwo) {
   EXPECT_EQ(geometry.highOrderNodes, nullptr);
 }
 
-TEST(TopologyOf, APointCloudKeepsItsElementOrder) {
-  const GridData data = cloud();
-  const topo::Grid<0> topology = pointTopology(data);
-  const Coordinates coordinates(data);
-
-  EXPECT_EQ(topology.vertices, data.connectivity);
-  EXPECT_EQ(coordinates.position(30)[0], 1.0);
-  EXPECT_EQ(coordinates.position(10)[2], 6.0);
-  EXPECT_EQ(coordinates.values()[0], 4.0);
-  expectThrow<std::out_of_range>([&] { (void)coordinates.position(11); },
-                                 "invalid unordered_map<K, T> key");
-}
-
 TEST(Geometry, StoresTheNodesBeyondTheVertices) {
   GridData data;
   test::addElement(data, 206, [](double x, double y) { return test::Point{x, y, 0.0}; });
