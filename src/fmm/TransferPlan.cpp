@@ -7,8 +7,8 @@
 namespace velmo::fmm {
 namespace {
 
-/// Pairs that one task takes at least, as long as its level has them: enough to fill the lanes of
-/// most directions, few enough to share the work evenly.
+/// Smallest number of pairs in a task, if its level has that many: enough to fill the lanes of most
+/// directions, but few enough to distribute the work evenly.
 constexpr u64 kPairsPerTask = 8192;
 
 std::uint32_t directionBetween(bits::Morton target, bits::Morton source) {
