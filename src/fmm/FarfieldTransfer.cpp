@@ -38,7 +38,7 @@ constexpr Angles kParentToChild{{{kFlat, -kThreeQuarters},
                                  {kSteep, kThreeQuarters},
                                  {kSteep, kQuarter}}};
 
-/// From child k to the parent: the direction to the opposite child.
+/// From child k to the parent, which is the direction to the opposite child.
 constexpr Angles reversed(const Angles& angles) {
   Angles result = angles;
   std::reverse(result.begin(), result.end());
@@ -231,7 +231,7 @@ void Transfer::l2lLevel(Tree& tree, u64 level) const {
 }
 
 Transfer::Conversion Transfer::conversionOfBoxes(double boxSize) const {
-  // The squared length of an offset is a small number.
+  // The squared length of an offset is a small integer.
   constexpr u64 kLengths = 3 * TransferPlan::kReach * TransferPlan::kReach + 1;
   const u64 numFactors = 2 * degree_ + 1;
   Conversion conversion;

@@ -4,8 +4,8 @@
 
 #include "math/Lanes.hpp"
 
-/// Operations on lanes for AVX2 and FMA. Included only by sources that are built for this
-/// set. The table in `Lanes.hpp` says what each gives.
+/// Operations on lanes for AVX2 and FMA. Included only by sources that are compiled for this set.
+/// The table in `Lanes.hpp` describes them.
 namespace velmo::math::lanesAvx2 {
 
 /// Eight lanes in two registers of 256 bits.
@@ -35,10 +35,10 @@ using LaneMask = LanePair<Mask4>;
 using Bits4 [[gnu::vector_size(32)]] = unsigned long;
 
 /// x^(-1/2) without the processor's slow square root and division. Halving the exponent by integer
-/// arithmetic gives y within 3.5 percent; with e = 1 - x y^2 the series
-/// x^(-1/2) = y (1 + e/2 + 3 e^2/8 + 5 e^3/16 + 35 e^4/128 + O(e^5)) brings it to 1.1e-4 with two
-/// terms and to the last place with four.
-/// @pre squared is a normal number. Others give numbers whose cube is not finite.
+/// arithmetic gives y within 3.5 percent; with e = 1 - x y^2, two terms of the series x^(-1/2) = y
+/// (1 + e/2 + 3 e^2/8 + 5 e^3/16 + 35 e^4/128 + O(e^5)) reduce the error to 1.1e-4, and then four
+/// terms to the last place.
+/// @pre squared is a normal number. Other values give results whose cube is not finite.
 [[gnu::always_inline]] inline Double4 inverseRoot(Double4 squared) {
   constexpr unsigned long kHalfExponents = 0x5fe6eb50c7b537a9;
   const auto guess =

@@ -4,8 +4,8 @@
 
 #include "math/Lanes.hpp"
 
-/// Operations on lanes for AVX-512. Included only by sources that are built for this
-/// set. The table in `Lanes.hpp` says what each gives.
+/// Operations on lanes for AVX-512. Included only by sources that are compiled for this set. The
+/// table in `Lanes.hpp` describes them.
 namespace velmo::math::lanesAvx512 {
 
 /// Eight lanes in one register of 512 bits.
@@ -42,9 +42,9 @@ template <u64 kCount>
 }
 
 /// The processor's estimate y has 14 bits; with e = 1 - x y^2 the series
-/// x^(-1/2) = y (1 + e/2 + 3 e^2/8 + 5 e^3/16 + O(e^4)) brings it to the last place in one step,
-/// for two thirds of the time of a square root and a division.
-/// @pre squared is a normal number. Others give numbers that are no inverse root.
+/// x^(-1/2) = y (1 + e/2 + 3 e^2/8 + 5 e^3/16 + O(e^4)) makes it accurate to the last place in one
+/// step, in two thirds of the time of a square root and a division.
+/// @pre squared is a normal number. Other values give wrong results.
 [[gnu::always_inline]] inline Lanes inverseRoot(Lanes squared) {
   const Lanes y = _mm512_maskz_rsqrt14_pd(0xff, squared);
   const Lanes e = 1.0 - (squared * y) * y;

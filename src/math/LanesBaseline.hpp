@@ -4,8 +4,8 @@
 
 #include "math/Lanes.hpp"
 
-/// Operations on lanes for every x86-64 processor. Included only by sources that are built for this
-/// set. The table in `Lanes.hpp` says what each gives.
+/// Operations on lanes for every x86-64 processor. Included only by sources that are compiled for
+/// this set. The table in `Lanes.hpp` describes them.
 namespace velmo::math::lanesBaseline {
 
 /// Four lanes in two registers of 128 bits.
