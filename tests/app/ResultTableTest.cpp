@@ -98,16 +98,6 @@ TEST(ResultTable, AgreesWithThePlainFormatForAllKindsOfNumbers) {
   EXPECT_TRUE(text == head + plainRows(values));
 }
 
-TEST(ResultTable, ChecksItsListsAgainstThePoints) {
-  const TemporaryFolder folder;
-  const auto points = velmo::grid::makePointCloud(std::vector<double>{1, 2, 3, 4, 5, 6}, 2);
-  const std::vector<double> two(2);
-  const std::vector<double> five(5);
-  EXPECT_THROW(writeResults(folder.path() / "a", points, two, five), std::out_of_range);
-  EXPECT_THROW(writeResults(folder.path() / "a", points, std::span(two).first(1), five),
-               std::out_of_range);
-}
-
 TEST(Extrema, AreReportedToTheLetter) {
   const std::string rule = "#" + std::string(67, '-') + "\n";
   const std::string begin = rule + "# Field extrema\n" + rule;
