@@ -81,8 +81,7 @@ grid::GridData everyNth(const grid::GridData& points, u64 every) {
 class ChargedSurface {
  public:
   ChargedSurface(const h5::VtkHdfSolution& solution, const bem::EvalQuadratureSettings& settings)
-      : elements_(grid::surfaceElements(grid::surfaceTopology(solution.grid),
-                                        grid::surfaceGeometry(solution.grid))),
+      : elements_(grid::surfaceElements(solution.grid)),
         shapes_(static_cast<u64>(solution.feOrder)),
         quadrature_(elements_, shapes_, shapes_, settings),
         charges_(quadrature_.potentialCharges(solution.charges)) {}
@@ -139,7 +138,8 @@ void sumPlain(const ChargedSurface& surface, const TargetBlock& block) {
 }
 
 void sumExact(const ChargedSurface& surface, const TargetBlock& block) {
-  bem::NearTask task(surface.quadrature(), block.coordinates);
+  bem::NearTask task(surface.quadrature());
+  task.setTargets(block.coordinates);
   task.run(0, surface.numElements(), surface.charges(), surface.charges());
   task.addTo(block.potential, block.gradient);
 }

@@ -35,7 +35,7 @@ struct Leaf {
       : mesh(samples::plate({.refine = 8})),
         topology(grid::surfaceTopology(samples::gridData(mesh))),
         geometry(grid::surfaceGeometry(samples::gridData(mesh))),
-        elements(grid::surfaceElements(topology, geometry)),
+        elements(grid::surfaceElements(samples::gridData(mesh))),
         targets(onSurface
                     ? samples::onSurface(numTargets, mesh, 1)
                     : samples::randomInBox(numTargets, {-0.5, -0.5, 0.25}, {0.5, 0.5, 1.25}, 1)),
@@ -103,7 +103,8 @@ struct NearPoints {
 std::vector<double> evaluate(const Leaf& leaf) {
   const u64 n = leaf.numTargets();
   std::vector<double> sums(4 * n, 0.0);
-  bem::NearTask task(leaf.quadrature, leaf.targets);
+  bem::NearTask task(leaf.quadrature);
+  task.setTargets(leaf.targets);
   task.run(0, leaf.elements.numElements(), leaf.charges, leaf.charges);
   task.addTo(std::span(sums).first(n), std::span(sums).subspan(n));
   return sums;
@@ -169,7 +170,7 @@ void subdividedPath(benchmark::State& state) {
   }
   for (auto _ : state) benchmark::DoNotOptimize(evaluate(leaf));
   const u64 numPairs = leaf.numTargets() * leaf.elements.numElements();
-  const u64 numRulePoints = leaf.quadrature.points().maxPointsPerElement;
+  const u64 numRulePoints = leaf.quadrature.points().offsets[1];
   report(state, numNearPoints + (numPairs - numNear) * numRulePoints);
   state.counters["nearPerTarget"] =
       static_cast<double>(numNear) / static_cast<double>(leaf.numTargets());

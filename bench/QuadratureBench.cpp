@@ -69,7 +69,7 @@ struct FlatTriangle {
 
   topo::Grid<2> topology = grid::surfaceTopology(flatTriangle());
   grid::Geometry::Grid geometry = grid::surfaceGeometry(flatTriangle());
-  grid::SurfaceElements elements = grid::surfaceElements(topology, geometry);
+  grid::SurfaceElements elements = grid::surfaceElements(flatTriangle());
 };
 
 /// Height of the target in thousandths of the element's size; items are quadrature points.
@@ -99,7 +99,8 @@ void subdividedSum(benchmark::State& state) {
   const bem::NearFieldQuadrature quadrature(triangle.elements, shapes, shapes,
                                             {.order = kRuleOrder, .minRelDist = kMinRelDist});
   const bem::SourceCharges charges = quadrature.potentialCharges(std::vector<double>{1.0});
-  bem::NearTask task(quadrature, target);
+  bem::NearTask task(quadrature);
+  task.setTargets(target);
   for (auto _ : state) {
     task.run(0, 1, charges, charges);
     benchmark::ClobberMemory();

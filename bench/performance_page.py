@@ -9,11 +9,11 @@ import math
 import re
 
 STAGES = ("input", "preparation", "setup", "apply")
-LARGE = 20000  # triangles from which on a size stands in the tables and runs take long
+LARGE = 20000  # sizes from this number of triangles on are in the tables, and their runs take long
 
 
 def evaluation(figure):
-    """Seconds from the points in memory to the result in memory, reading the density included."""
+    """Seconds from points in memory to results in memory, including reading the density."""
     return figure["preparation"] + figure["setup"] + figure["apply"]
 
 
@@ -45,7 +45,7 @@ class Figures:
         return min(self.at(size, degree), key=whole)
 
     def loss(self, degree, leaf):
-        """How much longer the whole run takes with one leaf size than with the best, at worst."""
+        """Extra share of time against the best leaf size, over whole runs, at the worst size."""
         return max(next(f for f in self.at(size, degree) if f["leaf"] == leaf)["whole"]
                    / self.best(size, degree)["whole"] for size in self.large) - 1
 
@@ -181,7 +181,7 @@ def draw_stages(ax, figures):
 
 
 def draw(figures, path):
-    # Here, not above: bench/run must be small while it measures memory.
+    # Imported here because bench/run must stay small while it measures memory.
     import matplotlib
     matplotlib.use("Agg")  # pictures go to files; no display is needed
     import matplotlib.pyplot as plt
@@ -195,7 +195,7 @@ def draw(figures, path):
         draw_leaves(ax, figures, degree)
     leaves[0].set(ylabel="preparation to apply [µs per point]", ylim=(0, None))
     leaves[-1].legend(fontsize=8, loc="lower right")
-    # No version or date inside: equal figures give an equal file.
+    # Without version and date, so that equal figures give an equal file.
     picture.savefig(path, dpi=100, metadata={"Software": None})
 
 

@@ -5,6 +5,7 @@
 #include <iostream>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "app/ProcessPost.hpp"
 #include "app/RunInputs.hpp"
@@ -80,12 +81,13 @@ int runPostSolver(int argc, char** argv, velmo::comm::Comm comm) {
   reportInputs(input, points, settings);
   requireNewResult(points, output,
                    std::array<fs::path, 4>{input, points, settings, optionsFileOf(argc, argv)});
-  const std::optional<RunInputs> inputs = readRunInputs(points, settings, output);
+  std::optional<RunInputs> inputs = readRunInputs(points, settings, output);
   if (!inputs) return 1;
   io::reportStage("Input", inputTimer);
   applyThreadSetting(inputs->problem);
 
-  const auto [result, secondResult] = processPost(input, inputs->pointCloud, inputs->problem, comm);
+  const auto [result, secondResult] =
+      processPost(input, std::move(inputs->pointCloud), inputs->problem, comm);
   reportEnd(inputs->numPoints, result, secondResult, totalTimer);
   return 0;
 }

@@ -8,6 +8,7 @@
 
 #include "io/Exception.hpp"
 #include "io/Types.hpp"
+#include "thread/ParallelFor.hpp"
 
 namespace orvanta {
 
@@ -32,51 +33,83 @@ struct Box {
       high[axis] = std::max(high[axis], x[axis]);
     }
   }
+  void add(const Box& box) {
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+      low[axis] = std::min(low[axis], box.low[axis]);
+      high[axis] = std::max(high[axis], box.high[axis]);
+    }
+  }
   [[nodiscard]] double size() const {
     return std::max({high[0] - low[0], high[1] - low[1], high[2] - low[2]});
   }
 };
 
+/// Numbers, or elements, that one task looks at.
+constexpr u64 kPiece = 8192;
+
+/// Box around all points and nodes.
+Box boxAround(std::span<const double> coordinates) {
+  std::vector<Box> parts((coordinates.size() / 3 + kPiece - 1) / kPiece);
+  velmo::thread::forPieces(coordinates.size() / 3, kPiece, [&](u64 first, u64 end) {
+    for (u64 i = first; i < end; ++i) parts[first / kPiece].add(&coordinates[3 * i]);
+  });
+  Box all;
+  for (const Box& part : parts) all.add(part);
+  return all;
+}
+
 /// The smallest element that is not a single place; without extent where there is none.
 Box smallestElement(const GridData& surface) {
+  std::vector<Box> parts((surface.numElements + kPiece - 1) / kPiece);
+  const auto keepSmaller = [](Box& smallest, const Box& box) {
+    if (box.size() > 0.0 && !(smallest.size() > 0.0 && box.size() >= smallest.size()))
+      smallest = box;
+  };
+  velmo::thread::forPieces(surface.numElements, kPiece, [&](u64 first, u64 end) {
+    Box smallest;
+    for (u64 e = first; e < end; ++e) {
+      Box box;
+      for (u64 i = surface.offsets[e]; i < surface.offsets[e + 1]; ++i)
+        box.add(&surface.coordinates[3 * surface.connectivity[i]]);
+      keepSmaller(smallest, box);
+    }
+    parts[first / kPiece] = smallest;
+  });
   Box smallest;
-  double size = std::numeric_limits<double>::infinity();
-  for (u64 e = 0; e < surface.numElements; ++e) {
-    Box box;
-    for (u64 i = surface.offsets[e]; i < surface.offsets[e + 1]; ++i)
-      box.add(&surface.coordinates[3 * surface.connectivity[i]]);
-    if (!(box.size() > 0.0) || box.size() >= size) continue;
-    smallest = box;
-    size = box.size();
-  }
+  for (const Box& part : parts) keepSmaller(smallest, part);
   return smallest;
 }
 
 void checkDistances(const GridData& grid, const std::string& kind, const Box& smallest) {
   const double limit = kMaxRatio * smallest.size();
-  for (u64 i = 0; i < grid.coordinates.size(); ++i)
-    if (std::abs(grid.coordinates[i] - smallest.low[i % 3]) > limit)
-      throw velmo::utility::RuntimeError("Coordinates of " + kind + " " + std::to_string(i / 3) +
-                                         " (counted from 0) are more than 2^256 times the size of "
-                                         "the smallest element away from it");
+  velmo::thread::forPieces(grid.coordinates.size(), 3 * kPiece, [&](u64 first, u64 end) {
+    for (u64 i = first; i < end; ++i)
+      if (std::abs(grid.coordinates[i] - smallest.low[i % 3]) > limit)
+        throw velmo::utility::RuntimeError("Coordinates of " + kind + " " + std::to_string(i / 3) +
+                                           " (counted from 0) are more than 2^256 times the size "
+                                           "of the smallest element away from it");
+  });
 }
+
+/// x 2^-power, without a call where nothing changes.
+double scaled(double x, int power) noexcept { return power == 0 ? x : std::ldexp(x, -power); }
 
 }  // namespace
 
-void LengthUnit::applyTo(std::span<double> coordinates) const noexcept {
+void LengthUnit::applyTo(std::span<double> coordinates) const {
   if (exponent == 0) return;
-  for (double& x : coordinates) x = std::ldexp(x, -exponent);
+  velmo::thread::forPieces(coordinates.size(), kPiece, [&](u64 first, u64 end) {
+    for (u64 i = first; i < end; ++i) coordinates[i] = scaled(coordinates[i], exponent);
+  });
 }
 
-void LengthUnit::removeFrom(std::span<double> values, int power) const noexcept {
-  if (exponent == 0) return;
-  for (double& value : values) value = std::ldexp(value, -power * exponent);
+double LengthUnit::removedFrom(double value, int power) const noexcept {
+  return scaled(value, power * exponent);
 }
 
 LengthUnit lengthUnitOf(const GridData& points, const GridData& surface) {
-  Box all;
-  for (const GridData* grid : {&points, &surface})
-    for (u64 i = 0; i < grid->coordinates.size(); i += 3) all.add(&grid->coordinates[i]);
+  Box all = boxAround(points.coordinates);
+  all.add(boxAround(surface.coordinates));
   // What is not finite is for the octree to refuse; one place has no size.
   if (!(all.size() > 0.0) || std::isinf(all.size())) return {};
 

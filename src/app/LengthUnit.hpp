@@ -16,11 +16,11 @@ struct LengthUnit {
   int exponent = 0;  ///< the unit is 2^exponent units of the input
 
   /// Brings coordinates of the input to this unit.
-  void applyTo(std::span<double> coordinates) const noexcept;
+  void applyTo(std::span<double> coordinates) const;
 
-  /// Brings values of the dimension 1 / length^power to the unit of the input: 1 for the potential
-  /// of given charges, 2 for its gradient.
-  void removeFrom(std::span<double> values, int power) const noexcept;
+  /// A value of the dimension 1 / length^power in the unit of the input: 1 for the potential of
+  /// given charges, 2 for its gradient.
+  [[nodiscard]] double removedFrom(double value, int power) const noexcept;
 };
 
 /// The unit for the evaluation of the solution on `surface` at `points`.

@@ -1,5 +1,7 @@
 #include "app/ProcessPost.hpp"
 
+#include <algorithm>
+#include <numeric>
 #include <optional>
 #include <span>
 #include <utility>
@@ -7,25 +9,22 @@
 
 #include "app/LengthUnit.hpp"
 #include "app/ResultTable.hpp"
-#include "bem/DofTransfer.hpp"
 #include "evaluator/FmmEvaluator.hpp"
-#include "fe/DofData.hpp"
-#include "grid/Geometry.hpp"
 #include "h5/SolutionReader.hpp"
 #include "io/Channels.hpp"
-#include "io/CheckedAccess.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
 #include "io/Progress.hpp"
 #include "io/StageReport.hpp"
+#include "io/UnfilledVector.hpp"
 #include "sparse/ParVec.hpp"
+#include "thread/ParallelFor.hpp"
 #include "tree/FmmTree.hpp"
 
 namespace orvanta {
 
 namespace io = velmo::io;
 using velmo::u64;
-using velmo::bem::makeDofTransfer;
 using velmo::sparse::IndexLayout;
 using velmo::sparse::ParVec;
 using velmo::tree::FmmTree;
@@ -43,65 +42,94 @@ ParVec viewOf(std::span<double> values, velmo::comm::Comm comm) {
   return {IndexLayout(comm, values.size()), velmo::linalg::MatrixView<double, -1, 1>(values)};
 }
 
-/// The tree over points and surface in the unit of the run, which `surface` takes on.
-FmmTree makeTree(velmo::grid::GridData points, velmo::grid::GridData& surface, LengthUnit unit,
-                 const velmo::tree::Options& options, velmo::comm::Comm comm) {
-  unit.applyTo(points.coordinates);
-  unit.applyTo(surface.coordinates);
-  return {points, surface, options, 0, comm};
-}
+/// Numbers that one task copies.
+constexpr u64 kPiece = 8192;
 
 /// The coefficients of the file in the order of the tree's elements.
-std::vector<double> toTreeOrder(velmo::h5::VtkHdfSolution& solution, const FmmTree& tree,
-                                const velmo::fe::DofData& treeDofs, u64 numPoints,
-                                velmo::comm::Comm comm) {
-  ParVec fileCoefficients = viewOf(solution.charges, comm);
-  velmo::topo::Grid<2> fileGrid = velmo::grid::surfaceTopology(solution.grid);
-  fileGrid.createOwnerships(comm);
-  fileGrid.finishOwnerships();
-  const velmo::fe::DofData fileDofs = velmo::fe::elementDofs(
-      fileGrid, velmo::fe::ShapeFunList<2, 3>(static_cast<u64>(solution.feOrder)));
-  // Objects are numbered in one sequence, the points first.
-  const auto destinationOfElement = [&](u64 i) {
-    return static_cast<u64>(velmo::utility::checkedAt(tree.distribution().owner, i + numPoints));
-  };
-  const auto elementInTarget = [&](u64 i) { return tree.sourceIndex()[i]; };
+/// @param offsets first coefficient of each element of the tree, and the end
+io::UnfilledVector<double> toTreeOrder(std::span<const double> charges, const FmmTree& tree,
+                                       std::span<const u64> offsets) {
+  const auto order = tree.sourceOrder();
+  std::vector<u64> fileOffsets(offsets.size(), 0);
+  for (u64 k = 0; k < order.size(); ++k)
+    fileOffsets[order[k] + u64{1}] = offsets[k + 1] - offsets[k];
+  std::partial_sum(fileOffsets.begin(), fileOffsets.end(), fileOffsets.begin());
 
-  std::vector<double> coefficients(treeDofs.numDofs(), 0.0);
-  ParVec treeCoefficients = viewOf(coefficients, comm);
-  makeDofTransfer(fileGrid, tree.sourceGrid().topology, fileDofs, treeDofs, destinationOfElement,
-                  elementInTarget)
-      .matMult(fileCoefficients, treeCoefficients, 1.0);
+  io::UnfilledVector<double> coefficients(offsets.back());
+  velmo::thread::forPieces(order.size(), kPiece, [&](u64 first, u64 end) {
+    for (u64 k = first; k < end; ++k)
+      std::copy_n(charges.data() + fileOffsets[order[k]], offsets[k + 1] - offsets[k],
+                  coefficients.data() + offsets[k]);
+  });
   return coefficients;
 }
 
-/// Results in tree order, `valuesPerPoint` each, in the order of the input.
-std::vector<double> toInputOrder(ParVec& treeValues, u64 valuesPerPoint,
-                                 const velmo::topo::Grid<0>& pointGrid, const FmmTree& tree,
-                                 velmo::comm::Comm comm) {
-  const auto& targetGrid = tree.targetGrid().topology;
-  const velmo::fe::DofData treeDofs = velmo::fe::vertexDofs(targetGrid, valuesPerPoint);
-  const velmo::fe::DofData pointDofs = velmo::fe::vertexDofs(pointGrid, valuesPerPoint);
-  const auto destinationOfPoint = [&](u64 i) {
-    return static_cast<u64>(velmo::utility::checkedAt(tree.distribution().owner, i));
-  };
-  const auto pointInTarget = [&](u64 i) { return tree.targetIndex()[i]; };
+/// Potential of all points, then the gradient, both in the order of the input and of the unit of
+/// the input.
+struct Results {
+  io::UnfilledVector<double> potential;  ///< shape (points)
+  io::UnfilledVector<double> gradient;   ///< shape (points, 3)
+};
 
-  std::vector<double> values(pointDofs.numDofs(), 0.0);
-  ParVec inputValues = viewOf(values, comm);
-  makeDofTransfer(pointGrid, targetGrid, pointDofs, treeDofs, destinationOfPoint, pointInTarget)
-      .matMultTrans(treeValues, inputValues, 1.0);
-  return values;
+/// @param values potential of all targets, then their gradients, in the order of the tree
+Results toInputOrder(std::span<const double> values, const FmmTree& tree, LengthUnit unit) {
+  const auto order = tree.targetOrder();
+  const u64 count = order.size();
+  Results results{io::UnfilledVector<double>(count), io::UnfilledVector<double>(3 * count)};
+  velmo::thread::forPieces(count, kPiece, [&](u64 first, u64 end) {
+    for (u64 k = first; k < end; ++k) {
+      results.potential[order[k]] = unit.removedFrom(values[k], 1);
+      for (u64 axis = 0; axis < 3; ++axis)
+        results.gradient[3 * u64{order[k]} + axis] =
+            unit.removedFrom(values[count + 3 * k + axis], 2);
+    }
+  });
+  return results;
+}
+
+void reportSettings(const velmo::conf::ESProblem& problem) {
+  if (!io::info.hasStreams()) return;
+  const auto& settings = problem.postEval;
+  io::info << io::format("FMM leafsize={}, quadrature order/max. level={}/{}, degree={}",
+                         settings.tree.leafSize, settings.quad.order, settings.quad.maxLevel,
+                         settings.fmm.degree)
+           << std::endl;
+}
+
+/// Sets up the evaluator and applies it.
+/// @return potential of all targets, then their gradients, in the order of the tree
+io::UnfilledVector<double> evaluate(FmmTree& tree, std::vector<double> charges, u64 order,
+                                    const velmo::conf::ESProblem& problem, velmo::comm::Comm comm,
+                                    io::Timer& stageTimer) {
+  std::optional<io::Progress> progress(std::in_place, "FMM setup");
+  velmo::evaluator::FmmEvaluator evaluator(tree, {order, order}, problem.postEval.fmm,
+                                           problem.postEval.quad, comm);
+  progress.reset();
+  io::reportStage("FMM setup", stageTimer);
+
+  progress.emplace("FMM apply", evaluator.work());
+  io::UnfilledVector<double> coefficients = toTreeOrder(charges, tree, evaluator.dofOffsets());
+  charges = {};
+  const u64 numTargets = tree.numTargets();
+  io::UnfilledVector<double> results(4 * numTargets);
+  velmo::thread::forPieces(results.size(), kPiece, [&](u64 first, u64 end) {
+    std::fill(results.data() + first, results.data() + end, 0.0);
+  });
+  ParVec density = viewOf(coefficients, comm);
+  ParVec potential = viewOf(std::span(results).first(numTargets), comm);
+  ParVec field = viewOf(std::span(results).subspan(numTargets), comm);
+  // One density serves both operators.
+  evaluator.apply({density, density}, {field, potential});
+  return results;
 }
 
 }  // namespace
 
 std::tuple<std::filesystem::path, std::filesystem::path> processPost(
-    std::string solutionPath, const velmo::grid::GridData& points,
-    const velmo::conf::ESProblem& problem, velmo::comm::Comm comm) {
+    std::string solutionPath, velmo::grid::GridData points, const velmo::conf::ESProblem& problem,
+    velmo::comm::Comm comm) {
   io::Timer stageTimer;
   io::out << io::kDoubleRule << "# FMM-BASED FIELD EVALUATION \n" << io::kSingleRule;
-  const u64 numPoints = points.numNodes;
 
   velmo::h5::VtkHdfSolution solution = velmo::h5::readSolution(comm, std::move(solutionPath));
   requireOrder(solution, problem.fem.order);
@@ -109,47 +137,29 @@ std::tuple<std::filesystem::path, std::filesystem::path> processPost(
   const LengthUnit unit = lengthUnitOf(points, solution.grid);
   // While the file is read no line may stand: HDF5 writes words of its own to standard error.
   std::optional<io::Progress> progress(std::in_place, "Preparation");
-  FmmTree fmmTree = makeTree(points, solution.grid, unit, problem.bem.tree, comm);
+  std::vector<double> coordinates = points.coordinates;
+  unit.applyTo(points.coordinates);
+  unit.applyTo(solution.grid.coordinates);
+  FmmTree tree(points, solution.grid, problem.bem.tree, 0, comm);
+  // The table wants the points as they were read; nothing else of the grids is needed any more.
+  points = {};
+  points.numNodes = tree.numTargets();
+  points.coordinates = std::move(coordinates);
+  solution.grid = {};
   progress.reset();
   io::reportStage("Preparation", stageTimer);
 
-  const auto& settings = problem.postEval;
-  if (io::info.hasStreams())
-    io::info << io::format("FMM leafsize={}, quadrature order/max. level={}/{}, degree={}",
-                           settings.tree.leafSize, settings.quad.order, settings.quad.maxLevel,
-                           settings.fmm.degree)
-             << std::endl;
+  reportSettings(problem);
   const auto order = static_cast<u64>(solution.feOrder);
-  progress.emplace("FMM setup");
-  velmo::evaluator::FmmEvaluator evaluator(fmmTree, {order, order}, settings.fmm, settings.quad,
-                                           comm);
-  progress.reset();
-  io::reportStage("FMM setup", stageTimer);
-
-  progress.emplace("FMM apply", evaluator.work());
-  std::vector<double> coefficients =
-      toTreeOrder(solution, fmmTree, evaluator.dofs(), numPoints, comm);
-  ParVec treeCoefficients = viewOf(coefficients, comm);
-  const u64 numTargets = fmmTree.numTargets();
-  std::vector<double> resultData(4 * numTargets, 0.0);
-  ParVec treePotential = viewOf(std::span(resultData).first(numTargets), comm);
-  ParVec treeField = viewOf(std::span(resultData).subspan(numTargets), comm);
-  // One density serves both operators.
-  evaluator.apply({treeCoefficients, treeCoefficients}, {treeField, treePotential});
+  const auto values = evaluate(tree, std::move(solution.charges), order, problem, comm, stageTimer);
   progress.emplace("Sorting the results");
-
-  velmo::topo::Grid<0> pointGrid = velmo::grid::pointTopology(points);
-  pointGrid.createOwnerships(comm);
-  pointGrid.finishOwnerships();
-  std::vector<double> potential = toInputOrder(treePotential, 1, pointGrid, fmmTree, comm);
-  std::vector<double> field = toInputOrder(treeField, 3, pointGrid, fmmTree, comm);
-  unit.removeFrom(potential, 1);
-  unit.removeFrom(field, 2);
+  const Results results = toInputOrder(values, tree, unit);
   progress.reset();
   io::reportStage("FMM apply", stageTimer);
 
-  auto result = writeResults(problem.postProc.outBasename, points, potential, field);
-  reportExtrema(potential, field);
+  auto result =
+      writeResults(problem.postProc.outBasename, points, results.potential, results.gradient);
+  reportExtrema(results.potential, results.gradient);
   return {std::move(result), std::filesystem::path()};
 }
 

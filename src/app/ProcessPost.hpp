@@ -19,12 +19,14 @@ namespace orvanta {
 /// throws.
 ///
 /// @param solutionPath the `.vtkhdf` file
-/// @param points point cloud in the order of the input
+/// @param points point cloud in the order of the input; taken over, because most of it is not
+/// needed
+///        while the field is computed
 /// @return the result file and an empty path, the place of a second file
 /// @throws velmo::utility::RuntimeError "FE-orders don't match between solution file and  settings
 ///         file: <file's> != <settings'>"; what the reader of the solution throws
 std::tuple<std::filesystem::path, std::filesystem::path> processPost(
-    std::string solutionPath, const velmo::grid::GridData& points,
-    const velmo::conf::ESProblem& problem, velmo::comm::Comm comm);
+    std::string solutionPath, velmo::grid::GridData points, const velmo::conf::ESProblem& problem,
+    velmo::comm::Comm comm);
 
 }  // namespace orvanta

@@ -1,53 +1,57 @@
 #include "bem/ElementPoints.hpp"
 
 #include <algorithm>
-#include <map>
 
 #include "grid/ElementGeometry.hpp"
+#include "grid/ElementTypes.hpp"
+#include "thread/ParallelFor.hpp"
 
 namespace velmo::bem {
-namespace {
 
-/// The geometric basis of a type at the points of its rule, shape (numPoints, numNodes).
-std::vector<double> basisAtRule(u64 type, const quad::QuadratureInterface<2>& rule) {
-  const sfun::NodalBasis& basis = grid::geometricBasis(type);
-  std::vector<double> values(rule.numPoints * basis.numNodes());
-  basis.eval({rule.points, 2 * rule.numPoints}, values.data());
-  return values;
+ElementRule::ElementRule(const grid::SurfaceElements& elements, const quad::SurfaceRuleSet& rules)
+    : elements_(&elements) {
+  for (const u64 code : elements.codes) {
+    const auto rule = rules.rule(grid::referenceTypeOf(code));
+    const sfun::NodalBasis& basis = grid::geometricBasis(code);
+    TypeTable table{code, rule.numPoints, std::vector<double>(rule.numPoints * basis.numNodes())};
+    basis.eval({rule.points, 2 * rule.numPoints}, table.basis.data());
+    tables_.push_back(std::move(table));
+  }
 }
 
-}  // namespace
+const ElementRule::TypeTable& ElementRule::tableOf(u64 element) const noexcept {
+  const TypeTable* table = tables_.data();
+  while (table->code != elements_->types[element]) ++table;
+  return *table;
+}
+
+u64 ElementRule::numPoints(u64 first, u64 end) const noexcept {
+  if (tables_.size() == 1) return tables_.front().numPoints * (end - first);
+  u64 count = 0;
+  for (u64 e = first; e < end; ++e) count += tableOf(e).numPoints;
+  return count;
+}
+
+void ElementRule::place(u64 first, u64 end, double* x, double* y, double* z) const noexcept {
+  for (u64 e = first, q = 0; e < end; ++e) {
+    const TypeTable& table = tableOf(e);
+    elements_->positionsFromValues(e, table.basis, x + q, y + q, z + q);
+    q += table.numPoints;
+  }
+}
 
 ElementPoints::ElementPoints(const grid::SurfaceElements& elements,
                              const quad::SurfaceRuleSet& rules) {
+  const ElementRule rule(elements, rules);
   const u64 numElements = elements.numElements();
-  std::map<u64, std::vector<double>> valuesByType;
   offsets.resize(numElements + 1, 0);
-  for (u64 e = 0; e < numElements; ++e) {
-    const u64 type = elements.types[e];
-    const auto rule = rules.rule(elements.shapes[e]);
-    if (e == 0 || type != elements.types[e - 1]) {
-      if (!valuesByType.contains(type)) valuesByType.emplace(type, basisAtRule(type, rule));
-      maxPointsPerElement = std::max(maxPointsPerElement, rule.numPoints);
-    }
-    offsets[e + 1] = offsets[e] + rule.numPoints;
-  }
-  x.resize(offsets.back());
-  y.resize(offsets.back());
-  z.resize(offsets.back());
-
-  const std::vector<double>* values = nullptr;
-  std::vector<double> positions(3 * maxPointsPerElement);
-  for (u64 e = 0; e < numElements; ++e) {
-    if (e == 0 || elements.types[e] != elements.types[e - 1])
-      values = &valuesByType.at(elements.types[e]);
-    elements.positionsFromValues(e, *values, positions.data());
-    for (u64 q = offsets[e], c = 0; q < offsets[e + 1]; ++q, c += 3) {
-      x[q] = positions[c];
-      y[q] = positions[c + 1];
-      z[q] = positions[c + 2];
-    }
-  }
+  for (u64 e = 0; e < numElements; ++e) offsets[e + 1] = offsets[e] + rule.numPoints(e, e + 1);
+  for (io::UnfilledVector<double>* const row : {&x, &y, &z}) row->resize(offsets.back());
+  constexpr u64 kPiece = 1024;
+  thread::forPieces(numElements, kPiece, [&](u64 first, u64 end) {
+    const u64 q = offsets[first];
+    rule.place(first, end, x.data() + q, y.data() + q, z.data() + q);
+  });
 }
 
 std::vector<u64> dofOffsets(const grid::SurfaceElements& elements,
@@ -61,27 +65,25 @@ std::vector<u64> dofOffsets(const grid::SurfaceElements& elements,
 WeightedShapes weightedShapes(const fe::ShapeCache& cache, u64 order,
                               const grid::SurfaceElements& elements) {
   using topo::ReferenceType;
+  const std::vector<ReferenceType> used = elements.codeShapes();
   const auto matrixOf = [&](ReferenceType shape) {
-    return std::ranges::find(elements.shapes, shape) == elements.shapes.end()
+    return std::ranges::find(used, shape) == used.end()
                ? linalg::MatrixView<const double>()
                : cache.matrix(order, fe::BasisKind::L2, shape);
   };
   return {matrixOf(ReferenceType::Triangle), matrixOf(ReferenceType::Quadrilateral)};
 }
 
-std::vector<double> chargesAtPoints(const grid::SurfaceElements& elements,
-                                    const ElementPoints& points, WeightedShapes shapes,
-                                    std::span<const double> coefficients) {
-  std::vector<double> charges(points.offsets.back(), 0.0);
-  const double* c = coefficients.data();
-  for (u64 e = 0; e < elements.numElements(); ++e) {
+void chargesAtPoints(const grid::SurfaceElements& elements, WeightedShapes shapes, u64 first,
+                     u64 end, const double* coefficients, double* charges) noexcept {
+  for (u64 e = first; e < end; ++e) {
     const linalg::MatrixView<const double>& phi = shapes.of(elements.shapes[e]);
-    double* const out = charges.data() + points.offsets[e];
+    std::fill_n(charges, phi.rows, 0.0);
     for (u64 i = 0; i < phi.cols; ++i)
-      for (u64 q = 0; q < phi.rows; ++q) out[q] += c[i] * phi(q, i);
-    c += phi.cols;
+      for (u64 q = 0; q < phi.rows; ++q) charges[q] += coefficients[i] * phi(q, i);
+    charges += phi.rows;
+    coefficients += phi.cols;
   }
-  return charges;
 }
 
 }  // namespace velmo::bem

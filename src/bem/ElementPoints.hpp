@@ -7,10 +7,43 @@
 #include "fe/ShapeFunList.hpp"
 #include "grid/SurfaceElements.hpp"
 #include "io/Types.hpp"
+#include "io/UnfilledVector.hpp"
 #include "linalg/MatrixView.hpp"
 #include "quad/SurfaceRuleSet.hpp"
 
 namespace velmo::bem {
+
+/// The points of a rule on surface elements: point q of an element is sum over its nodes k of
+/// N_k(xi_q) x_k, with the geometric basis N at the points xi_q of the rule of its shape.
+///
+/// Nothing is stored per element: the positions of a range of elements are computed when they are
+/// asked for. Unit of the input. Read-only once made; any number of threads may ask.
+class ElementRule {
+ public:
+  /// Refers to the elements.
+  /// @param rules read here only
+  ElementRule(const grid::SurfaceElements& elements, const quad::SurfaceRuleSet& rules);
+
+  /// Points of the elements [first, end) together.
+  [[nodiscard]] u64 numPoints(u64 first, u64 end) const noexcept;
+
+  /// Positions of the points of the elements [first, end), component by component, element after
+  /// element.
+  /// @param x, y, z shape (numPoints(first, end))
+  void place(u64 first, u64 end, double* x, double* y, double* z) const noexcept;
+
+ private:
+  struct TypeTable {
+    u64 code;
+    u64 numPoints;
+    std::vector<double> basis;  ///< shape (numPoints, numNodes), column-major
+  };
+
+  [[nodiscard]] const TypeTable& tableOf(u64 element) const noexcept;
+
+  const grid::SurfaceElements* elements_;
+  std::vector<TypeTable> tables_;  ///< of the types that occur
+};
 
 /// Positions of the rule points of all elements, component by component, element after element: the
 /// points of element e are those from `offsets[e]` to `offsets[e + 1]`.
@@ -18,16 +51,12 @@ namespace velmo::bem {
 /// The points of neighbouring elements are neighbours in memory, so a range of elements is one run
 /// of point charges. Unit of the input. Built once, read-only afterwards, shared by all threads.
 struct ElementPoints {
-  /// Point q of an element is sum over its nodes k of N_k(xi_q) x_k, with the geometric basis N at
-  /// the points xi_q of the rule of its shape.
-  /// @param elements, rules read here only
   ElementPoints(const grid::SurfaceElements& elements, const quad::SurfaceRuleSet& rules);
 
-  std::vector<u64> offsets;  ///< shape (numElements + 1)
-  std::vector<double> x;     ///< shape (offsets.back()), as y and z
-  std::vector<double> y;
-  std::vector<double> z;
-  u64 maxPointsPerElement = 0;
+  std::vector<u64> offsets;      ///< shape (numElements + 1)
+  io::UnfilledVector<double> x;  ///< shape (offsets.back()), as y and z
+  io::UnfilledVector<double> y;
+  io::UnfilledVector<double> z;
 };
 
 /// First coefficient of each element when every element's coefficients follow those of the element
@@ -54,15 +83,13 @@ struct WeightedShapes {
 [[nodiscard]] WeightedShapes weightedShapes(const fe::ShapeCache& cache, u64 order,
                                             const grid::SurfaceElements& elements);
 
-/// Point charges of a density at the rule points of all elements: charge q of an element is
-/// w_q sum over i of c_i phi_i(xi_q). The sum over all charges is the total charge where the rule
-/// is exact for the shape functions.
-/// @param points       made for these elements with the rule of `shapes`
-/// @param coefficients element after element, as `dofOffsets` tells
-/// @return shape (points.offsets.back()), in the order of the points
-[[nodiscard]] std::vector<double> chargesAtPoints(const grid::SurfaceElements& elements,
-                                                  const ElementPoints& points,
-                                                  WeightedShapes shapes,
-                                                  std::span<const double> coefficients);
+/// Point charges of a density at the rule points of the elements [first, end), in the order of the
+/// points: charge q of an element is w_q sum over i of c_i phi_i(xi_q). The sum over all charges is
+/// the total charge where the rule is exact for the shape functions.
+/// @param shapes       of the rule whose points are meant
+/// @param coefficients those of element `first` first, element after element
+/// @param charges      shape (number of points)
+void chargesAtPoints(const grid::SurfaceElements& elements, WeightedShapes shapes, u64 first,
+                     u64 end, const double* coefficients, double* charges) noexcept;
 
 }  // namespace velmo::bem

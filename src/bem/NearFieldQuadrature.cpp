@@ -1,8 +1,17 @@
 #include "bem/NearFieldQuadrature.hpp"
 
+#include <algorithm>
+
 #include "math/Constants.hpp"
+#include "thread/ParallelFor.hpp"
 
 namespace velmo::bem {
+namespace {
+
+/// Elements that one task works on.
+constexpr u64 kPiece = 2048;
+
+}  // namespace
 
 NearFieldQuadrature::NearFieldQuadrature(const grid::SurfaceElements& elements,
                                          const fe::ShapeFunList<2, 3>& forGradient,
@@ -14,37 +23,43 @@ NearFieldQuadrature::NearFieldQuadrature(const grid::SurfaceElements& elements,
       gradientOrder_(forGradient.order),
       potentialOrder_(forPotential.order),
       points_(elements, rules_),
-      gradientDofs_(dofOffsets(elements, forGradient)),
+      gradientDofs_(gradientOrder_ == potentialOrder_ ? std::vector<u64>()
+                                                      : dofOffsets(elements, forGradient)),
       potentialDofs_(dofOffsets(elements, forPotential)),
       tableOfElement_(elements.numElements()) {
-  shapes_.add(elements.shapes, forGradient, rules_);
-  shapes_.add(elements.shapes, forPotential, rules_);
-  for (u64 e = 0; e < elements.numElements(); ++e) {
-    const u64 type = elements.types[e];
-    auto found = tables_.find(type);
-    if (found == tables_.end())
-      found = tables_
-                  .try_emplace(type, type, rules_.rule(elements.shapes[e]), forPotential,
-                               forGradient, kSubdivisionLevels)
-                  .first;
-    tableOfElement_[e] = &found->second;
-  }
+  const std::vector<topo::ReferenceType> shapes = elements.codeShapes();
+  shapes_.add(shapes, forGradient, rules_);
+  shapes_.add(shapes, forPotential, rules_);
+  for (u64 i = 0; i < shapes.size(); ++i)
+    tables_.emplace_back(elements.codes[i], rules_.rule(shapes[i]), forPotential, forGradient,
+                         kSubdivisionLevels);
+  thread::forPieces(elements.numElements(), kPiece, [&](u64 first, u64 end) {
+    for (u64 e = first; e < end; ++e)
+      tableOfElement_[e] = static_cast<std::uint8_t>(
+          std::ranges::find(elements.codes, elements.types[e]) - elements.codes.begin());
+  });
 }
 
 SourceCharges NearFieldQuadrature::gradientCharges(std::span<const double> coefficients) const {
-  return charges(gradientOrder_, coefficients);
+  return charges(gradientOrder_, gradientDofs(), coefficients);
 }
 
 SourceCharges NearFieldQuadrature::potentialCharges(std::span<const double> coefficients) const {
-  return charges(potentialOrder_, coefficients);
+  return charges(potentialOrder_, potentialDofs(), coefficients);
 }
 
-SourceCharges NearFieldQuadrature::charges(u64 order, std::span<const double> coefficients) const {
+SourceCharges NearFieldQuadrature::charges(u64 order, std::span<const u64> dofs,
+                                           std::span<const double> coefficients) const {
   SourceCharges result;
-  result.coefficients.reserve(coefficients.size());
-  for (const double c : coefficients) result.coefficients.push_back(math::kOneOverFourPi * c);
-  result.atPoints = chargesAtPoints(*elements_, points_, weightedShapes(shapes_, order, *elements_),
-                                    result.coefficients);
+  result.coefficients.resize(coefficients.size());
+  result.atPoints.resize(points_.offsets.back());
+  const WeightedShapes shapes = weightedShapes(shapes_, order, *elements_);
+  thread::forPieces(elements_->numElements(), kPiece, [&](u64 first, u64 end) {
+    for (u64 i = dofs[first]; i < dofs[end]; ++i)
+      result.coefficients[i] = math::kOneOverFourPi * coefficients[i];
+    chargesAtPoints(*elements_, shapes, first, end, result.coefficients.data() + dofs[first],
+                    result.atPoints.data() + points_.offsets[first]);
+  });
   return result;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <map>
+#include <cstdint>
+#include <deque>
 #include <span>
 #include <vector>
 
@@ -20,8 +21,10 @@ inline constexpr u64 kSubdivisionLevels = 5;
 /// A density as the near field uses it, the factor 1 / (4 pi) of the kernel included. Made once per
 /// application, then read by all tasks.
 struct SourceCharges {
-  std::vector<double> coefficients;  ///< element after element, as in the coefficient vector
-  std::vector<double> atPoints;  ///< charges at the rule points, in the order of `ElementPoints`
+  /// Element after element, as in the coefficient vector.
+  io::UnfilledVector<double> coefficients;
+  /// Charges at the rule points, in the order of `ElementPoints`.
+  io::UnfilledVector<double> atPoints;
 };
 
 /// Near-field integrals of a surface density at points,
@@ -59,7 +62,7 @@ class NearFieldQuadrature {
 
   /// The subdivision tables of the element's type. @pre element < elements().numElements()
   [[nodiscard]] const CellTable& cellTable(u64 element) const noexcept {
-    return *tableOfElement_[element];
+    return tables_[tableOfElement_[element]];
   }
 
   /// The most cells that a subdivision can have: all those of the deepest level. Workspace for
@@ -67,7 +70,9 @@ class NearFieldQuadrature {
   [[nodiscard]] u64 maxLeafCells() const noexcept { return u64{1} << (2 * kSubdivisionLevels); }
 
   /// First coefficient of each element, shape (numElements + 1).
-  [[nodiscard]] std::span<const u64> gradientDofs() const noexcept { return gradientDofs_; }
+  [[nodiscard]] std::span<const u64> gradientDofs() const noexcept {
+    return gradientDofs_.empty() ? potentialDofs_ : gradientDofs_;
+  }
   [[nodiscard]] std::span<const u64> potentialDofs() const noexcept { return potentialDofs_; }
 
   /// The charges of a coefficient vector in element order, as the offsets above tell.
@@ -76,7 +81,8 @@ class NearFieldQuadrature {
 
  private:
   /// The charges of a density of one of the two orders.
-  [[nodiscard]] SourceCharges charges(u64 order, std::span<const double> coefficients) const;
+  [[nodiscard]] SourceCharges charges(u64 order, std::span<const u64> dofs,
+                                      std::span<const double> coefficients) const;
 
   const grid::SurfaceElements* elements_;
   double minRelDist_;
@@ -85,10 +91,10 @@ class NearFieldQuadrature {
   u64 potentialOrder_;  ///< the same for the potential
   fe::ShapeCache shapes_;
   ElementPoints points_;
-  std::vector<u64> gradientDofs_;
+  std::vector<u64> gradientDofs_;  ///< empty where they are those of the potential
   std::vector<u64> potentialDofs_;
-  std::map<u64, CellTable> tables_;  ///< by element type code
-  std::vector<const CellTable*> tableOfElement_;
+  std::deque<CellTable> tables_;  ///< one per element type that occurs
+  std::vector<std::uint8_t> tableOfElement_;
 };
 
 }  // namespace velmo::bem

@@ -1,8 +1,10 @@
 #include "bem/NearTask.hpp"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <limits>
+#include <numeric>
 
 #include "math/InstructionSet.hpp"
 
@@ -16,6 +18,9 @@ constexpr u64 kNearTargetCost = 200;
 /// Largest radius of an element, in element sizes, whose subdivision targets may share. The cells
 /// of a needle are needles, and rules on them differ by more than the expansions' error.
 constexpr double kStout = 1.5;
+
+/// Elements that one call of the kernel looks at.
+constexpr u64 kMaxCandidates = 64;
 
 struct NodeDistances {
   double toBox;               ///< of a point from the box around the nodes
@@ -48,27 +53,33 @@ enum Row : u64 { kX, kY, kZ, kPotential, kGradientX, kGradientY, kGradientZ, kNu
 
 }  // namespace
 
-NearTask::NearTask(const NearFieldQuadrature& quadrature, std::span<const double> targets)
+NearTask::NearTask(const NearFieldQuadrature& quadrature)
     : quadrature_(&quadrature),
       kernel_(&pointChargeKernel()),
-      numTargets_(targets.size() / 3),
-      numLanes_(math::paddedToLanes(numTargets_)),
-      lanes_(kNumRows * numLanes_, 0.0),
-      farMask_(numLanes_ / math::kNumLanes),
       cells_(quadrature.maxLeafCells()),
-      pending_(quadrature.maxLeafCells()) {
+      pending_(quadrature.maxLeafCells()) {}
+
+void NearTask::setTargets(std::span<const double> targets) {
+  numTargets_ = targets.size() / 3;
+  layOutTargets(numTargets_, laneOf_);
+  numLanes_ = laneOf_[numTargets_];
+  lanes_.assign(kNumRows * numLanes_, 0.0);
+  farMask_.resize(numLanes_ / math::kNumLanes);
   for (u64 axis = 0; axis < 3; ++axis) {
     double* const row = lanes_.data() + axis * numLanes_;
-    lower_[axis] = std::numeric_limits<double>::infinity();
-    upper_[axis] = -std::numeric_limits<double>::infinity();
+    double lower = std::numeric_limits<double>::infinity();
+    double upper = -std::numeric_limits<double>::infinity();
     for (u64 t = 0; t < numTargets_; ++t) {
-      row[t] = targets[3 * t + axis];
-      lower_[axis] = std::min(lower_[axis], row[t]);
-      upper_[axis] = std::max(upper_[axis], row[t]);
+      const double x = targets[3 * t + axis];
+      std::fill(row + laneOf_[t], row + laneOf_[t + 1], x);
+      lower = std::min(lower, x);
+      upper = std::max(upper, x);
     }
-    if (numTargets_ > 0) std::fill(row + numTargets_, row + numLanes_, row[numTargets_ - 1]);
+    box_.lower[axis] = lower;
+    box_.upper[axis] = upper;
   }
-  radius_ = 0.5 * std::hypot(upper_[0] - lower_[0], upper_[1] - lower_[1], upper_[2] - lower_[2]);
+  radius_ = 0.5 * std::hypot(box_.upper[0] - box_.lower[0], box_.upper[1] - box_.lower[1],
+                             box_.upper[2] - box_.lower[2]);
 }
 
 void NearTask::run(u64 begin, u64 end, const SourceCharges& forPotential,
@@ -76,43 +87,43 @@ void NearTask::run(u64 begin, u64 end, const SourceCharges& forPotential,
   if (numTargets_ == 0) return;
   const grid::SurfaceElements& elements = quadrature_->elements();
   u64 firstRegular = begin;
-  for (u64 e = begin; e < end; ++e) {
-    if (!mayBeNear(e)) continue;
-    const auto centre = elements.centre(e);
-    if (!kernel_->markFar(targetLanes(), {centre[0], centre[1], centre[2], elements.sizes[e]},
-                          quadrature_->minRelDist(), farMask_.data()))
-      continue;
-    addRegular(firstRegular, e, forPotential, forGradient);
-    if (subdivision == Subdivision::PerTarget || !addShared(e, forPotential, forGradient))
-      addSplit(e, forPotential, forGradient);
-    firstRegular = e + 1;
+  for (u64 first = begin; first < end; first += kMaxCandidates) {
+    u64 candidates = nearCandidates(first, std::min(kMaxCandidates, end - first));
+    for (; candidates != 0; candidates &= candidates - 1) {
+      const u64 e = first + static_cast<u64>(std::countr_zero(candidates));
+      const auto centre = elements.centre(e);
+      if (!kernel_->markFar(targetLanes(), {centre[0], centre[1], centre[2], elements.sizes[e]},
+                            quadrature_->minRelDist(), farMask_.data()))
+        continue;
+      addRegular(firstRegular, e, forPotential, forGradient);
+      if (subdivision == Subdivision::PerTarget || !addShared(e, forPotential, forGradient))
+        addSplit(e, forPotential, forGradient);
+      firstRegular = e + 1;
+    }
   }
   addRegular(firstRegular, end, forPotential, forGradient);
 }
 
 void NearTask::addTo(std::span<double> potential, std::span<double> gradient) const {
-  const auto row = [this](Row r) { return lanes_.data() + r * numLanes_; };
+  const auto sumOf = [this](Row r, u64 target) {
+    const double* const row = lanes_.data() + r * numLanes_;
+    return std::accumulate(row + laneOf_[target] + 1, row + laneOf_[target + 1],
+                           row[laneOf_[target]]);
+  };
   for (u64 t = 0; t < numTargets_; ++t) {
-    potential[t] += row(kPotential)[t];
-    gradient[3 * t] += row(kGradientX)[t];
-    gradient[3 * t + 1] += row(kGradientY)[t];
-    gradient[3 * t + 2] += row(kGradientZ)[t];
+    potential[t] += sumOf(kPotential, t);
+    gradient[3 * t] += sumOf(kGradientX, t);
+    gradient[3 * t + 1] += sumOf(kGradientY, t);
+    gradient[3 * t + 2] += sumOf(kGradientZ, t);
   }
 }
 
-/// False only if the box around the targets lies outside the element's near range, with a margin
-/// for rounding; most elements are settled by this test alone.
-bool NearTask::mayBeNear(u64 element) const noexcept {
+// Most elements are settled by this test alone.
+u64 NearTask::nearCandidates(u64 begin, u64 count) const noexcept {
   const grid::SurfaceElements& elements = quadrature_->elements();
-  const auto centre = elements.centre(element);
-  double squared = 0.0;
-  for (u64 axis = 0; axis < 3; ++axis) {
-    const double outside =
-        std::max({lower_[axis] - centre[axis], centre[axis] - upper_[axis], 0.0});
-    squared += outside * outside;
-  }
-  const double range = 1.000001 * quadrature_->minRelDist() * elements.sizes[element];
-  return !(squared > range * range);
+  return kernel_->nearCandidates(
+      box_, {elements.centres.data() + 3 * begin, elements.sizes.data() + begin, count},
+      quadrature_->minRelDist());
 }
 
 void NearTask::addRegular(u64 begin, u64 end, const SourceCharges& forPotential,
@@ -150,8 +161,9 @@ CellCharges NearTask::chargesOf(u64 element, const SourceCharges& forPotential,
 bool NearTask::addShared(u64 element, const SourceCharges& forPotential,
                          const SourceCharges& forGradient) {
   const grid::SurfaceElements& elements = quadrature_->elements();
-  const SizedPoint middle{0.5 * (lower_[0] + upper_[0]), 0.5 * (lower_[1] + upper_[1]),
-                          0.5 * (lower_[2] + upper_[2]), elements.sizes[element]};
+  const SizedPoint middle{0.5 * (box_.lower[0] + box_.upper[0]),
+                          0.5 * (box_.lower[1] + box_.upper[1]),
+                          0.5 * (box_.lower[2] + box_.upper[2]), elements.sizes[element]};
   const NodeDistances distances =
       distancesToNodes(elements.nodes(element), middle, elements.centre(element));
   const double distance = distances.toBox;
@@ -165,7 +177,8 @@ bool NearTask::addShared(u64 element, const SourceCharges& forPotential,
   const u64 numPoints = charges.numCells * charges.numPoints;
   u64 numNear = 0;
   for (u64 t = 0; t < numTargets_; ++t) numNear += isNear(t) ? 1 : 0;
-  if (numPoints * (numLanes_ + kPlacingCost) > numNear * (numPoints + kNearTargetCost))
+  if (numPoints * (math::paddedToLanes(numTargets_) + kPlacingCost) >
+      numNear * (numPoints + kNearTargetCost))
     return false;
   shared_.place(charges);
   kernel_->add(shared_.view(), targetLanes());
@@ -174,15 +187,16 @@ bool NearTask::addShared(u64 element, const SourceCharges& forPotential,
 
 void NearTask::addNear(u64 element, u64 target, CellCharges& charges, const CellCentres& centres) {
   const auto row = [this](Row r) { return lanes_.data() + r * numLanes_; };
-  const SizedPoint point{row(kX)[target], row(kY)[target], row(kZ)[target],
+  const u64 lane = laneOf_[target];
+  const SizedPoint point{row(kX)[lane], row(kY)[lane], row(kZ)[lane],
                          quadrature_->elements().sizes[element]};
   charges.numCells = kernel_->leafCells(centres, charges.nodes, point, quadrature_->minRelDist(),
                                         cells_.data(), pending_.data());
   const PotentialAndGradient sum = kernel_->sumOfCells(charges, point);
-  row(kPotential)[target] += sum.potential;
-  row(kGradientX)[target] += sum.gradient[0];
-  row(kGradientY)[target] += sum.gradient[1];
-  row(kGradientZ)[target] += sum.gradient[2];
+  row(kPotential)[lane] += sum.potential;
+  row(kGradientX)[lane] += sum.gradient[0];
+  row(kGradientY)[lane] += sum.gradient[1];
+  row(kGradientZ)[lane] += sum.gradient[2];
 }
 
 PointCharges NearTask::pointCharges(u64 begin, u64 end, const SourceCharges& forPotential,
@@ -200,7 +214,7 @@ PointCharges NearTask::pointCharges(u64 begin, u64 end, const SourceCharges& for
 TargetLanes NearTask::targetLanes() noexcept {
   const auto row = [this](Row r) { return lanes_.data() + r * numLanes_; };
   return {row(kX),         row(kY),         row(kZ),         row(kPotential),
-          row(kGradientX), row(kGradientY), row(kGradientZ), numLanes_};
+          row(kGradientX), row(kGradientY), row(kGradientZ), numTargets_};
 }
 
 }  // namespace velmo::bem

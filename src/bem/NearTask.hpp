@@ -15,9 +15,9 @@ enum class Subdivision {
   Shared,     ///< all targets of the group share one where that costs less; never coarser
 };
 
-/// The near field of one group of targets, the points of a leaf. Adds the fields of ranges of
-/// elements one after the other; one object per task, with all its workspace, so that nothing is
-/// allocated per element or target.
+/// The near field of groups of targets, each the points of a leaf, one after the other. Adds the
+/// fields of ranges of elements; one object per task, with all its workspace, so that nothing is
+/// allocated per group, element or target.
 ///
 /// In a range, runs of elements that are far from all targets are one sum over point charges. An
 /// element with near targets gets its ordinary rule for the far ones and, for each near one, the
@@ -28,8 +28,12 @@ enum class Subdivision {
 /// thread at a time; the quadrature is shared and must outlive the task.
 class NearTask {
  public:
+  /// Without targets.
+  explicit NearTask(const NearFieldQuadrature& quadrature);
+
+  /// Takes over a group of targets, with sums of zero.
   /// @param targets coordinates, shape (numTargets, 3), unit of the input; copied. None is allowed.
-  NearTask(const NearFieldQuadrature& quadrature, std::span<const double> targets);
+  void setTargets(std::span<const double> targets);
 
   /// Adds potential and gradient of the elements [begin, end), ascending.
   /// @param forPotential, forGradient charges of all elements as the quadrature makes them; may be
@@ -42,8 +46,8 @@ class NearTask {
   void addTo(std::span<double> potential, std::span<double> gradient) const;
 
  private:
-  /// False only if no target can be near.
-  [[nodiscard]] bool mayBeNear(u64 element) const noexcept;
+  /// The elements [begin, begin + count) that may be near to a target, as bits. @pre count <= 64
+  [[nodiscard]] u64 nearCandidates(u64 begin, u64 count) const noexcept;
   /// The ordinary rules of [begin, end) at all targets.
   void addRegular(u64 begin, u64 end, const SourceCharges& forPotential,
                   const SourceCharges& forGradient);
@@ -51,7 +55,8 @@ class NearTask {
   void addSplit(u64 element, const SourceCharges& forPotential, const SourceCharges& forGradient);
   /// Whether the element marked last is near to the target.
   [[nodiscard]] bool isNear(u64 target) const noexcept {
-    return (farMask_[target / math::kNumLanes] >> (target % math::kNumLanes) & 1U) == 0;
+    const u64 lane = laneOf_[target];
+    return (farMask_[lane / math::kNumLanes] >> (lane % math::kNumLanes) & 1U) == 0;
   }
   /// The cells of one element at one target; `charges` without its cells, which are found here.
   void addNear(u64 element, u64 target, CellCharges& charges, const CellCentres& centres);
@@ -69,13 +74,13 @@ class NearTask {
 
   const NearFieldQuadrature* quadrature_;
   const PointChargeKernel* kernel_;
-  u64 numTargets_;
-  u64 numLanes_;               ///< padded number of targets
-  std::vector<double> lanes_;  ///< x, y, z, potential and gradient, shape (7, numLanes)
-  double lower_[3];            ///< box around the targets
-  double upper_[3];
+  u64 numTargets_ = 0;
+  std::vector<std::uint32_t> laneOf_;  ///< first lane of each target and the end
+  u64 numLanes_ = 0;
+  std::vector<double> lanes_;           ///< x, y, z, potential and gradient, shape (7, numLanes)
+  TargetBox box_;                       ///< around the targets
   double radius_ = 0.0;                 ///< half the diagonal of that box
-  std::vector<std::uint8_t> farMask_;   ///< bit l of entry g: target 8 g + l isn't near
+  std::vector<std::uint8_t> farMask_;   ///< bit l of entry g: the target of lane 8 g + l isn't near
   std::vector<std::uint32_t> cells_;    ///< leaf cells of a subdivision
   std::vector<std::uint32_t> pending_;  ///< cells to be split, while it is made
   PlacedCharges shared_;                ///< points of a subdivision that all targets share

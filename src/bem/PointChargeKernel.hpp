@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "io/Types.hpp"
 
@@ -15,8 +16,8 @@
 /// Lengths are in the unit of the input, the gradient is that with respect to the target.
 ///
 /// Each loop is built for several instruction sets; the one to run is chosen once per process. They
-/// agree to a few units in the last place. Lanes run over the targets and a charge is broadcast, so
-/// each target's sum is added in the order of the charges.
+/// agree to a few units in the last place. Lanes run over the targets and a charge is broadcast.
+/// The order of all additions depends on the numbers of targets and charges alone.
 ///
 /// The structures are views: who fills them keeps the arrays alive. Nothing checks them. The loops
 /// neither allocate nor throw, and threads may run them at once on different targets.
@@ -32,9 +33,12 @@ struct PointCharges {
   u64 count = 0;
 };
 
-/// Targets and their sums, component by component. All arrays have room for a multiple of
-/// `math::kNumLanes` entries, and `count` is such a multiple; the entries behind the last target
-/// hold any finite coordinates. Those get sums, too, which nobody reads.
+/// Targets and their sums, component by component, in groups of eight lanes. Full groups come first
+/// and hold a target per lane. Up to seven targets remain; they stand in a group of four, one of
+/// two and one of a single target, as far as these are needed. There, each target has two, four or
+/// eight neighbouring lanes, which share the charges among them, so that no lane idles.
+/// `layOutTargets` tells the lanes of each target. All of them hold its coordinates, and its sum is
+/// that over its lanes.
 struct TargetLanes {
   const double* x = nullptr;
   const double* y = nullptr;
@@ -43,8 +47,13 @@ struct TargetLanes {
   double* gradientX = nullptr;
   double* gradientY = nullptr;
   double* gradientZ = nullptr;
-  u64 count = 0;
+  u64 count = 0;  ///< of targets
 };
+
+/// Sets `offsets` to the first lane of each target and the end, shape (count + 1): target t has the
+/// lanes offsets[t] to offsets[t + 1] - 1, and the arrays of `TargetLanes` have offsets[count]
+/// entries.
+void layOutTargets(u64 count, std::vector<std::uint32_t>& offsets);
 
 /// Coefficients of one element with the rows of their weighted shape functions in a cell.
 struct Density {
@@ -81,6 +90,19 @@ struct CellCentres {
   u64 maxLevel = 0;               ///< of the deepest cells
 };
 
+/// A box around targets, sides parallel to the axes.
+struct TargetBox {
+  double lower[3] = {};
+  double upper[3] = {};
+};
+
+/// Up to 64 elements in a row.
+struct ElementSpheres {
+  const double* centres = nullptr;  ///< shape (count, 3)
+  const double* sizes = nullptr;    ///< shape (count)
+  u64 count = 0;
+};
+
 /// A target or centre with the size that distances are measured in.
 struct SizedPoint {
   double x = 0.0;
@@ -101,12 +123,17 @@ struct PointChargeKernel {
   /// Adds all charges to all targets.
   void (*add)(const PointCharges&, const TargetLanes&);
 
-  /// Adds all charges to the targets whose bit is set; bit l of `mask[g]` belongs to target 8 g +
-  /// l.
+  /// Adds all charges to the targets whose bits are set; bit l of `mask[g]` belongs to lane 8 g +
+  /// l, and all lanes of a target have the same.
   void (*addMasked)(const PointCharges&, const TargetLanes&, const std::uint8_t* mask);
 
+  /// Bit e is set unless the box lies outside of element e's near range, the sphere of radius
+  /// minRelDist times size around its centre, with a margin for rounding. So where a bit is clear
+  /// no target in the box is near.
+  u64 (*nearCandidates)(const TargetBox&, const ElementSpheres&, double minRelDist);
+
   /// Sets the bits of the targets with |x - centre| / size >= minRelDist, and those where the ratio
-  /// is no number; true if any is clear. `mask` has count / 8 bytes.
+  /// is no number; true if any is clear. `mask` has a byte per group of lanes.
   bool (*markFar)(const TargetLanes&, const SizedPoint& centre, double minRelDist,
                   std::uint8_t* mask);
 

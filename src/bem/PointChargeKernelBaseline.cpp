@@ -12,7 +12,7 @@ constexpr u64 kGroups = 1;
 
 }  // namespace
 
-const PointChargeKernel detail_::kPointChargeBaseline{&add, &addMasked, &markFar, &leafCells,
-                                                      &sumOfCells};
+const PointChargeKernel detail_::kPointChargeBaseline{&add,     &addMasked, &nearCandidates,
+                                                      &markFar, &leafCells, &sumOfCells};
 
 }  // namespace velmo::bem

@@ -22,6 +22,20 @@ struct Sums {
   return bitsOf(zero == Lanes{}) == 0xffU;
 }
 
+/// Lanes of as many targets.
+[[gnu::always_inline]] inline u64 numLanesOf(u64 numTargets) {
+  const u64 numGroups = numTargets / kNumLanes + (numTargets >> 2U & 1U) + (numTargets >> 1U & 1U) +
+                        (numTargets & 1U);
+  return numGroups * kNumLanes;
+}
+
+/// The first lane of each target in a group of lanes.
+template <u64 kCopies>
+constexpr unsigned kFirstLanes = kCopies == 1   ? 0xffU
+                                 : kCopies == 2 ? 0x55U
+                                 : kCopies == 4 ? 0x11U
+                                                : 0x01U;
+
 /// Division and square root, exact for every distance, zero included.
 inline void addPairwise(const PointCharges& charges, const TargetLanes& targets, u64 first,
                         unsigned lanes) {
@@ -47,49 +61,97 @@ inline void addPairwise(const PointCharges& charges, const TargetLanes& targets,
   }
 }
 
-/// One charge at one group of targets.
-template <bool kMasked>
-[[gnu::always_inline]] inline void addCharge(const PointCharges& charges, u64 q, Lanes tx, Lanes ty,
-                                             Lanes tz, LaneMask wanted, Sums& sums) {
-  const Lanes dx = tx - charges.x[q];
-  const Lanes dy = ty - charges.y[q];
-  const Lanes dz = tz - charges.z[q];
+/// A charge for all lanes, or one per lane.
+template <class Value>
+struct ChargeValues {
+  Value x;
+  Value y;
+  Value z;
+  Value forPotential;
+  Value forGradient;
+};
+
+/// The charges from number q on, kCopies of them, for the lanes of every target in a group.
+template <u64 kCopies>
+[[gnu::always_inline]] inline auto chargesAt(const PointCharges& c, u64 q) {
+  if constexpr (kCopies == 1)
+    return ChargeValues<double>{c.x[q], c.y[q], c.z[q], c.forPotential[q], c.forGradient[q]};
+  else
+    return ChargeValues<Lanes>{loadRepeated<kCopies>(c.x + q), loadRepeated<kCopies>(c.y + q),
+                               loadRepeated<kCopies>(c.z + q),
+                               loadRepeated<kCopies>(c.forPotential + q),
+                               loadRepeated<kCopies>(c.forGradient + q)};
+}
+
+/// The last `left` charges from number q on, one per lane.
+[[gnu::always_inline]] inline ChargeValues<Lanes> lastCharges(const PointCharges& c, u64 q,
+                                                              u64 left) {
+  return {loadFirst(c.x + q, left), loadFirst(c.y + q, left), loadFirst(c.z + q, left),
+          loadFirst(c.forPotential + q, left), loadFirst(c.forGradient + q, left)};
+}
+
+/// One group of lanes: the coordinates of its targets, and which of its lanes are wanted.
+struct Group {
+  Lanes x;
+  Lanes y;
+  Lanes z;
+  LaneMask wanted;
+};
+
+template <bool kMasked, class Value>
+[[gnu::always_inline]] inline void addCharge(const ChargeValues<Value>& c, const Group& targets,
+                                             LaneMask wanted, Sums& sums) {
+  const Lanes dx = targets.x - c.x;
+  const Lanes dy = targets.y - c.y;
+  const Lanes dz = targets.z - c.z;
   Lanes s = inverseRoot(dx * dx + dy * dy + dz * dz);
   if constexpr (kMasked) s = whereSet(wanted, s);
-  const Lanes w = (charges.forGradient[q] * s) * (s * s);
-  sums.potential += charges.forPotential[q] * s;
+  const Lanes w = (c.forGradient * s) * (s * s);
+  sums.potential += c.forPotential * s;
   sums.x += w * dx;
   sums.y += w * dy;
   sums.z += w * dz;
 }
 
-/// All charges at `Groups` neighbouring groups of targets, which hides the latency of the chain
-/// from distance to sum.
-template <u64 Groups, bool kMasked>
+/// The charges from number q on, fewer than the lanes of a target.
+template <u64 kCopies>
+[[gnu::always_inline]] inline void addLastCharges(const PointCharges& charges, u64 q,
+                                                  const Group& targets, unsigned bits, Sums& sums) {
+  if constexpr (kCopies == kNumLanes) {
+    const u64 left = charges.count - q;
+    if (left == 0) return;
+    addCharge<true>(lastCharges(charges, q, left), targets, laneMask(bits & ((1U << left) - 1U)),
+                    sums);
+  } else if constexpr (kCopies > 1) {
+    const LaneMask first = laneMask(bits & kFirstLanes<kCopies>);
+    for (; q < charges.count; ++q) addCharge<true>(chargesAt<1>(charges, q), targets, first, sums);
+  }
+}
+
+/// All charges at `Groups` neighbouring groups of lanes, which hides the latency of the chain from
+/// distance to sum.
+template <u64 Groups, u64 kCopies, bool kMasked>
 [[gnu::always_inline]] inline void addToGroups(const PointCharges& charges,
                                                const TargetLanes& targets, u64 first,
                                                const std::uint8_t* mask) {
-  Lanes tx[Groups];
-  Lanes ty[Groups];
-  Lanes tz[Groups];
-  LaneMask wanted[Groups];
+  Group group[Groups];
   unsigned bits[Groups];
   Sums sums[Groups] = {};
   for (u64 g = 0; g < Groups; ++g) {
     const u64 t = first + g * kNumLanes;
-    tx[g] = loadLanes(targets.x + t);
-    ty[g] = loadLanes(targets.y + t);
-    tz[g] = loadLanes(targets.z + t);
     bits[g] = kMasked ? mask[t / kNumLanes] : 0xffU;
-    wanted[g] = laneMask(bits[g]);
+    group[g] = {loadLanes(targets.x + t), loadLanes(targets.y + t), loadLanes(targets.z + t),
+                laneMask(bits[g])};
   }
-  for (u64 q = 0; q < charges.count; ++q)
+  u64 q = 0;
+  for (; q + kCopies <= charges.count; q += kCopies)
     for (u64 g = 0; g < Groups; ++g)
-      addCharge<kMasked>(charges, q, tx[g], ty[g], tz[g], wanted[g], sums[g]);
+      addCharge<kMasked>(chargesAt<kCopies>(charges, q), group[g], group[g].wanted, sums[g]);
+  for (u64 g = 0; g < Groups; ++g) addLastCharges<kCopies>(charges, q, group[g], bits[g], sums[g]);
   for (u64 g = 0; g < Groups; ++g) {
     const u64 t = first + g * kNumLanes;
     if (!allFinite(sums[g])) {
-      addPairwise(charges, targets, t, bits[g]);
+      addPairwise(charges, targets, t, bits[g] & kFirstLanes<kCopies>);
       continue;
     }
     storeLanes(targets.potential + t, loadLanes(targets.potential + t) + sums[g].potential);
@@ -99,28 +161,98 @@ template <u64 Groups, bool kMasked>
   }
 }
 
+/// Calls `visit.template operator()<kCopies>(lane)` for the groups behind the full ones.
+template <class Visit>
+[[gnu::always_inline]] inline void forEachLastGroup(u64 numTargets, const Visit& visit) {
+  u64 lane = numTargets / kNumLanes * kNumLanes;
+  if ((numTargets & 4U) != 0) {
+    visit.template operator()<2>(lane);
+    lane += kNumLanes;
+  }
+  if ((numTargets & 2U) != 0) {
+    visit.template operator()<4>(lane);
+    lane += kNumLanes;
+  }
+  if ((numTargets & 1U) != 0) visit.template operator()<8>(lane);
+}
+
 void add(const PointCharges& charges, const TargetLanes& targets) {
   u64 t = 0;
   for (; t + kGroups * kNumLanes <= targets.count; t += kGroups * kNumLanes)
-    addToGroups<kGroups, false>(charges, targets, t, nullptr);
-  for (; t < targets.count; t += kNumLanes) addToGroups<1, false>(charges, targets, t, nullptr);
+    addToGroups<kGroups, 1, false>(charges, targets, t, nullptr);
+  for (; t + kNumLanes <= targets.count; t += kNumLanes)
+    addToGroups<1, 1, false>(charges, targets, t, nullptr);
+  forEachLastGroup(targets.count, [&]<u64 kCopies>(u64 lane) {
+    addToGroups<1, kCopies, false>(charges, targets, lane, nullptr);
+  });
 }
 
 void addMasked(const PointCharges& charges, const TargetLanes& targets, const std::uint8_t* mask) {
-  for (u64 t = 0; t < targets.count; t += kNumLanes)
-    if (mask[t / kNumLanes] != 0) addToGroups<1, true>(charges, targets, t, mask);
+  for (u64 t = 0; t + kNumLanes <= targets.count; t += kNumLanes)
+    if (mask[t / kNumLanes] != 0) addToGroups<1, 1, true>(charges, targets, t, mask);
+  forEachLastGroup(targets.count, [&]<u64 kCopies>(u64 lane) {
+    if (mask[lane / kNumLanes] != 0) addToGroups<1, kCopies, true>(charges, targets, lane, mask);
+  });
 }
 
+/// Bits of eight elements, see nearCandidates.
+[[gnu::always_inline]] inline unsigned candidatesOfEight(const TargetBox& box,
+                                                         const double* centres, const double* sizes,
+                                                         double minRelDist) {
+  Lanes squared{};
+  for (u64 axis = 0; axis < 3; ++axis) {
+    const Lanes c = loadStrided(centres + axis, 3);
+    const Lanes below = box.lower[axis] - c;
+    const Lanes above = c - box.upper[axis];
+    // At most one of them is positive.
+    const Lanes outside = whereSet(below > Lanes{}, below) + whereSet(above > Lanes{}, above);
+    squared += outside * outside;
+  }
+  const Lanes range = loadLanes(sizes) * (1.000001 * minRelDist);
+  // What is no number counts as near.
+  return ~bitsOf(squared > range * range) & 0xffU;
+}
+
+// The last eight may have been looked at in part; fewer than eight are padded.
+u64 nearCandidates(const TargetBox& box, const ElementSpheres& elements, double minRelDist) {
+  const auto bitsFrom = [&](u64 e) {
+    return u64{candidatesOfEight(box, elements.centres + 3 * e, elements.sizes + e, minRelDist)}
+           << e;
+  };
+  u64 result = 0;
+  u64 e = 0;
+  for (; e + kNumLanes <= elements.count; e += kNumLanes) result |= bitsFrom(e);
+  if (e == elements.count) return result;
+  if (e > 0) return result | bitsFrom(elements.count - kNumLanes);
+  double centres[3 * kNumLanes] = {};
+  double sizes[kNumLanes] = {};
+  for (u64 i = 0; i < 3 * elements.count; ++i) centres[i] = elements.centres[i];
+  for (u64 i = 0; i < elements.count; ++i) sizes[i] = elements.sizes[i];
+  return candidatesOfEight(box, centres, sizes, minRelDist) & ((1U << elements.count) - 1U);
+}
+
+// Squares decide, but for those within 1e-12 of the limit or outside of the range in which squares
+// keep their digits: there the root and the division of the definition do.
 bool markFar(const TargetLanes& targets, const SizedPoint& centre, double minRelDist,
              std::uint8_t* mask) {
+  constexpr double kSmallest = 1e-280;
+  const double reach = minRelDist * centre.size;
+  const double limit = reach > 0.0 ? reach * reach : 0.0;
+  const double farFrom = (limit > kSmallest ? limit : kSmallest) * (1.0 + 1e-12);
+  const double nearUpTo = limit > kSmallest ? limit * (1.0 - 1e-12) : 0.0;
   unsigned all = 0xffU;
-  for (u64 t = 0; t < targets.count; t += kNumLanes) {
+  const u64 numLanes = numLanesOf(targets.count);
+  for (u64 t = 0; t < numLanes; t += kNumLanes) {
     const Lanes dx = loadLanes(targets.x + t) - centre.x;
     const Lanes dy = loadLanes(targets.y + t) - centre.y;
     const Lanes dz = loadLanes(targets.z + t) - centre.z;
-    const Lanes ratio = root(dx * dx + dy * dy + dz * dz) / centre.size;
-    // A ratio that is no number is not below the limit either.
-    const unsigned bits = ~bitsOf(ratio < minRelDist) & 0xffU;
+    const Lanes squared = dx * dx + dy * dy + dz * dz;
+    unsigned bits = bitsOf(squared > Lanes{} + farFrom);
+    if ((bits | bitsOf(squared < Lanes{} + nearUpTo)) != 0xffU) {
+      const Lanes ratio = root(squared) / centre.size;
+      // A ratio that is no number is not below the limit either.
+      bits = ~bitsOf(ratio < minRelDist) & 0xffU;
+    }
     mask[t / kNumLanes] = static_cast<std::uint8_t>(bits);
     all &= bits;
   }

@@ -6,7 +6,7 @@
 #include "bits/MortonID.hpp"
 #include "io/Types.hpp"
 
-/// Cells as places in the integer grid of their level and as cubes in the unit cube.
+/// Cells as positions in the integer grid of their level and as cubes in the unit cube.
 ///
 /// Level L is a grid of 2^L cells per axis; a cell at (i, j, k) is the cube of edge 2^-L with its
 /// lower corner at (i, j, k) 2^-L. Bits of x, y and z alternate in an identifier, x lowest. The
@@ -52,8 +52,8 @@ struct CellCube {
   double halfWidth;
 };
 
-/// Spreads the lower 21 bits: bit i moves to bit 3i. Each step doubles the number of pieces that
-/// stand apart. @pre the bits above the lower 21 are 0
+/// Spreads the lower 21 bits: bit i moves to bit 3i. Each step doubles the number of separate
+/// pieces. @pre the bits above the lower 21 are 0
 [[nodiscard]] constexpr u64 spread(u64 v) noexcept {
   v = (v | v << 32) & 0xffff00000000ffff;
   v = (v | v << 16) & 0xff0000ff0000ff;
@@ -77,7 +77,7 @@ struct CellCube {
 ///
 /// A coordinate c falls into the integer floor((2^21 - 1) c), so that 1.0 lands in the last cell of
 /// level 21; the coarser cells follow by dropping bits. Borders between cells are therefore those
-/// of the identifiers, a rounding of 2^-21 away from the cubes that cube() gives.
+/// of the identifiers, a rounding of up to 2^-21 away from the cubes that cube() returns.
 ///
 /// @pre 0 <= x, y, z <= 1 (asserted)
 [[nodiscard]] inline Morton encode(double x, double y, double z,
@@ -91,13 +91,13 @@ struct CellCube {
   return Morton((bits | u64{1} << 63) >> 3 * (Morton::kMaxLevel - level));
 }
 
-/// Place of the cell in the grid of its level.
+/// Position of the cell in the grid of its level.
 [[nodiscard]] constexpr GridPosition decode(Morton id) noexcept {
   const u64 bits = id.value() ^ u64 { 1 } << 3 * id.level();
   return {compact(bits), compact(bits >> 1), compact(bits >> 2)};
 }
 
-/// The cell of the same level that lies `offset` cells away: each coordinate plus its step.
+/// The cell of the same level that is `offset` cells away: each coordinate plus its step.
 /// @pre it lies inside the grid of the level
 [[nodiscard]] Morton shifted(Morton id, GridOffset offset) noexcept;
 
@@ -109,7 +109,7 @@ struct CellCube {
 ///
 /// With centres c and half widths h the cells are adjacent unless in some axis
 /// |ca - cb| > ha + hb + min(ha, hb)/2. The gap between two cells is a multiple of the finer one's
-/// width, so this says that no axis has a gap, which integers decide.
+/// width, so the condition means that no axis has a gap, and it is decided with integers.
 [[nodiscard]] bool adjacent(Morton a, Morton b) noexcept;
 
 /// Corner of the cube with the smallest coordinates, exact.

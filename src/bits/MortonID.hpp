@@ -15,13 +15,14 @@ namespace velmo::bits {
 /// below, the highest triple belonging to level 1. Inside a triple bit 0 selects the upper half in
 /// x, bit 1 in y, bit 2 in z. The root is 1; the deepest level is 21, where the sentinel is bit 63.
 ///
-/// The value 0 names no cell; it may be stored and compared by plain value, nothing else.
+/// The value 0 is not a cell; it may only be stored and compared by plain value.
 ///
 /// The comparison operators order by plain value: by level first, then along the Morton curve, so
 /// that a list in this order holds level L between 8^L and 2 * 8^L - 1. The comparators below give
 /// the other orders; no two of the four are interchangeable.
 ///
-/// A value type without state beside its word: copies are free and reads safe from any thread.
+/// A value type without other state than its word: copies are free and reads are safe from any
+/// thread.
 ///
 /// Source: Morton, A computer oriented geodetic data base and a new technique in file sequencing
 /// (1966); with the sentinel, Warren and Salmon, A parallel hashed oct-tree N-body algorithm
@@ -69,27 +70,27 @@ class MortonID {
     return static_cast<unsigned>(value_ & 7);
   }
 
-  /// The cell of level `coarser` that holds this one. @pre 0 <= coarser <= level()
+  /// The cell of level `coarser` that contains this one. @pre 0 <= coarser <= level()
   [[nodiscard]] constexpr MortonID atLevel(int coarser) const noexcept {
     assert(coarser >= 0 && coarser <= level());
     return MortonID(value_ >> 3 * (level() - coarser));
   }
 
   /// The value shifted until the sentinel is bit 63: a cell and the first cell inside it, of any
-  /// level, give the same.
+  /// level, have the same value.
   [[nodiscard]] constexpr Word leftAligned() const noexcept {
     assert(value_ != 0);
     return value_ << (63 - 3 * level());
   }
 
-  /// Whether `other` lies in this cell. Strict: a cell isn't its own ancestor.
+  /// Whether `other` is inside this cell. Strict: a cell isn't its own ancestor.
   [[nodiscard]] constexpr bool isAncestorOf(MortonID other) const noexcept {
     const int mine = level();
     const int others = other.level();
     return mine < others && other.value_ >> 3 * (others - mine) == value_;
   }
 
-  /// Whether `other` is this cell or lies in it.
+  /// Whether `other` is this cell or inside it.
   [[nodiscard]] constexpr bool holds(MortonID other) const noexcept {
     return value_ == other.value_ || isAncestorOf(other);
   }
@@ -104,13 +105,14 @@ class MortonID {
 /// The identifier in use everywhere.
 using Morton = MortonID<unsigned long long>;
 
-/// Whether two cells share volume: one holds the other. The smaller value is the coarser cell.
+/// Whether two cells share volume, that is, one contains the other. The smaller value is the
+/// coarser cell.
 [[nodiscard]] constexpr bool overlap(Morton a, Morton b) noexcept {
   return std::min(a, b).holds(std::max(a, b));
 }
 
-/// The finest cell that holds both, by stepping up from the coarser of the two levels: at most 21
-/// steps.
+/// The finest cell that contains both, by stepping up from the coarser of the two levels: at most
+/// 21 steps.
 [[nodiscard]] constexpr Morton nearestCommonAncestor(Morton a, Morton b) noexcept {
   const int level = std::min(a.level(), b.level());
   a = a.atLevel(level);
@@ -142,7 +144,7 @@ struct MortonLess {
 };
 
 /// Along the Morton curve at the coarser of the two levels; an ancestor compares equal to all its
-/// descendants, which makes it the order for searching what lies inside a cell.
+/// descendants, so this is the order for searching the contents of a cell.
 struct TruncatedLess {
   [[nodiscard]] constexpr bool operator()(Morton a, Morton b) const noexcept {
     const int level = std::min(a.level(), b.level());

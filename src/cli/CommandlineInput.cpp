@@ -18,7 +18,7 @@ bool isDigitAt(std::string_view text, std::size_t position) {
   return position < text.size() && text[position] >= '0' && text[position] <= '9';
 }
 
-// A token behind a short option is its value unless it looks like an option; "-1" and "-.5" are
+// A token after a short option is its value unless it looks like an option; "-1" and "-.5" are
 // numbers.
 bool isOptionValue(std::string_view token) {
   if (token.empty()) return false;
@@ -42,7 +42,7 @@ std::string labelOf(const RawArgument& argument) {
   return label;
 }
 
-/// The text of a file of options. A device that never ends is none.
+/// The text of a file of options; refuses texts without end, such as devices.
 std::string readText(const std::string& path) {
   constexpr std::size_t kMaxSize = std::size_t{1} << 20U;
   std::ifstream file(path);
@@ -58,7 +58,7 @@ std::string readText(const std::string& path) {
   return text;
 }
 
-/// Takes the next word off a line; an empty one at its end.
+/// Removes the next word from a line; empty at its end.
 std::string takeWord(std::string_view& line) {
   constexpr std::string_view kBlanks = " \t\v\f\r";
   line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
@@ -67,9 +67,9 @@ std::string takeWord(std::string_view& line) {
   return std::string(word);
 }
 
-/// The tokens of a text file with one "key value" per line. A key of one letter gives the tokens
-/// "-k" and "value", a longer one the token "--key=value", or "--key" when there is no value. Lines
-/// that begin with "#" and empty lines give none, and a value that begins with "#" is a comment.
+/// The tokens of a text file with one "key value" per line. A key of one letter becomes the tokens
+/// "-k" and "value", a longer one the token "--key=value", or "--key" when there is no value. Empty
+/// lines and lines that begin with "#" are skipped, and a value that begins with "#" is a comment.
 std::vector<std::string> readResponseFile(const std::string& path) {
   const std::string text = readText(path);
   std::vector<std::string> tokens;

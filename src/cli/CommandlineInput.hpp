@@ -11,26 +11,26 @@
 
 namespace velmo::cli {
 
-/// One option as it stands on the command line.
+/// One option as written on the command line.
 struct RawArgument {
   std::string name;    ///< long name without dashes; empty for a short option
   char shortName = 0;  ///< letter of a short option; 0 for a long one
   std::string value;   ///< empty if there is none
-  bool used = false;   ///< whether a declaration has taken the value
+  bool used = false;   ///< whether a declared parameter has used the value
 };
 
 /// Command-line parser in three steps: construct it from main()'s arguments, declare each parameter
 /// and receive its value, call finish().
 ///
 /// `--name=value` and `-n value` are the same; a long option never takes the next token. A token
-/// behind a short option is its value unless it begins as an option; "-1" and "-.5" are numbers.
-/// `--help`, `-h`, `--version` and `-v` ask for pages, and so does a call without arguments for the
-/// usage page. A sole argument `@file` is replaced by the options of that file, one "key value" per
-/// line; lines that begin with "#" are comments.
+/// after a short option is its value unless it begins like an option; "-1" and "-.5" are numbers.
+/// `--help`, `-h`, `--version` and `-v` ask for pages; a call without arguments also prints the
+/// usage page. An `@file` that is the only argument is replaced by the options of that file, one
+/// "key value" per line; lines that begin with "#" are comments.
 ///
-/// Messages and pages go to the standard error stream: the parser may run before any log has a
-/// stream. Messages begin with "[CLI] (EE) " or, for what is passed over, with "[CLI] (WW) ". Not
-/// to be shared by threads.
+/// Messages and pages go to standard error, because the parser may run before any log has a stream.
+/// Messages begin with "[CLI] (EE) " or, for arguments that are ignored, with "[CLI] (WW) ". Not to
+/// be shared by threads.
 class CommandlineInput {
  public:
   /// @param description text for the usage page
@@ -40,11 +40,11 @@ class CommandlineInput {
   CommandlineInput(const CommandlineInput&) = delete;
   CommandlineInput& operator=(const CommandlineInput&) = delete;
 
-  /// Says so when finish() was forgotten.
+  /// Prints a message if finish() was not called.
   ~CommandlineInput();
 
-  /// Declares a required parameter and gives its value; an empty one when it is missing, which
-  /// finish() then tells.
+  /// Declares a required parameter and returns its value, or an empty one if it is missing;
+  /// finish() then reports that.
   ///
   /// Text is converted by the stream's `>>`: a string ends at its first white space, a path may be
   /// quoted.
@@ -61,7 +61,7 @@ class CommandlineInput {
     return text ? fromText_<T>(*text) : T{};
   }
 
-  /// Declares an optional parameter and gives its value or the default.
+  /// Declares an optional parameter and returns its value or the default.
   /// @throws std::runtime_error as requiredParameter()
   template <class T>
   [[nodiscard]] T optionalParameter(const std::string& name, char shortName,
@@ -76,7 +76,7 @@ class CommandlineInput {
   /// Makes finish() write an input template instead of letting the program run.
   void requestTemplate() noexcept { templateRequested_ = true; }
 
-  /// Prints the page that was asked for, or warns of what nobody used.
+  /// Prints the requested page, or warns about arguments that no parameter used.
   /// @param quiet print no page and no warning of unused options
   /// @return whether the program may go on
   [[nodiscard]] bool finish(bool quiet = false);
@@ -94,7 +94,7 @@ class CommandlineInput {
   [[nodiscard]] static T fromText_(const std::string& text) {
     T value{};
     std::istringstream stream(text);
-    stream.exceptions(std::ios_base::badbit);  // a value cut short for want of memory is none
+    stream.exceptions(std::ios_base::badbit);  // a value truncated for lack of memory is none
     stream >> value;
     return value;
   }

@@ -11,13 +11,13 @@
 /// Ranks and the collective operations of the distributed containers, as local operations of one
 /// process.
 ///
-/// Callers keep their distributed shape: lists with one entry per rank, counts before data, runs
-/// with displacements. Sending to a rank means copying within the process. All of it belongs to the
-/// main thread.
+/// Callers are written as for many ranks: lists with one entry per rank, counts before data, ranges
+/// with displacements. Sending to a rank means copying within the process. Only the main thread may
+/// call these functions.
 namespace velmo::comm {
 
-/// Communicator handle, passed by value and compared: objects in one operation must agree in it.
-/// The world's handle is 0.
+/// Communicator handle, passed by value and compared: all objects in one operation must have the
+/// same one. The world's handle is 0.
 using Comm = int;
 
 /// Rank of this process within any communicator: the program runs as one process.
@@ -26,12 +26,12 @@ using Comm = int;
 /// Number of processes of any communicator.
 [[nodiscard]] constexpr int size(Comm) noexcept { return 1; }
 
-/// What an exchange of variable-length runs delivers.
+/// Result of an exchange of ranges of variable length.
 template <class T>
 struct Exchanged {
-  std::vector<T> buffer;        ///< the runs of all ranks, rank after rank
+  std::vector<T> buffer;        ///< the ranges of all ranks, rank after rank
   std::vector<u64> counts;      ///< items received from each rank, shape (size)
-  std::vector<u64> offsets{0};  ///< start of each rank's run in `buffer`, shape (size)
+  std::vector<u64> offsets{0};  ///< start of each rank's range in `buffer`, shape (size)
 };
 
 /// The number of items that each rank sends here, shape (size).
@@ -44,13 +44,13 @@ struct Exchanged {
   return {sendCounts.begin(), sendCounts.end()};
 }
 
-/// Start of each rank's share when every rank contributes `localSize` items, and behind the last
-/// entry the total; shape (size + 1), that is [0, localSize].
+/// Start of each rank's share when every rank contributes `localSize` items, followed by the total;
+/// shape (size + 1), that is [0, localSize].
 [[nodiscard]] inline std::vector<u64> gatherOffsets(Comm /*comm*/, u64 localSize) {
   return {0, localSize};
 }
 
-/// Sends each rank its run of `sendBuffer`: first `sendCounts[0]` items for rank 0, and so on.
+/// Sends each rank its range of `sendBuffer`: first `sendCounts[0]` items for rank 0, and so on.
 /// Items arrive rank after rank, and those of one rank in the order in which it sent them.
 ///
 /// @pre    the counts add up to the size of `sendBuffer` (asserted)

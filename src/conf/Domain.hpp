@@ -9,24 +9,24 @@
 #include "conf/Base.hpp"
 #include "io/Types.hpp"
 
-/// The bodies of a problem and where they stand. Carried: this program takes the grid as the
-/// solution file holds it, and applies no placement. Lengths are those of the grid's coordinates.
+/// The bodies of a problem and their positions. Carried: this program uses the grid as it is in the
+/// solution file, and applies no placement. The unit of length is that of the grid's coordinates.
 namespace velmo::conf {
 
 /// A body of the grid.
 struct Part : Base {
   std::string name;  ///< "name", required
-  u64 id = 0;        ///< "id", required: what the boundary conditions call `partId`
-  /// "regionIds", optional: tags of the grid's regions that form it. Never empty behind the
-  /// reader, which puts `id` there if the file names none.
+  u64 id = 0;        ///< "id", required: the boundary conditions refer to it as `partId`
+  /// "regionIds", optional: tags of the grid's regions that form it. Never empty after reading: if
+  /// the file has none, the reader inserts `id`.
   std::vector<u64> regionIds;
 
   void describe(SchemaWriter& writer) const override;
 };
 
 /// What all placements share: an entry of "placements". The texts of `type` are the `kType` of the
-/// kinds below; a file with any other is refused, and so is one in which a key of its kind is
-/// missing or a vector has another length.
+/// kinds below; a file with any other text is refused, and also one in which a key of the kind is
+/// missing or a vector has the wrong length.
 struct GridTransformBase : Base {
   std::vector<u64> partIDs;  ///< "partIDs", required: parts that this placement moves
   u64 position = 0;          ///< "position", optional: place in the order of application
@@ -47,7 +47,7 @@ struct GridScaling : GridTransformBase {
   static constexpr std::string_view kType = "scaling";
 
   std::array<double, 3> factors{};  ///< "factors", required: of x, y and z
-  std::array<double, 3> center{};   ///< "center", required: point that stays
+  std::array<double, 3> center{};   ///< "center", required: point that stays fixed
 
   GridScaling() : GridTransformBase(kType) {}
   void describe(SchemaWriter& writer) const override;
@@ -88,7 +88,7 @@ struct GridRotation : GridTransformBase {
 struct GridAffine : GridTransformBase {
   static constexpr std::string_view kType = "affine";
 
-  /// "A", required: the matrix, column-major, shape (3, 3); the identity at first.
+  /// "A", required: the matrix, column-major, shape (3, 3); initially the identity.
   std::array<double, 9> A{1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0};
   std::array<double, 3> b{};  ///< "b", required: the shift
 
@@ -99,7 +99,7 @@ struct GridAffine : GridTransformBase {
   }
 };
 
-/// The bodies and where they stand: the block "domain". A copy holds copies of the placements.
+/// The bodies and their positions: the block "domain". A copy has its own copies of the placements.
 struct Domain : Base {
   std::vector<Part> parts;  ///< "parts", required, may be empty
   /// "placements", optional. No entry is null.

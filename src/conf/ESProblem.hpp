@@ -27,7 +27,7 @@ struct Dielectric : Base {
   void describe(SchemaWriter& writer) const override;
 };
 
-/// A conductor held at a voltage: an entry of "electrodes". Carried.
+/// A conductor at a fixed voltage: an entry of "electrodes". Carried.
 struct Electrode : Base {
   u64 partId = 0;        ///< "partId", required
   double voltage = 0.0;  ///< "voltage", required, in the main solver's unit of the potential
@@ -38,7 +38,7 @@ struct Electrode : Base {
 /// A conductor of unknown potential: an entry of "floatings". Carried.
 struct Floating : Base {
   u64 partId = 0;       ///< "partId", required
-  double charge = 0.0;  ///< "charge", required: what it carries, in the main solver's unit
+  double charge = 0.0;  ///< "charge", required: its total charge, in the main solver's unit
 
   void describe(SchemaWriter& writer) const override;
 };
@@ -46,7 +46,7 @@ struct Floating : Base {
 /// Order of the surface density: the block "fem".
 struct FEM : Base {
   /// "order", required: polynomial order of the density on an element, 0 or more. The evaluation
-  /// compares it with that of the solution file and refuses another one.
+  /// refuses a value that differs from the order in the solution file.
   u64 order = 0;
   /// "quadOrder", required: order of the main solver's rule. Carried; 0 in a file becomes
   /// 2 `order` + 1.
@@ -55,8 +55,8 @@ struct FEM : Base {
   void describe(SchemaWriter& writer) const override;
 };
 
-/// Boundary integrals of the main solver: the block "bem". `tree` serves the evaluation too, whose
-/// results have to agree with the main solver's; the others are carried.
+/// Boundary integrals of the main solver: the block "bem". The evaluation uses `tree` too, because
+/// its results have to agree with those of the main solver; the others are carried.
 struct BEM : Base {
   bem::QuadratureSettings quad;  ///< "quad", required
   bem::fmm::Settings fmm;        ///< "fmm", required
@@ -93,7 +93,7 @@ inline constexpr std::array<std::string_view, 7> kSolverTypeNames{
 
 /// A solver of linear systems: the blocks "systemSolver" and "postSolver". Carried.
 struct Solver : Base {
-  /// "type", required. Any text is read; a form offers those of `SolverType`.
+  /// "type", required. Any text is accepted; forms offer those of `SolverType`.
   std::string type{toText(SolverType::kGmres)};
   double rtol = 1e-5;    ///< "rtol", required: residual relative to the right-hand side
   double atol = 1e-20;   ///< "atol", required: residual, absolute
@@ -117,8 +117,8 @@ struct ESProblem : Base {
   PostProc postProc;                    ///< "postProc"
   Solver systemSolver;                  ///< "systemSolver"
   Solver postSolver;                    ///< "postSolver"
-  /// "numThreads", worker threads of the process, 0 to 1024; 0 takes what the hardware has. More
-  /// are refused when the run applies the setting.
+  /// "numThreads", worker threads of the process, 0 to 1024; 0 means one per processor that the
+  /// process may use. More than 1024 are refused when the run applies the setting.
   u64 numThreads = 1;
 
   void describe(SchemaWriter& writer) const override;

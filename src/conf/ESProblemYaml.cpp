@@ -24,7 +24,7 @@ namespace {
 
 bool isUnset(u64 order) { return order == 0 || order == kNone; }
 
-// What follows from the keys of a block, and what is refused, once all of them are read.
+// Derived values and checks, after all keys of a block have been read.
 template <class T>
 void complete(T& /*block*/) {}
 
@@ -57,8 +57,8 @@ class Decoder {
   }
 
  private:
-  // A text of aliases can stand for lists and texts of the square of its size. Without aliases no
-  // text that the loader accepts comes to this number of bytes.
+  // Through aliases a text can expand to the square of its size. Without aliases, no text that the
+  // loader accepts reaches this number of bytes.
   u64 bytesLeft_ = u64{32} << 20U;
 
   void charge(u64 bytes) {
@@ -79,7 +79,8 @@ class Decoder {
     guardKey(key, [&] { decodeKey(node, key, Presence::kOptional, out); });
   }
 
-  /// The same without a guard. The node is const, so that looking up a key adds none.
+  /// The same without a guard. The node is const, because looking up a key in a mutable node would
+  /// insert it.
   template <class T>
   void decodeKey(const YAML::Node& node, const std::string& key, Presence presence, T& out) {
     const YAML::Node value = node[key];
@@ -126,7 +127,7 @@ class Decoder {
     try {
       value = node.as<T>();
     } catch (const YAML::BadConversion&) {
-      // Streams take a lack of memory for a bad value: where there is some, ask again.
+      // Streams report a lack of memory as a bad value, so check whether memory is available.
       ::operator delete(::operator new(4096));
       value = node.as<T>();
     }
@@ -146,7 +147,7 @@ class Decoder {
     }
   }
 
-  // The keys of a placement have no guards of their own: the reader of the list tells of them.
+  // The keys of a placement have no guards of their own; the reader of the list reports them.
   void decode(const YAML::Node& node, std::unique_ptr<GridTransformBase>& placement) {
     const auto type = node["type"].as<std::string>();
     const auto decodeKind = [&]<class Kind>(std::type_identity<Kind>) {
@@ -186,7 +187,7 @@ YAML::Node encode(const std::vector<T>& list) {
   return node;
 }
 
-// Vectors and matrices stand in one line.
+// Vectors and matrices are written in one line.
 template <class T, std::size_t N>
 YAML::Node encode(const std::array<T, N>& values) {
   YAML::Node node(values);
@@ -212,7 +213,7 @@ void writeFields(YAML::Node& node, const tree::Options& options) {
   write(node, options, options.adaptive ? leafSize : maxLevel);
 }
 
-// In a file the angle stands before the centre.
+// In a file the angle comes before the centre.
 void writeFields(YAML::Node& node, const GridRotation& rotation) {
   const auto& [axis, center, angle] = Fields<GridRotation>::list;
   write(node, rotation, axis);

@@ -8,7 +8,7 @@
 #include "conf/Field.hpp"
 
 /// The one description of the settings tree. Decoder, encoder and schema walk these tables, so that
-/// a key, its order and its texts stand in one place.
+/// a key, its position and its texts are defined in one place.
 namespace velmo::conf {
 
 template <>
@@ -33,7 +33,8 @@ struct Fields<Domain> {
       optional(&Domain::placements, "domain.placements", {.title = "Placements"})};
 };
 
-// The keys of placements have no section: their failures are told by the key of the whole list.
+// The keys of placements have no section: their failures are reported under the key of the whole
+// list.
 template <>
 struct Fields<GridTransformBase> {
   static constexpr std::string_view section = "";
@@ -84,7 +85,7 @@ struct Fields<GridAffine> {
       required(&GridAffine::b, "b", {.title = "Shift vector"})};
 };
 
-/// The placements that a file can hold, in the order in which their `type` is tested.
+/// The placements that a file can contain, in the order in which their `type` is tested.
 using PlacementKinds =
     std::tuple<std::type_identity<GridScaling>, std::type_identity<GridTranslation>,
                std::type_identity<GridRotation>, std::type_identity<GridAffine>>;
@@ -159,7 +160,7 @@ struct Fields<bem::EvalQuadratureSettings> {
   static constexpr std::string_view section = "";
   static constexpr std::tuple list{
       required(&Settings::order, "order", {.title = "Quadrature order for evaluation"}),
-      // Forms in use know this field by another key than the files, and by this title.
+      // Existing forms use a key for this field that differs from the one in files, and this title.
       required(&Settings::minRelDist, "minRelDist",
                {.title = "Minimal distance for regulare integration", .schemaKey = "minimalDist"}),
       required(&Settings::maxLevel, "maxLevel", {.title = "Maximal recursion level"})};
@@ -175,7 +176,7 @@ struct Fields<bem::fmm::Settings> {
       required(&Settings::degree, "degree", {.title = "Expansion degree"})};
 };
 
-// Which of the first two a file must hold depends on the third.
+// Which of the first two a file must have depends on the third.
 template <>
 struct Fields<tree::Options> {
   static constexpr std::string_view section = "opts";

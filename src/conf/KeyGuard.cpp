@@ -9,7 +9,7 @@
 namespace velmo::conf {
 
 void abortOverKey(std::string_view key) noexcept {
-  // abort() flushes nothing: neither the C++ stream nor, behind or beside it, the C one.
+  // abort() flushes neither the C++ stream nor the C stream.
   std::cout.flush();
   std::fflush(stdout);
   try {

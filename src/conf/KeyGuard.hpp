@@ -4,27 +4,26 @@
 #include <string_view>
 #include <utility>
 
-/// What happens to a settings file whose keys can't be read: the process ends at once, without
-/// unwinding, as the main solver's does, and names the key on the standard output.
+/// If a key of a settings file can't be read, the process ends at once, without unwinding, like the
+/// main solver, and names the key on standard output.
 namespace velmo::conf {
 
-/// Ends the process over the exception being handled, which arose while `key` was read.
+/// Ends the process because of the current exception, which was thrown while `key` was read.
 ///
-/// What stands in the buffers of the standard output goes out first; then come the exception's kind
-/// and the key, and std::abort() is called. The words are
+/// The buffers of standard output are flushed first; then the kind of exception and the key are
+/// printed, and std::abort() is called. The text is
 ///
 ///     (EE) YAML Parser exception: <text>          or
-///     (EE) YAML Representation exception: <text>  or, for all that is not of YAML,
-///     (EE) Unknown exception
-///     (EE) when trying to read "<key>"
+///     (EE) YAML Representation exception: <text> or, for exceptions that don't come from YAML,
+///     (EE) Unknown exception (EE) when trying to read "<key>"
 ///
 /// with an empty line before them.
 ///
 /// @pre an exception is being handled
 [[noreturn]] void abortOverKey(std::string_view key) noexcept;
 
-/// Runs `action`, which reads `key`; whatever it throws ends the process with a word about the key,
-/// but for a lack of memory, which is no fault of the key. Guards nest: the innermost one reports.
+/// Runs `action`, which reads `key`; every exception ends the process with a message about the key,
+/// except a lack of memory, which the key didn't cause. Guards nest: the innermost one reports.
 /// @throws std::bad_alloc
 template <class Action>
 void guardKey(std::string_view key, Action&& action) {

@@ -13,8 +13,9 @@
 namespace velmo::conf {
 namespace {
 
-// The parser takes some 300 bytes for a byte of text. This bound is hundreds of times the size of
-// large settings and keeps a wrong path, say to a device, from eating the memory of the machine.
+// The parser needs about 300 bytes per byte of text. This bound is hundreds of times the size of
+// large settings and prevents a wrong path, for example to a device, from using up the memory of
+// the machine.
 constexpr std::size_t kMaxTextSize = std::size_t{4} << 20U;
 
 [[noreturn]] void fail(std::string_view kind, const std::filesystem::path& path,
@@ -24,7 +25,7 @@ constexpr std::size_t kMaxTextSize = std::size_t{4} << 20U;
   throw std::runtime_error(text);
 }
 
-/// Appends the text of a file to `text`; `kind` is what messages call the file.
+/// Appends the text of a file to `text`; `kind` is the name of the file in messages.
 void appendFile(std::string_view kind, const std::filesystem::path& path, std::string& text) {
   std::error_code ignored;
   if (!std::filesystem::exists(path, ignored)) fail(kind, path, "not found");

@@ -4,23 +4,23 @@
 #include <limits>
 
 /// Records that the settings tree shares with the octree, the near field and the far field. They
-/// include the standard library only, so that those folders need no YAML. Each has the namespace of
-/// the folder that reads it.
+/// include the standard library only, so that those folders need no YAML. Each is in the namespace
+/// of the folder that reads it.
 
 namespace velmo::tree {
 
-/// When the octree stops refining: keys of "tree". The program reads those of `bem.tree`; of
-/// `postEval.tree` it shows `leafSize` in the log.
+/// When the octree stops refining: keys of "tree". The program uses those of `bem.tree`; of
+/// `postEval.tree` it only shows `leafSize` in the log.
 ///
-/// A file holds "adaptive", required, and of the other two the one in force; what it doesn't hold
-/// is read as `leafSize` 0 or `maxLevel` "none".
+/// In a file "adaptive" is required, and so is the one of the other two that it selects. The
+/// missing one is read as `leafSize` 0 or `maxLevel` "none".
 struct Options {
   /// "leafSize", number of objects, that is elements and points together, that a leaf may hold.
-  /// In force when `adaptive`. Any value; with few objects a leaf, most of the run goes into
+  /// Used if `adaptive`. Any value; with few objects per leaf most of the time goes into
   /// translations of expansions, with many into direct sums.
   std::uint64_t leafSize = 100;
-  /// "maxLevel", level of all leaves, the root being level 0; identifiers end at level 21. In force
-  /// when not `adaptive`. The default stands for "none".
+  /// "maxLevel", level of all leaves, the root being level 0; identifiers end at level 21. Used if
+  /// not `adaptive`. The default stands for "none".
   std::uint64_t maxLevel = std::numeric_limits<std::uint64_t>::max();
   /// "adaptive", whether a leaf is an orthant with few objects or one of a given level.
   bool adaptive = true;
@@ -50,8 +50,8 @@ struct EvalQuadratureSettings {
   /// exactly, 1 to 100; the near field refuses others.
   std::uint64_t order = 5;
   /// "minRelDist", distance in element sizes, sqrt(2 area), from the image of an element's
-  /// barycentre below which a target gets a rule that is subdivided towards it. Any number; the
-  /// usual ones are 0.5 to 4. It also is the ratio of distance to cell size that ends subdivision.
+  /// barycentre below which a target gets a rule that is subdivided towards it. Any number; usual
+  /// values are 0.5 to 4. It is also the ratio of distance to cell size at which subdivision ends.
   double minRelDist = 1.0;
   /// "maxLevel", shown in the log only: the subdivision always ends at level 5.
   std::uint64_t maxLevel = 5;
@@ -63,15 +63,15 @@ struct EvalQuadratureSettings {
 
 namespace velmo::bem::fmm {
 
-/// Far field: keys of "fmm", both required. The program reads those of `postEval.fmm`; `bem.fmm`
-/// serves the main solver, and only its degree is checked.
+/// Far field: keys of "fmm", both required. The program uses those of `postEval.fmm`; `bem.fmm` is
+/// for the main solver, and only its degree is checked.
 struct Settings {
   /// "leafQuadratureOrder", degree that the rule of the source moments integrates exactly, 1 to
   /// 100; others are refused. 0 in a file becomes `degree` + 3. On flat triangles a moment's
   /// integrand has the degree `degree` plus the order of the density.
   std::uint64_t leafQuadratureOrder = 8;
-  /// "degree", largest degree p of the expansions, 3 to 80: (p + 1)(p + 2) / 2 coefficients a box.
-  /// A file with less than 3 is refused when it is read, more than 80 when the far field is built.
+  /// "degree", largest degree p of the expansions, 3 to 80: (p + 1)(p + 2) / 2 coefficients per
+  /// box. Less than 3 is refused when the file is read, more than 80 when the far field is built.
   std::uint64_t degree = 5;
 
   bool operator==(const Settings&) const = default;

@@ -6,8 +6,8 @@
 #include "conf/Base.hpp"
 #include "io/Types.hpp"
 
-/// What the main solver writes, and how often. This program writes one table and reads of these
-/// keys `outBasename` only, which its command line has set.
+/// What the main solver writes, and how often. This program writes one table; of these keys it uses
+/// only `outBasename`, which is set from its command line.
 namespace velmo::conf {
 
 /// Output of the system's matrices: the block "matOut". Carried.
@@ -19,8 +19,8 @@ struct MatOut : Base {
   void describe(SchemaWriter& writer) const override;
 };
 
-/// Output of the solution file: the block "vtkhdf". Carried; how a file is packed shows when it is
-/// read.
+/// Output of the solution file: the block "vtkhdf". Carried; the reader detects from the file
+/// itself how it is packed.
 struct VTKHDF : Base {
   bool active = false;        ///< "active", required
   bool isSinglePrec = false;  ///< "isSinglePrec", optional
@@ -41,8 +41,8 @@ struct InteriorSurface : Base {
 
 /// The block "postProc"; all its keys are optional.
 struct PostProc : Base {
-  /// "outBasename", path of the results without their extension. What a file says is overwritten
-  /// by the base name of the command line, under which the result table is written.
+  /// "outBasename", path of the results without their extension. The value in a file is overwritten
+  /// by the base name from the command line, under which the result table is written.
   std::string outBasename;
   u64 outputFrequency = 1;  ///< "outputFrequency", in time steps; carried, like all that follow
   bool vtk = true;          ///< "vtk"

@@ -90,7 +90,7 @@ class FieldDescriber {
     });
   }
 
-  /// Records of other subjects have no operation of their own.
+  /// Records of other folders have no such operation of their own.
   template <HasFields T>
   static void describeBlock(const T& block, SchemaWriter& writer) {
     if constexpr (std::derived_from<T, Base>)

@@ -11,35 +11,35 @@
 
 #include "io/Types.hpp"
 
-/// JSON schemas as text. The writer knows nothing of the settings; `Schema.cpp` tells it what to
-/// write. One thread at a time; write errors of the stream are not looked at.
+/// JSON schemas as text. The writer knows nothing about the settings; `Schema.cpp` tells it what to
+/// write. One thread at a time; write errors of the stream are ignored.
 namespace velmo::conf {
 
-/// What every item of a schema has.
+/// The parts that every item of a schema has.
 struct SchemaItem {
-  std::string_view key;               ///< under which the item stands in its object
+  std::string_view key;               ///< key of the item in its object
   std::string_view title;             ///< for people
-  std::string_view description = {};  ///< left out where empty
+  std::string_view description = {};  ///< omitted if empty
   bool isRequired = false;
 };
 
-/// Writes a JSON schema item by item. Items of one object are joined by ",\n"; keys and texts stand
+/// Writes a JSON schema item by item. Items of one object are joined by ",\n"; keys and texts are
 /// in double quotes, with backslash escapes.
 struct SchemaWriter {
   using Members = std::function<void(SchemaWriter&)>;
 
   std::ostream* out = nullptr;        ///< not owned
   u64 level = 0;                      ///< a line is indented by two blanks per level
-  bool first = true;                  ///< no item of the present object is written yet
-  std::vector<std::string> required;  ///< required keys of the present object
+  bool first = true;                  ///< no item of the current object is written yet
+  std::vector<std::string> required;  ///< required keys of the current object
 
-  /// Writes to `stream`, which has to outlive the writer.
+  /// Writes to `stream`, which must outlive the writer.
   explicit SchemaWriter(std::ostream& stream) : out(&stream) {}
 
-  // Items of the present object, one call each. A default that is not given is left out.
+  // Items of the current object, one call each. A default that is not given is omitted.
 
   void integer(const SchemaItem& item, std::optional<std::int64_t> defaultValue = {});
-  /// A default that JSON cannot express, infinite or not a number, is left out.
+  /// A default that JSON cannot express, infinite or NaN, is omitted.
   void number(const SchemaItem& item, std::optional<double> defaultValue = {});
   /// With the hint "checkbox" for a form.
   void boolean(const SchemaItem& item, std::optional<bool> defaultValue = {});
@@ -59,15 +59,15 @@ struct SchemaWriter {
 
   // Parts of an item or of a document.
 
-  /// The line that names the type: "integer", "object" and so on.
+  /// The line with the type: "integer", "object" and so on.
   void type(std::string_view name);
-  /// A block of items under a key that stands for itself, such as "$defs".
+  /// A block of items under a key without other properties, such as "$defs".
   void group(std::string_view key, const Members& members);
   /// The type of an object with its members and the list of those that are required.
   void objectBody(std::string_view title, std::string_view description, const Members& members);
   /// A choice between definitions of "$defs".
   void oneOf(std::span<const std::string_view> definitions);
-  /// Braces around all that `members` writes.
+  /// Braces around everything that `members` writes.
   void document(const Members& members);
 
  private:

@@ -20,7 +20,7 @@ namespace {
 
 using YAML::Node;
 
-/// What a run accepts of an integer; least 0 holds everywhere.
+/// The range of an integer that a run accepts; none may be negative.
 struct Range {
   std::initializer_list<const char*> path;
   std::int64_t least;
@@ -76,7 +76,7 @@ void writeJson(std::ostream& out, const Node& node, const std::string& indent) {
 
 void completeObject(Node object);
 
-/// What the form's text leaves open in an item: no negative numbers, no longer vectors.
+/// Limits that the form's text leaves out of an item: no negative numbers, no longer vectors.
 void completeItem(Node item) {
   if (item["oneOf"]) {
     for (Node choice : item["oneOf"]) {
@@ -89,7 +89,7 @@ void completeItem(Node item) {
   item.remove("format");
   if (type == "integer") {
     item["minimum"] = 0;
-    // "None" has no form in a file.
+    // "None" can't be written in a file.
     if (item["default"] && item["default"].as<std::string>() == "-1") item.remove("default");
   } else if (type == "object") {
     completeObject(item);
@@ -112,7 +112,7 @@ Node propertyAt(const Node& object, std::initializer_list<const char*> path) {
   return node;
 }
 
-/// Under the keys of files where forms know a field by another one.
+/// With the keys of files where forms use a different key for a field.
 template <class T>
 void renameKeys(Node block) {
   forEachField<T>([&](const auto& field) {

@@ -6,6 +6,7 @@
 
 #include "grid/ElementGeometry.hpp"
 #include "grid/ElementTypes.hpp"
+#include "thread/ParallelFor.hpp"
 
 namespace velmo::evaluator {
 namespace {
@@ -75,13 +76,15 @@ double squaredDistance(const double* a, const double* b) noexcept {
 
 ElementReach::ElementReach(const grid::SurfaceElements& elements) : elements_(&elements) {
   std::map<u64, StraightNodes> types;
-  for (u64 e = 0; e < elements.numElements(); ++e) {
-    const u64 code = elements.types[e];
-    const StraightNodes& type = types.try_emplace(code, code).first->second;
-    if (type.numOthers == 0) continue;
-    if (bulges_.empty()) bulges_.resize(elements.numElements());
-    bulges_[e] = kBasisSum * type.offset(elements.nodes(e).data());
-  }
+  for (const u64 code : elements.codes) types.try_emplace(code, code);
+  if (std::ranges::all_of(types, [](const auto& t) { return t.second.numOthers == 0; })) return;
+  bulges_.resize(elements.numElements());
+  constexpr u64 kPiece = 1024;
+  thread::forPieces(bulges_.size(), kPiece, [&](u64 first, u64 end) {
+    for (u64 e = first; e < end; ++e)
+      bulges_[e] =
+          kBasisSum * types.find(elements.types[e])->second.offset(elements.nodes(e).data());
+  });
 }
 
 double ElementReach::farthest(u64 element, const double* point) const noexcept {

@@ -1,10 +1,12 @@
 #include "evaluator/FmmEvaluator.hpp"
 
 #include <algorithm>
+#include <utility>
 
 #include "evaluator/WorkUnits.hpp"
 #include "fmm/CoefficientIndex.hpp"
 #include "io/Exception.hpp"
+#include "thread/ParallelFor.hpp"
 #include "tree/LocallyEssentialTree.hpp"
 
 namespace velmo::evaluator {
@@ -27,20 +29,19 @@ FmmEvaluator::FmmEvaluator(tree::FmmTree& tree, std::pair<u64, u64> orders,
       tree_(&tree),
       gradientShapes_(orders.second),
       potentialShapes_(orders.first),
-      gradientDofs_(fe::elementDofs(tree.sourceGrid().topology, gradientShapes_)),
-      potentialDofs_(fe::elementDofs(tree.sourceGrid().topology, potentialShapes_)),
-      elements_(grid::surfaceElements(tree.sourceGrid().topology, tree.sourceGrid().geometry)),
-      sourcePlan_(tree, ElementReach(elements_)),
-      potentialSources_(sourcePlan_, elements_, potentialShapes_, settings.leafQuadratureOrder,
+      sourcePlan_(tree, ElementReach(tree.elements())),
+      nearQuadrature_(tree.elements(), gradientShapes_, potentialShapes_, quadrature),
+      potentialSources_(sourcePlan_, tree.elements(), potentialShapes_,
+                        nearQuadrature_.potentialDofs(), settings.leafQuadratureOrder,
                         settings.degree),
       transfer_(bem::LaplaceFundSol<3>{}, settings.degree, tree.boundingBox().size()),
       transferPlan_(tree.tree(), sourcePlan_.hasMoments),
       targets_(tree, sourcePlan_, settings.degree),
-      nearQuadrature_(elements_, gradientShapes_, potentialShapes_, quadrature),
       nearPass_(tree, sourcePlan_, nearQuadrature_,
                 subdivisionFor(settings.degree, quadrature.order)) {
   if (orders.first != orders.second)
-    gradientSources_.emplace(sourcePlan_, elements_, gradientShapes_, settings.leafQuadratureOrder,
+    gradientSources_.emplace(sourcePlan_, tree.elements(), gradientShapes_,
+                             nearQuadrature_.gradientDofs(), settings.leafQuadratureOrder,
                              settings.degree);
   clearExpansions(gradientSources_ ? 2 : 1);
   fmm::CommunicateMoments::initialize(tree.tree(), comm_);
@@ -58,16 +59,36 @@ double FmmEvaluator::work() const {
 }
 
 void FmmEvaluator::clearExpansions(u64 numColumns) {
+  if (numColumns_ != numColumns) placeExpansions(numColumns);
+  constexpr u64 kPiece = u64{1} << 15;
+  for (auto* const storage : {&multipoleStorage_, &localStorage_})
+    thread::forPieces(storage->size(), kPiece, [storage](u64 first, u64 end) {
+      std::fill(storage->data() + first, storage->data() + end, 0.0);
+    });
+}
+
+void FmmEvaluator::placeExpansions(u64 numColumns) {
   auto& boxes = tree_->tree().boxes;
   const u64 rows = fmm::numCoefficients(transfer_.degree());
   const u64 perBox = rows * numColumns;
-  multipoleStorage_.assign(perBox * boxes.size(), 0.0);
-  localStorage_.assign(perBox * boxes.size(), 0.0);
-  if (numColumns_ == numColumns) return;
   numColumns_ = numColumns;
+  u64 numMultipoles = 0;
+  u64 numLocals = 0;
   for (u64 b = 0; b < boxes.size(); ++b) {
-    boxes[b].multipole = {multipoleStorage_.data() + b * perBox, rows, numColumns};
-    boxes[b].local = {localStorage_.data() + b * perBox, rows, numColumns};
+    numMultipoles += sourcePlan_.hasMoments[b];
+    numLocals += boxes[b].hasTargets() ? 1 : 0;
+  }
+  multipoleStorage_.resize(perBox * numMultipoles);
+  localStorage_.resize(perBox * numLocals);
+  std::complex<double>* multipole = multipoleStorage_.data();
+  std::complex<double>* local = localStorage_.data();
+  for (u64 b = 0; b < boxes.size(); ++b) {
+    boxes[b].multipole = {};
+    boxes[b].local = {};
+    if (sourcePlan_.hasMoments[b] != 0)
+      boxes[b].multipole = {std::exchange(multipole, multipole + perBox), rows, numColumns};
+    if (boxes[b].hasTargets())
+      boxes[b].local = {std::exchange(local, local + perBox), rows, numColumns};
   }
 }
 

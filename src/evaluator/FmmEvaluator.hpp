@@ -2,6 +2,7 @@
 
 #include <complex>
 #include <optional>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -13,10 +14,9 @@
 #include "evaluator/SourceOperators.hpp"
 #include "evaluator/SourcePlan.hpp"
 #include "evaluator/TargetOperators.hpp"
-#include "fe/DofData.hpp"
 #include "fe/ShapeFunList.hpp"
 #include "fmm/FarfieldTransfer.hpp"
-#include "grid/SurfaceElements.hpp"
+#include "io/UnfilledVector.hpp"
 #include "sparse/ParVec.hpp"
 #include "tree/FmmTree.hpp"
 
@@ -49,8 +49,10 @@ class FmmEvaluator {
   /// the progress of the run where both densities are one vector.
   [[nodiscard]] double work() const;
 
-  /// Degrees of freedom of the density on the sorted surface.
-  [[nodiscard]] const fe::DofData& dofs() const noexcept { return potentialDofs_; }
+  /// First coefficient of each sorted element in the density of the potential, and the end.
+  [[nodiscard]] std::span<const u64> dofOffsets() const noexcept {
+    return nearQuadrature_.potentialDofs();
+  }
 
   /// The passes of `apply`, each on its own. `column` 0 serves the potential; the gradient's column
   /// is the last one.
@@ -67,6 +69,7 @@ class FmmEvaluator {
   [[nodiscard]] const NearPass& near() const noexcept { return nearPass_; }
 
  private:
+  void placeExpansions(u64 numColumns);
   [[nodiscard]] bool oneDensity(const sparse::ParVec& gradientDensity,
                                 const sparse::ParVec& potentialDensity) const;
   [[nodiscard]] u64 gradientColumn() const noexcept { return numColumns_ - 1; }
@@ -75,19 +78,16 @@ class FmmEvaluator {
   tree::FmmTree* tree_;
   fe::ShapeFunList<2, 3> gradientShapes_;
   fe::ShapeFunList<2, 3> potentialShapes_;
-  fe::DofData gradientDofs_;
-  fe::DofData potentialDofs_;
-  grid::SurfaceElements elements_;
   SourcePlan sourcePlan_;
+  bem::NearFieldQuadrature nearQuadrature_;
   SourceOperators potentialSources_;
   std::optional<SourceOperators> gradientSources_;  ///< none where both densities have one basis
   u64 numColumns_ = 0;
-  std::vector<std::complex<double>> multipoleStorage_;
-  std::vector<std::complex<double>> localStorage_;
+  io::UnfilledVector<std::complex<double>> multipoleStorage_;  ///< of the boxes whose moments count
+  io::UnfilledVector<std::complex<double>> localStorage_;      ///< of the boxes with targets
   bem::fmm::FarfieldTransfer<bem::LaplaceFundSol<3>> transfer_;
   fmm::TransferPlan transferPlan_;
   TargetOperators targets_;
-  bem::NearFieldQuadrature nearQuadrature_;
   NearPass nearPass_;
 };
 

@@ -49,10 +49,11 @@ void NearPass::apply(const bem::SourceCharges& forPotential, const bem::SourceCh
                      std::span<double> potential, std::span<double> field) const {
   const std::span<const double> coordinates = tree_->targetCoordinates();
   runLeafTasks(tasks_, [&](LeafTask task) {
+    bem::NearTask near(*quadrature_);
     for (u64 i = task.first; i < task.end; ++i) {
       const tree::BoxIndex leaf = leaves_[i];
       const auto [first, n] = tree_->tree().targetRanges()[leaf];
-      bem::NearTask near(*quadrature_, coordinates.subspan(3 * first, 3 * n));
+      near.setTargets(coordinates.subspan(3 * first, 3 * n));
       forEachNearRun(*tree_, *plan_, leaf, subdivision_,
                      [&](const tree::ObjectRange& elements, Subdivision how) {
                        near.run(elements.first, elements.first + elements.count, forPotential,

@@ -4,17 +4,45 @@
 #include "fmm/CoefficientIndex.hpp"
 
 namespace velmo::evaluator {
+namespace {
+
+/// Points and charges of a range of elements, in buffers that grow to the longest range of a task.
+class PlacedElements {
+ public:
+  void place(const bem::ElementRule& rule, const grid::SurfaceElements& elements,
+             const bem::WeightedShapes& shapes, tree::ObjectRange range,
+             const double* coefficients) {
+    const u64 end = range.first + range.count;
+    count_ = rule.numPoints(range.first, end);
+    if (values_.size() < 4 * count_) values_.resize(4 * count_);
+    rule.place(range.first, end, row(0), row(1), row(2));
+    bem::chargesAtPoints(elements, shapes, range.first, end, coefficients, row(3));
+  }
+
+  [[nodiscard]] fmm::ExpansionPoints points() noexcept { return {row(0), row(1), row(2), count_}; }
+  [[nodiscard]] const double* charges() noexcept { return row(3); }
+
+ private:
+  double* row(u64 i) noexcept { return values_.data() + i * count_; }
+
+  io::UnfilledVector<double> values_;  ///< x, y, z and charges, shape (4, count_)
+  u64 count_ = 0;
+};
+
+}  // namespace
 
 SourceOperators::SourceOperators(const SourcePlan& plan, const grid::SurfaceElements& elements,
-                                 const fe::ShapeFunList<2, 3>& shapes, u64 leafQuadratureOrder,
+                                 const fe::ShapeFunList<2, 3>& shapes,
+                                 std::span<const u64> dofOffsets, u64 leafQuadratureOrder,
                                  u64 degree)
     : plan_(&plan),
       elements_(&elements),
+      dofOffsets_(dofOffsets),
       rules_(quad::requireOrder(leafQuadratureOrder)),
       points_(elements, rules_),
       order_(shapes.order),
       table_(fmm::requireDegree(degree)) {
-  shapes_.add(elements.shapes, shapes, rules_);
+  shapes_.add(elements.codeShapes(), shapes, rules_);
   momentTasks_ = tasksOf(plan.moments);
   receiveTasks_ = tasksOf(plan.received);
 }
@@ -24,7 +52,8 @@ std::vector<LeafTask> SourceOperators::tasksOf(std::span<const BoxElements> list
   costs.reserve(list.size());
   for (const BoxElements& entry : list)
     costs.push_back(sourcePointCost(table_.degree()) *
-                    static_cast<double>(pointsOf(entry.elements).count));
+                    static_cast<double>(points_.numPoints(
+                        entry.elements.first, entry.elements.first + entry.elements.count)));
   std::vector<LeafTask> tasks = makeLeafTasks(costs);
   // A box must not be split between tasks: all its sums belong to one thread, in list order.
   const auto behind = [list](u64 i) {
@@ -35,16 +64,9 @@ std::vector<LeafTask> SourceOperators::tasksOf(std::span<const BoxElements> list
   return tasks;
 }
 
-fmm::ExpansionPoints SourceOperators::pointsOf(tree::ObjectRange range) const noexcept {
-  const u64 first = points_.offsets[range.first];
-  return {points_.x.data() + first, points_.y.data() + first, points_.z.data() + first,
-          points_.offsets[range.first + range.count] - first};
-}
-
 void SourceOperators::apply(tree::FmmTree& tree, u64 column,
                             std::span<const double> coefficients) const {
-  const std::vector<double> charges = bem::chargesAtPoints(
-      *elements_, points_, bem::weightedShapes(shapes_, order_, *elements_), coefficients);
+  const bem::WeightedShapes shapes = bem::weightedShapes(shapes_, order_, *elements_);
   const fmm::ExpansionKernel& kernel = fmm::expansionKernel();
   auto& boxes = tree.tree().boxes;
   const double* const centres = tree.centres().data();
@@ -53,10 +75,13 @@ void SourceOperators::apply(tree::FmmTree& tree, u64 column,
                           auto loop, auto expansionOf) {
     runLeafTasks(tasks, [&, loop, expansionOf](LeafTask task) {
       std::vector<double> scratch(fmm::translationScratch(table_.degree()));
+      PlacedElements placed;
       for (u64 i = task.first; i < task.end; ++i) {
-        const auto [box, elements] = list[i];
-        loop(table_, pointsOf(elements), charges.data() + points_.offsets[elements.first],
-             centres + 3 * u64{box}, expansionOf(boxes[box]).column(column).data, scratch.data());
+        const auto [box, range] = list[i];
+        placed.place(points_, *elements_, shapes, range,
+                     coefficients.data() + dofOffsets_[range.first]);
+        loop(table_, placed.points(), placed.charges(), centres + 3 * u64{box},
+             expansionOf(boxes[box]).column(column).data, scratch.data());
       }
     });
   };

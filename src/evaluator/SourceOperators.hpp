@@ -18,16 +18,18 @@ namespace velmo::evaluator {
 /// their leaf or home (P2M), and local expansions of the elements in lists X about the centres of
 /// the receiving boxes (P2L).
 ///
-/// No operator is stored. The quadrature points of a leaf are a stretch of one array; their
-/// harmonics cost less to compute again than a matrix to read.
+/// No operator is stored, and no point either: positions and charges of a range of elements are
+/// computed just before their harmonics, which takes a few percent of the time of these.
 class SourceOperators {
  public:
-  /// Refers to plan and elements.
+  /// Refers to plan, elements and offsets.
+  /// @param dofOffsets first coefficient of each element, as bem::dofOffsets gives it
   /// @param leafQuadratureOrder of the rule for the moments, exact up to that degree
   /// @throws utility::RuntimeError "0-th order not allowed" for quadrature order 0,
   ///   "Expansion degree must be >= 2"
   SourceOperators(const SourcePlan& plan, const grid::SurfaceElements& elements,
-                  const fe::ShapeFunList<2, 3>& shapes, u64 leafQuadratureOrder, u64 degree);
+                  const fe::ShapeFunList<2, 3>& shapes, std::span<const u64> dofOffsets,
+                  u64 leafQuadratureOrder, u64 degree);
 
   /// Adds moments to column `column` of the multipoles and local expansions to that of the locals,
   /// as the plan says.
@@ -39,12 +41,12 @@ class SourceOperators {
 
  private:
   [[nodiscard]] std::vector<LeafTask> tasksOf(std::span<const BoxElements> list) const;
-  [[nodiscard]] fmm::ExpansionPoints pointsOf(tree::ObjectRange range) const noexcept;
 
   const SourcePlan* plan_;
   const grid::SurfaceElements* elements_;
+  std::span<const u64> dofOffsets_;
   quad::SurfaceRuleSet rules_;
-  bem::ElementPoints points_;
+  bem::ElementRule points_;
   fe::ShapeCache shapes_;
   u64 order_;  ///< of the density
   fmm::RecursionTable table_;

@@ -28,6 +28,9 @@ constexpr double kLocalRatio = 0.75;
 /// as the expansions.
 constexpr double kRuleRatio = 0.9;
 
+/// Leaves, or boxes, that one task works on.
+constexpr u64 kBoxesPerTask = 128;
+
 /// Boxes of lower levels stand in no list V or W.
 constexpr unsigned kFirstFarLevel = 2;
 
@@ -67,47 +70,44 @@ class Planner {
         rootReach_(kHomeReach * 0.5 * std::sqrt(3.0) * tree.boundingBox().size()) {}
 
   void findHomes(SourcePlan& plan) {
-    const auto& tree = tree_.tree();
-    const std::span<const BoxIndex> leaves = tree.nonHaloLeafPositions();
-    std::vector<BoxIndex> homes(tree_.numSources());
-    const auto parts = thread::ranges(leaves.begin(), leaves.end());
-    thread::parallelFor(parts.begin(), parts.end(), [&](const auto& part) {
-      for (auto leaf = part.first; leaf != part.last; ++leaf) {
-        const ObjectRange range = tree.sourceRanges()[*leaf];
-        for (u64 e = range.first; e < range.first + range.count; ++e) homes[e] = homeOf(e, *leaf);
-      }
+    const std::span<const BoxIndex> leaves = tree_.tree().nonHaloLeafPositions();
+    std::vector<HomeShare> results((leaves.size() + kBoxesPerTask - 1) / kBoxesPerTask);
+    thread::forPieces(leaves.size(), kBoxesPerTask, [&](u64 first, u64 end) {
+      for (u64 i = first; i < end; ++i) addHomes(leaves[i], results[first / kBoxesPerTask]);
     });
-
-    std::vector<ObjectRange> fitting;
-    for (const BoxIndex leaf : leaves) {
-      const ObjectRange range = tree.sourceRanges()[leaf];
-      fitting.clear();
-      for (u64 e = range.first; e < range.first + range.count; ++e) {
-        if (homes[e] == leaf) {
-          append(fitting, e);
-          continue;
-        }
-        if (homes[e] != kNoBox) plan.moments.push_back({homes[e], {e, 1}});
-        displace(e, leaf, homes[e]);
-      }
-      for (const ObjectRange& run : fitting) plan.moments.push_back({leaf, run});
+    for (const HomeShare& share : results) {
+      std::ranges::copy(share.moments, std::back_inserter(plan.moments));
+      for (const Displaced& element : share.displaced) displace(element);
     }
-    std::ranges::stable_sort(plan.moments, {}, &BoxElements::box);
+    // Where all elements fit their leaves, the list is sorted already.
+    if (!std::ranges::is_sorted(plan.moments, {}, &BoxElements::box))
+      std::ranges::stable_sort(plan.moments, {}, &BoxElements::box);
 
     plan.hasMoments.assign(numBoxes_, 0);
     for (const BoxElements& m : plan.moments) plan.hasMoments[m.box] = 1;
     for (u64 box = numBoxes_; box-- > 1;)
-      plan.hasMoments[tree.links().parent[box]] |= plan.hasMoments[box];
+      plan.hasMoments[tree_.tree().links().parent[box]] |= plan.hasMoments[box];
+  }
+
+  /// Drops the moments that no list asks for, of a box itself or of one above it.
+  void keepUsed(SourcePlan& plan) const {
+    const auto& tree = tree_.tree();
+    std::vector<std::uint8_t> used(numBoxes_, 0);
+    for (const auto& box : tree.boxes)
+      for (const ListKind kind : {ListKind::V, ListKind::W})
+        for (const BoxIndex source : box.positions(kind)) used[source] = 1;
+    for (u64 box = 1; box < numBoxes_; ++box) {
+      used[box] |= used[tree.links().parent[box]];
+      plan.hasMoments[box] &= used[box];
+    }
+    std::erase_if(plan.moments, [&](const BoxElements& m) { return plan.hasMoments[m.box] == 0; });
   }
 
   void shareLists(SourcePlan& plan) const {
-    const auto& boxes = tree_.tree().boxes;
-    const auto parts = thread::ranges(boxes.begin(), boxes.end());
-    std::vector<ListShare> results(parts.size());
-    thread::parallelFor(parts.begin(), parts.end(), [&](const auto& part) {
-      ListShare& share = results[part.index];
-      for (auto box = part.first; box != part.last; ++box)
-        addLists(static_cast<BoxIndex>(box - boxes.begin()), share);
+    std::vector<ListShare> results((numBoxes_ + kBoxesPerTask - 1) / kBoxesPerTask);
+    thread::forPieces(numBoxes_, kBoxesPerTask, [&](u64 first, u64 end) {
+      for (u64 box = first; box < end; ++box)
+        addLists(static_cast<BoxIndex>(box), results[first / kBoxesPerTask]);
     });
     plan.direct.offsets.assign(1, 0);
     for (const ListShare& share : results) {
@@ -119,6 +119,19 @@ class Planner {
   }
 
  private:
+  /// An element that doesn't fit its leaf.
+  struct Displaced {
+    u64 element;
+    BoxIndex leaf;
+    BoxIndex home;  ///< or kNoBox
+  };
+
+  /// What the elements of some leaves give.
+  struct HomeShare {
+    std::vector<BoxElements> moments;
+    std::vector<Displaced> displaced;
+  };
+
   /// What the lists of some boxes give.
   struct ListShare {
     std::vector<BoxElements> received;
@@ -138,14 +151,30 @@ class Planner {
     return kNoBox;
   }
 
+  /// First the elements that leave the leaf, then the stretches of those that stay.
+  void addHomes(BoxIndex leaf, HomeShare& share) const {
+    const ObjectRange range = tree_.tree().sourceRanges()[leaf];
+    std::vector<ObjectRange> fitting;
+    for (u64 e = range.first; e < range.first + range.count; ++e) {
+      const BoxIndex home = homeOf(e, leaf);
+      if (home == leaf) {
+        append(fitting, e);
+        continue;
+      }
+      if (home != kNoBox) share.moments.push_back({home, {e, 1}});
+      share.displaced.push_back({e, leaf, home});
+    }
+    for (const ObjectRange& run : fitting) share.moments.push_back({leaf, run});
+  }
+
   /// Remembers the element with all boxes from its leaf up to its home, which don't hold its
   /// moments.
-  void displace(u64 element, BoxIndex leaf, BoxIndex home) {
+  void displace(const Displaced& element) {
     if (displaced_.empty()) displaced_.resize(numBoxes_);
     const auto& links = tree_.tree().links();
-    for (BoxIndex box = leaf; box != home && links.level[box] >= kFirstFarLevel;
+    for (BoxIndex box = element.leaf; box != element.home && links.level[box] >= kFirstFarLevel;
          box = links.parent[box])
-      append(displaced_[box], element);
+      append(displaced_[box], element.element);
   }
 
   void addLists(BoxIndex box, ListShare& share) const {
@@ -211,6 +240,7 @@ class Planner {
 SourcePlan::SourcePlan(const tree::FmmTree& tree, const ElementReach& reach) {
   Planner planner(tree, reach);
   planner.findHomes(*this);
+  planner.keepUsed(*this);
   planner.shareLists(*this);
 }
 

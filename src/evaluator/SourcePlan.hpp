@@ -37,16 +37,18 @@ struct ElementRuns {
 /// element is taken into the local expansion if it is far enough from the box, and goes directly to
 /// its targets if not. Lists U are direct anyway.
 ///
-/// Where all elements fit their leaves, the plan is that of the lists alone.
+/// Where all elements fit their leaves, the plan is that of the lists alone. Moments that no list
+/// asks for are left out: with few targets, that are most of them.
 ///
 /// Built once, read-only afterwards; depends on the geometry alone.
 struct SourcePlan {
   SourcePlan(const tree::FmmTree& tree, const ElementReach& reach);
 
-  std::vector<BoxElements> moments;   ///< P2M, by box; a box is a leaf or home to large elements
+  std::vector<BoxElements> moments;   ///< P2M, by box, a leaf or home to large elements, if used
   std::vector<BoxElements> received;  ///< P2L, by receiving box
   ElementRuns direct;  ///< elements that meet all targets in and below a box by quadrature
-  std::vector<std::uint8_t> hasMoments;  ///< per box: 1 if its multipole isn't zero
+  /// Per box: 1 if its multipole isn't zero and a list of the box, or of one above it, asks for it.
+  std::vector<std::uint8_t> hasMoments;
 };
 
 }  // namespace velmo::evaluator

@@ -1,5 +1,7 @@
 #include "evaluator/TargetOperators.hpp"
 
+#include <algorithm>
+
 #include "evaluator/WorkUnits.hpp"
 #include "fmm/CoefficientIndex.hpp"
 #include "io/Exception.hpp"
@@ -9,12 +11,6 @@ namespace velmo::evaluator {
 
 TargetOperators::TargetOperators(const tree::FmmTree& tree, const SourcePlan& plan, u64 degree)
     : plan_(&plan), table_(fmm::requireDegree(degree)), higherTable_(degree + 1) {
-  const std::span<const double> coordinates = tree.targetCoordinates();
-  for (u64 t = 0; t < tree.numTargets(); ++t) {
-    x_.push_back(coordinates[3 * t]);
-    y_.push_back(coordinates[3 * t + 1]);
-    z_.push_back(coordinates[3 * t + 2]);
-  }
   const auto& boxes = tree.tree();
   std::vector<double> costs;
   for (const tree::BoxIndex leaf : boxes.nonHaloLeafPositions()) {
@@ -34,25 +30,30 @@ void TargetOperators::apply(const tree::FmmTree& tree, u64 potentialColumn, u64 
                             std::span<double> potential, std::span<double> field) const {
   runLeafTasks(tasks_, [&](LeafTask task) {
     fmm::DerivedExpansion expansion(table_.degree());
-    std::vector<double> sums;
+    io::UnfilledVector<double> rows;
     for (u64 i = task.first; i < task.end; ++i)
-      applyToLeaf(tree, leaves_[i], potentialColumn, gradientColumn, expansion, sums, potential,
+      applyToLeaf(tree, leaves_[i], potentialColumn, gradientColumn, expansion, rows, potential,
                   field);
   });
 }
 
 void TargetOperators::applyToLeaf(const tree::FmmTree& tree, tree::BoxIndex leaf,
                                   u64 potentialColumn, u64 gradientColumn,
-                                  fmm::DerivedExpansion& expansion, std::vector<double>& sums,
-                                  std::span<double> potential, std::span<double> field) const {
+                                  fmm::DerivedExpansion& expansion,
+                                  io::UnfilledVector<double>& rows, std::span<double> potential,
+                                  std::span<double> field) const {
   const auto& boxes = tree.tree();
   const fmm::ExpansionKernel& kernel = fmm::expansionKernel();
   const double* const centres = tree.centres().data();
   const auto [first, n] = boxes.targetRanges()[leaf];
-  const fmm::ExpansionPoints points{x_.data() + first, y_.data() + first, z_.data() + first, n};
-  sums.assign(4 * n, 0.0);
-  const fmm::ExpansionSums out{sums.data(), sums.data() + n, sums.data() + 2 * n,
-                               sums.data() + 3 * n};
+  if (rows.size() < 7 * n) rows.resize(7 * n);
+  const auto row = [&, count = n](u64 i) { return rows.data() + i * count; };
+  const double* x = tree.targetCoordinates().data() + 3 * first;
+  for (u64 t = 0; t < n; ++t, x += 3)
+    for (u64 axis = 0; axis < 3; ++axis) row(axis)[t] = x[axis];
+  const fmm::ExpansionPoints points{row(0), row(1), row(2), n};
+  std::fill_n(row(3), 4 * n, 0.0);
+  const fmm::ExpansionSums out{row(3), row(4), row(5), row(6)};
 
   const auto& local = boxes.boxes[leaf].local;
   expansion.setLocal(local.column(potentialColumn).values(), local.column(gradientColumn).values());

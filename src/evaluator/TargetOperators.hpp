@@ -6,6 +6,7 @@
 #include "evaluator/LeafTasks.hpp"
 #include "evaluator/SourcePlan.hpp"
 #include "fmm/ExpansionKernel.hpp"
+#include "io/UnfilledVector.hpp"
 #include "tree/FmmTree.hpp"
 
 namespace velmo::evaluator {
@@ -47,15 +48,15 @@ class TargetOperators {
   [[nodiscard]] double work() const { return totalCost(tasks_); }
 
  private:
-  /// @param expansion, sums workspace of the task
+  /// @param expansion, rows workspace of the task
   void applyToLeaf(const tree::FmmTree& tree, tree::BoxIndex leaf, u64 potentialColumn,
-                   u64 gradientColumn, fmm::DerivedExpansion& expansion, std::vector<double>& sums,
-                   std::span<double> potential, std::span<double> field) const;
+                   u64 gradientColumn, fmm::DerivedExpansion& expansion,
+                   io::UnfilledVector<double>& rows, std::span<double> potential,
+                   std::span<double> field) const;
 
   const SourcePlan* plan_;              ///< tells which multipoles are zero
   fmm::RecursionTable table_;           ///< of the expansions' degree p
   fmm::RecursionTable higherTable_;     ///< of degree p + 1: gradients of multipoles
-  std::vector<double> x_, y_, z_;       ///< targets in sorted order
   std::vector<tree::BoxIndex> leaves_;  ///< with targets
   std::vector<LeafTask> tasks_;
 };

@@ -74,7 +74,7 @@ void DofContainer::set(u64 entity, u64 n, const u64* values) {
 }
 
 void DofContainer::checkEntity_(u64 entity) const {
-  // An entity before the first wraps around to a number behind the last.
+  // An entity before the first one wraps around to a number beyond the last.
   if (entity - firstEntity >= numEntities) throw std::out_of_range("invalid vector subscript");
 }
 

@@ -8,11 +8,11 @@
 
 namespace velmo::fe {
 
-/// Addressing from an entity to its slice of a flat list of degrees of freedom.
+/// Maps an entity to its slice of a flat list of degrees of freedom.
 ///
-/// Compressed, all entities have the same number and no table is kept. Uncompressed, an offset per
-/// entity is built from the counts by `finalize`. The form is chosen once, in the constructor, by
-/// four function pointers, so that address calculations neither branch nor make virtual calls.
+/// In compressed form all entities have the same number, and no table is kept. In uncompressed form
+/// `finalize` computes an offset per entity from the counts. The constructor chooses the form once,
+/// with four function pointers, so that address calculations neither branch nor make virtual calls.
 class DofDataLayout {
  public:
   /// @throws utility::RuntimeError "For compressed addressing need numTotalDofs";
@@ -24,7 +24,7 @@ class DofDataLayout {
   DofDataLayout& operator=(const DofDataLayout&) = delete;
   virtual ~DofDataLayout() = default;
 
-  /// First place of slice `i`; slice `numEntities` gives the end of the last.
+  /// Start of slice `i`; slice `numEntities` is the end of the last one.
   /// @pre i <= numEntities, and finalized
   [[nodiscard]] u64 startOf(u64 i) const { return startOf_(*this, i); }
 
@@ -54,11 +54,11 @@ class DofDataLayout {
   u64 (*countOf_)(const DofDataLayout&, u64) = nullptr;
 };
 
-/// Degrees of freedom of a run of entities of one dimension.
+/// Degrees of freedom of a range of entities of one dimension.
 ///
 /// Entities are addressed by their index in the grid, from `firstEntity` on, so that a container
-/// can cover a part of a grid, as that of a leaf does. Filling: `setCount` for every entity,
-/// `finalize`, then `set` for every entity; compressed containers begin with `set`.
+/// can cover a part of a grid, for example a leaf. To fill it, call `setCount` for every entity,
+/// `finalize`, then `set` for every entity; for compressed containers `set` is enough.
 class DofContainer : public DofDataLayout {
  public:
   /// @param totalDofs   size of `data`; when uncompressed, `finalize` makes it fit the counts
@@ -66,8 +66,8 @@ class DofContainer : public DofDataLayout {
   /// @throws utility::RuntimeError as DofDataLayout
   DofContainer(bool compressed, u64 numEntities, u64 totalDofs, u64 firstEntity);
 
-  /// First place of an entity's slice of `data`. @pre finalized, and the entity lies in the run or
-  /// one behind its end
+  /// Start of an entity's slice of `data`. @pre finalized, and the entity is in the range or its
+  /// end
   [[nodiscard]] u64 startOf(u64 entity) const {
     return DofDataLayout::startOf(entity - firstEntity);
   }
@@ -78,16 +78,16 @@ class DofContainer : public DofDataLayout {
     return DofDataLayout::countOf(entity - firstEntity);
   }
 
-  /// Announces the number of an entity and keeps the maximum.
+  /// Sets the number of an entity and updates the maximum.
   /// @throws std::out_of_range "invalid vector subscript" for an entity outside the run
   void setCount(u64 entity, u64 n);
 
-  /// Closes the counts and makes room for all of them.
+  /// Completes the counts and allocates room for all of them.
   void finalize();
 
   /// Copies the first `n` values into an entity's slice.
   /// @throws utility::RuntimeError "DofContainer not finalized or no entities registered",
-  ///         "DofContainer too small" when the slice ends behind `data`
+  ///         "DofContainer too small" if the slice ends beyond `data`
   /// @throws std::out_of_range "invalid vector subscript" for an entity outside the run
   void set(u64 entity, u64 n, const u64* values);
 
@@ -98,9 +98,9 @@ class DofContainer : public DofDataLayout {
   }
 
   std::vector<u64> data;     ///< zero-filled until `set`
-  u64 numEntities;           ///< length of the run
-  u64 firstEntity;           ///< index in the grid of the run's first entity
-  u64 maxDofsPerEntity = 0;  ///< largest count seen
+  u64 numEntities;           ///< length of the range
+  u64 firstEntity;           ///< index in the grid of the first entity of the range
+  u64 maxDofsPerEntity = 0;  ///< largest count so far
 
  private:
   void checkEntity_(u64 entity) const;

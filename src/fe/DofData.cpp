@@ -21,7 +21,7 @@ ReferenceType shapeOf(const topo::Grid<Dim>& grid, u64 i) {
     return Dim - CODIM == 0 ? ReferenceType::Point : ReferenceType::Line;
 }
 
-/// Edges and vertices have all the same number each and need no table.
+/// All edges have the same number, and so have all vertices, so they need no table.
 template <u64 CODIM, u64 Dim>
 std::unique_ptr<DofContainer> makeContainer(const topo::Grid<Dim>& grid,
                                             const ShapeFunCounts& counts) {

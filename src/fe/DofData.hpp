@@ -30,10 +30,10 @@ class DofData {
   [[nodiscard]] const DofContainer& get() const;
 
   /// Numbers the degrees of freedom of all entities of one codimension from `firstDof` on, entity
-  /// after entity. Entities of another rank get `kNone` in each of their places; without ownership
+  /// after entity. Entities of another rank get `kNone` for each of theirs; without ownership
   /// records all entities count as owned.
   ///
-  /// @return the number behind the last one given
+  /// @return the number after the last one assigned
   /// @throws utility::RuntimeError
   ///         "velmo::fe::DofData::CODIM=<CODIM> has already been initialized!"; for edges and
   ///         vertices without degrees of freedom "For compressed addressing need numTotalDofs"
@@ -50,7 +50,7 @@ class DofData {
   template <u64 Dim>
   u64 dofsOfEntity(const topo::Grid<Dim>& grid, u64 element, std::span<u64> out) const;
 
-  /// Number of places in all containers.
+  /// Number of degrees of freedom in all containers.
   [[nodiscard]] u64 numDofs() const noexcept;
 
   /// The numbers of functions that this was made with.
@@ -60,7 +60,7 @@ class DofData {
 
  private:
   ShapeFunCounts counts_;
-  std::array<std::unique_ptr<DofContainer>, kNumCodims> containers_;  ///< null where none are
+  std::array<std::unique_ptr<DofContainer>, kNumCodims> containers_;  ///< null if there are none
 };
 
 /// Element-local degrees of freedom of a list of shape functions on a surface, numbered from 0 in
@@ -68,7 +68,7 @@ class DofData {
 [[nodiscard]] DofData elementDofs(const topo::Grid<2>& grid, const ShapeFunList<2, 3>& list);
 
 /// `valuesPerVertex` >= 1 degrees of freedom at each point of a cloud, numbered from 0 in the order
-/// of the points; the values of a point lie together.
+/// of the points; the values of a point are contiguous.
 [[nodiscard]] DofData vertexDofs(const topo::Grid<0>& grid, u64 valuesPerVertex);
 
 }  // namespace velmo::fe

@@ -26,28 +26,28 @@ class ShapeCache {
   /// Fills the block of key (list.order, L2) unless it exists. Elements of other keys may differ.
   ///
   /// @param elements shape of each element; the place in the span is the element's index
-  /// @param rules    the rule of an element is that of the set's order; where the list's order lies
-  ///                 above all of the set's, the fall-back tells so on standard error
+  /// @param rules    the rule of an element is that of the set's order; if the list's order is
+  ///                 above all of the set's, the fallback warns on standard error
   /// @throws utility::RuntimeError "2-dim can only have 3 or 4 nodes" for another shape, "The basis
   ///         L2/<order> has been cached for other elements"
   void add(std::span<const topo::ReferenceType> elements, const ShapeFunList<2, 3>& list,
            const quad::SurfaceRuleSet& rules);
 
-  /// The block of an element as a column of nQ nS values, valid as long as the cache: the plain
-  /// look-up by element, which tests hold `matrix` against.
+  /// The block of an element as a column of nQ nS values, valid as long as the cache. Tests compare
+  /// `matrix` with this plain look-up by element.
   ///
   /// @throws utility::RuntimeError
   ///         "This basis type has not been cached: L2/<order>" for an unknown key,
   ///         "This entity is only temporary, to get the index of its original use
   ///         velmo::topo::Grid::index( entity ) instead" for the index of a temporary entity,
-  ///         "Access beyond storage" for an index behind the last element
+  ///         "Access beyond storage" for an index beyond the last element
   [[nodiscard]] linalg::MatrixView<const double, -1, 1> get(u64 order, BasisKind kind,
                                                             u64 element) const;
 
   /// The block of all elements of one shape as a matrix of shape (nQ, nS): look it up once, outside
   /// the loop over the elements.
   /// @throws utility::RuntimeError "Asking for the wrong cache" for an unknown key, "Access beyond
-  ///         storage" when no element has this shape
+  ///         storage" if no element has this shape
   [[nodiscard]] linalg::MatrixView<const double> matrix(u64 order, BasisKind kind,
                                                         topo::ReferenceType shape) const;
 

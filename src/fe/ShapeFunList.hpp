@@ -11,7 +11,7 @@
 
 namespace velmo::fe {
 
-/// How many degrees of freedom each kind of entity carries. Arrays are indexed by the value of
+/// How many degrees of freedom each kind of entity has. Arrays are indexed by the value of
 /// `topo::ReferenceType`: 0 the point, 1 the line, 2 the triangle, 3 the quadrilateral.
 struct ShapeFunCounts {
   u64 order = 0;                                            ///< polynomial order
@@ -39,13 +39,13 @@ class ShapeFunList<2, 3> : public ShapeFunCounts {
   using Bases = std::tuple<sfun::TriangleL2Basis, sfun::QuadrilateralL2Basis>;
 
   /// Writes the functions at the points to a matrix of shape (numPoints, number of functions),
-  /// column-major: function i at point q stands in row q of column i.
+  /// column-major: function i at point q is in row q of column i.
   using Evaluator = std::function<void(geom::ReferencePoints, linalg::MatrixView<double>)>;
 
-  /// The basis on reference type N, behind one signature for all shapes.
+  /// The basis on reference type N, with one signature for all shapes.
   template <int N>
   struct BasisFunction_ {
-    /// With `onlyShape` the evaluator leaves its output as it stands. It refers to `bases`, which
+    /// With `onlyShape` the evaluator doesn't transform its output. It refers to `bases`, which
     /// must outlive it.
     [[nodiscard]] static Evaluator invoke(bool onlyShape, const Bases& bases);
   };
@@ -54,8 +54,8 @@ class ShapeFunList<2, 3> : public ShapeFunCounts {
   /// @throws utility::RuntimeError "Polynomial order <p> is beyond the largest supported order 255"
   explicit ShapeFunList(u64 order);
 
-  /// Evaluator for triangles or quadrilaterals; refers to this list. Tests hold `evaluate`, which
-  /// the program calls, against it.
+  /// Evaluator for triangles or quadrilaterals; refers to this list. Tests compare `evaluate`,
+  /// which the program calls, with it.
   /// @throws std::runtime_error "velmo::topo::detail_::applyToRets: must not reach this point"
   [[nodiscard]] Evaluator evaluator(topo::ReferenceType kind) const;
 

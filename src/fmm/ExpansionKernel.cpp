@@ -31,7 +31,7 @@ namespace {
 
 using Complex = std::complex<double>;
 
-/// Row n + 1 holds n + 1 coefficients of degree n, one number before and two behind.
+/// Row n + 1 has the n + 1 coefficients of degree n, with one number before and two after them.
 constexpr u64 rowOffset(u64 row) { return row * (row + 5) / 2; }
 
 }  // namespace
@@ -44,8 +44,8 @@ DerivedExpansion::DerivedExpansion(u64 degree)
 u64 DerivedExpansion::degree() const noexcept { return degree_; }
 const double* DerivedExpansion::data() const noexcept { return values_.data(); }
 
-// Re(conj(R) L) = Re R Re L + Im R Im L, so the coefficients go in as they are. The derivatives of
-// R lower its degree; collecting the terms of each R gives the derivatives of the expansion.
+// Re(conj(R) L) = Re R Re L + Im R Im L, so the coefficients are used as they are. The derivatives
+// of R lower its degree; collecting the terms of each R gives the derivatives of the expansion.
 void DerivedExpansion::setLocal(std::span<const Complex> forPotential,
                                 std::span<const Complex> forGradient) {
   degree_ = baseDegree_;
@@ -61,8 +61,8 @@ void DerivedExpansion::setMultipole(std::span<const Complex> forPotential,
 }
 
 // Coefficients of the gradient go through `padded_`, so that the loop needs no case for missing
-// orders and degrees: row n + 1 holds c(n, -1) = -conj(c(n, 1)), c(n, 0) to c(n, n) and two zeros;
-// the rows before and behind stay zero.
+// orders and degrees: row n + 1 contains c(n, -1) = -conj(c(n, 1)), c(n, 0) to c(n, n) and two
+// zeros; the rows before and after stay zero.
 void DerivedExpansion::set(std::span<const Complex> forPotential,
                            std::span<const Complex> forGradient, int step) {
   for (u64 n = 0; n <= baseDegree_; ++n) {
@@ -75,7 +75,7 @@ void DerivedExpansion::set(std::span<const Complex> forPotential,
     const double e = m == 0 ? 1.0 : 2.0;
     for (u64 n = m; n <= degree_; ++n, out += 8) {
       const Complex u = n <= baseDegree_ ? forPotential[coefficientIndex(n, m)] : Complex{};
-      // Row n + 1 + step holds the degree n + step.
+      // Row n + 1 + step contains the degree n + step.
       const Complex* const c = padded_.data() + rowOffset(step > 0 ? n + 2 : n) + 1 + m;
       const Complex difference = c[1] - c[-1];
       const Complex sum = c[1] + c[-1];

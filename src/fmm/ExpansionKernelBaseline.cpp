@@ -6,7 +6,7 @@ namespace {
 
 using namespace math::lanesBaseline;
 
-/// Groups of lanes that are walked together: as many as the registers hold.
+/// Groups of lanes that are processed together: as many as fit into the registers.
 constexpr u64 kGroups = 1;
 /// Rows of a rotation that are computed together.
 constexpr u64 kRows = 1;

@@ -1,7 +1,7 @@
 // The loops of ExpansionKernel between points and expansions, included once per instruction set
-// into an unnamed namespace in which the set's operations on lanes and `kGroups` stand already.
+// into an unnamed namespace that already contains the set's operations on lanes and `kGroups`.
 // Nothing here may call an inline function with external linkage, such as those of the standard
-// library: its code would be built for the wider set and shared with all callers. Complex arrays
+// library: its code would be compiled for the wider set and shared with all callers. Complex arrays
 // are read as pairs of doubles.
 
 using math::kNumLanes;
@@ -28,8 +28,8 @@ struct ComplexLanes {
   storeLanes(to + kNumLanes, value.im);
 }
 
-/// Points relative to a centre, in groups of eight lanes that are walked together: one group waits
-/// for the end of its chain of products while the other computes.
+/// Points relative to a centre, in groups of eight lanes that are processed together: while one
+/// group waits for the end of its chain of products, the other computes.
 template <u64 kGroups>
 struct RelativePoints {
   Lanes x[kGroups];
@@ -37,7 +37,7 @@ struct RelativePoints {
   Lanes z[kGroups];
 };
 
-/// Lanes behind the last point repeat it, so that they hold harmless numbers.
+/// Lanes after the last point repeat it, so that they contain harmless numbers.
 [[gnu::always_inline]] inline Lanes loadUpTo(const double* from, u64 count) {
   if (count >= kNumLanes) return loadLanes(from);
   double v[kNumLanes];
@@ -67,9 +67,9 @@ template <u64 kGroups>
   return loadLanes(v);
 }
 
-/// Walks the harmonics R(n, m) or S(n, m) times a factor, m outer and n inner. Each is the product
-/// of w(m), a multiple of (x + iy)^m, and a real polynomial q(n, m) in z and r^2 (S: z / r^2 and
-/// 1 / r^2) with q(m, m) = 1, so that the recursion in n is real:
+/// Runs over the harmonics R(n, m) or S(n, m) times a factor, m outer and n inner. Each is the
+/// product of w(m), a multiple of (x + iy)^m, and a real polynomial q(n, m) in z and r^2 (S: z /
+/// r^2 and 1 / r^2) with q(m, m) = 1, so that the recursion in n is real:
 ///   q(n, m) = z f q(n - 1, m) - r^2 g q(n - 2, m), f and g from the table.
 template <bool kRegular, u64 kGroups>
 class HarmonicsWalk {
@@ -90,7 +90,7 @@ class HarmonicsWalk {
     }
   }
 
-  /// From w(m - 1) to w(m).
+  /// Advances from w(m - 1) to w(m).
   [[gnu::always_inline]] void raiseOrder(u64 m) {
     const double factor = kRegular ? 0.5 / static_cast<double>(m) : static_cast<double>(2 * m - 1);
     for (u64 g = 0; g < kGroups; ++g)
@@ -98,8 +98,8 @@ class HarmonicsWalk {
                (d_.x[g] * w_[g].im + d_.y[g] * w_[g].re) * factor};
   }
 
-  /// Hands q(n, m) of every group to `use(place, q)` for n = m to `degree`; place counts the
-  /// coefficients in the order of the walk. Orders must come one after the other from 0 on.
+  /// Calls `use(place, q)` with q(n, m) of every group for n = m to `degree`; place numbers the
+  /// coefficients in the order of the loops. Orders must come one after the other from 0 on.
   template <class Use>
   [[gnu::always_inline]] void walkDegrees(u64 m, u64 degree, const Use& use) {
     Lanes before[kGroups];
@@ -197,7 +197,7 @@ void pointsToLocal(const RecursionTable& table, const ExpansionPoints& points,
   pointsToExpansion<false>(table, points, charges, centre, local, scratch);
 }
 
-/// @pre `value` is not a product, which the compiler may join with the addition: full and partial
+/// @pre `value` is not a product, which the compiler might fuse with the addition: full and partial
 /// groups would then round differently.
 [[gnu::always_inline]] inline void addUpTo(double* to, Lanes value, u64 count) {
   if (count >= kNumLanes) {

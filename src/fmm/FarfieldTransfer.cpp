@@ -38,7 +38,7 @@ constexpr Angles kParentToChild{{{kFlat, -kThreeQuarters},
                                  {kSteep, kThreeQuarters},
                                  {kSteep, kQuarter}}};
 
-/// From child k to the parent: the direction to the opposite child.
+/// From child k to the parent, which is the direction to the opposite child.
 constexpr Angles reversed(const Angles& angles) {
   Angles result = angles;
   std::reverse(result.begin(), result.end());
@@ -100,6 +100,28 @@ std::array<TranslationStep, 8> withFactors(std::array<TranslationStep, 8> steps,
                                            const std::vector<double>& factors) {
   for (TranslationStep& step : steps) step.factors = factors.data();
   return steps;
+}
+
+/// Calls `visit(parent, child, k, batcher)` for all children of a level's boxes, child index after
+/// child index within each task. A task takes whole parents, so it writes boxes of its own.
+template <class Visit>
+void forEachFamily(Transfer::Tree& tree, u64 level, Batcher::Loop loop, u64 degree,
+                   const Visit& visit) {
+  constexpr u64 kParentsPerTask = 64;
+  const u64 begin = tree.levelBegins()[level];
+  const auto& links = tree.links();
+  thread::forPieces(tree.levelBegins()[level + 1] - begin, kParentsPerTask,
+                    [&](u64 first, u64 end) {
+                      Batcher batcher(loop, degree);
+                      for (unsigned k = 0; k < 8; ++k) {
+                        for (u64 b = begin + first; b < begin + end; ++b) {
+                          const auto box = static_cast<tree::BoxIndex>(b);
+                          if ((links.childMask[box] >> k & 1U) != 0)
+                            visit(tree.boxes[box], tree.boxes[links.child(box, k)], k, batcher);
+                        }
+                        batcher.flush();
+                      }
+                    });
 }
 
 }  // namespace
@@ -188,42 +210,28 @@ void Transfer::m2l(ConstView source, const std::array<double, 3>& shift, View re
 void Transfer::m2mLevel(Tree& tree, u64 level) const {
   const std::vector<double> factors = shiftFactors(degree_, childDistance(level, rootSize_));
   const auto steps = withFactors(childSteps_, factors);
-  const auto& links = tree.links();
-  Batcher batcher(expansionKernel().multipoleToMultipole, degree_);
-  for (unsigned k = 0; k < 8; ++k) {
-    for (u64 b = tree.levelBegins()[level]; b < tree.levelBegins()[level + 1]; ++b) {
-      const auto box = static_cast<tree::BoxIndex>(b);
-      if ((links.childMask[box] >> k & 1U) == 0) continue;
-      const auto& child = tree.boxes[links.child(box, k)];
-      if (!child.hasSources()) continue;
-      for (u64 c = 0; c < child.multipole.cols; ++c)
-        batcher.add(steps[k], child.multipole.column(c).data,
-                    tree.boxes[box].multipole.column(c).data);
-    }
-    batcher.flush();
-  }
+  forEachFamily(tree, level, expansionKernel().multipoleToMultipole, degree_,
+                [&](auto& parent, auto& child, unsigned k, Batcher& batcher) {
+                  if (!child.hasSources() || parent.multipole.empty()) return;
+                  for (u64 c = 0; c < child.multipole.cols; ++c)
+                    batcher.add(steps[k], child.multipole.column(c).data,
+                                parent.multipole.column(c).data);
+                });
 }
 
 void Transfer::l2lLevel(Tree& tree, u64 level) const {
   const std::vector<double> factors = shiftFactors(degree_, -childDistance(level, rootSize_));
   const auto steps = withFactors(parentSteps_, factors);
-  const auto& links = tree.links();
-  Batcher batcher(expansionKernel().localToLocal, degree_);
-  for (unsigned k = 0; k < 8; ++k) {
-    for (u64 b = tree.levelBegins()[level]; b < tree.levelBegins()[level + 1]; ++b) {
-      const auto box = static_cast<tree::BoxIndex>(b);
-      if ((links.childMask[box] >> k & 1U) == 0) continue;
-      auto& child = tree.boxes[links.child(box, k)];
-      if (!child.hasTargets()) continue;
-      for (u64 c = 0; c < child.local.cols; ++c)
-        batcher.add(steps[k], tree.boxes[box].local.column(c).data, child.local.column(c).data);
-    }
-    batcher.flush();
-  }
+  forEachFamily(tree, level, expansionKernel().localToLocal, degree_,
+                [&](auto& parent, auto& child, unsigned k, Batcher& batcher) {
+                  if (!child.hasTargets()) return;
+                  for (u64 c = 0; c < child.local.cols; ++c)
+                    batcher.add(steps[k], parent.local.column(c).data, child.local.column(c).data);
+                });
 }
 
 Transfer::Conversion Transfer::conversionOfBoxes(double boxSize) const {
-  // The squared length of an offset is a small number.
+  // The squared length of an offset is a small integer.
   constexpr u64 kLengths = 3 * TransferPlan::kReach * TransferPlan::kReach + 1;
   const u64 numFactors = 2 * degree_ + 1;
   Conversion conversion;

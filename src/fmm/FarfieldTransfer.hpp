@@ -27,10 +27,12 @@ class FarfieldTransfer;
 
 /// The three translations of expansions between boxes: multipole to multipole from child to parent,
 /// multipole to local between separated boxes of a level, local to local from parent to child. Each
-/// rotates the z axis into the direction of the shift, translates along it and rotates back, which
-/// couples equal orders only: p^3 operations where the direct sums take p^4.
+/// rotates the z axis into the direction of the shift, translates along it and rotates back. The
+/// translation then couples only equal orders, so it takes O(p^3) operations instead of O(p^4) for
+/// the direct sums.
 ///
-/// Along z, after the rotation, with c(n, m) the coefficients before and t(n, m) those behind:
+/// Along z, after the rotation, with c(n, m) the coefficients before and t(n, m) those after the
+/// translation:
 ///
 ///   M2M  t(n, m) = sum over j = 0 to n - m of r^j / j! c(n - j, m)
 ///   M2L  t(n, m) = sum over j = m to p of (-1)^(j - m) (n + j)! / r^(n + j + 1) c(j, m)
@@ -39,18 +41,18 @@ class FarfieldTransfer;
 /// where r is the distance of the centres. The z axis points from parent to child in M2M, from
 /// target to source in M2L, from child to parent in L2L.
 ///
-/// Whole levels are translated eight pairs of boxes at a time. The sums into a box are added in an
-/// order that depends on the tree alone.
+/// Whole levels are translated eight pairs of boxes at a time. The order of the sums into a box
+/// depends only on the tree.
 ///
 /// Expansions are the columns of the boxes' `multipole` and `local` views, shape
 /// ((p + 1)(p + 2) / 2, number of densities), column-major and in triangular order. Lengths are in
 /// the unit of the input.
 ///
-/// Built once, read-only afterwards. Different threads may translate into different boxes at once;
-/// m2lConversion spreads its work over the pool itself, so it is called from one thread.
+/// Built once, read-only afterwards. Different threads may translate into different boxes at the
+/// same time; m2lConversion distributes its work over the pool itself, so call it from one thread.
 ///
-/// The kernel's name selects the specialisation; nothing of it is used here, because all that the
-/// far field knows of it are its harmonics.
+/// The kernel only selects the specialisation; it isn't used here, because the far field depends on
+/// it only through its harmonics.
 template <>
 class FarfieldTransfer<LaplaceFundSol<3>> {
  public:
@@ -63,23 +65,24 @@ class FarfieldTransfer<LaplaceFundSol<3>> {
   /// @param rootSize edge of the root cube; a box of level L has the edge 2^-L rootSize
   /// @throws utility::RuntimeError "The FMM expansion degree must be <= 80"
   FarfieldTransfer(const LaplaceFundSol<3>& kernel, u64 degree, double rootSize);
-  // The steps point into the tables: a move keeps these in place, a copy would not.
+  // The steps point into the tables, which a move keeps in place, but a copy would not.
   FarfieldTransfer(const FarfieldTransfer&) = delete;
   FarfieldTransfer& operator=(const FarfieldTransfer&) = delete;
   FarfieldTransfer(FarfieldTransfer&&) = default;
   FarfieldTransfer& operator=(FarfieldTransfer&&) = default;
   ~FarfieldTransfer() = default;
 
-  /// The single translations serve the tests and whoever works on a few boxes. They refuse views of
-  /// another degree or number of columns with
-  /// utility::RuntimeError "Vectors have different sizes: size(X) = <n> != <m> size(Y) ".
+  /// The single translations are for tests and for work on a few boxes. They refuse views of
+  /// another degree or number of columns with utility::RuntimeError "Vectors have different sizes:
+  /// size(X) = <n> != <m> size(Y) ".
   ///
-  /// Adds the multipoles of the children to the parent's, a box of `level`; children stand in the
-  /// order of their child index, and those that are not there are empty views.
-  /// @param degree that of the level as `degreeOf` tells; all levels have the object's own
+  /// Adds the multipoles of the children to the parent's, a box of `level`; children are in the
+  /// order of their child index, and missing ones are empty views.
+  /// @param degree that of the level, from `degreeOf`; all levels have the degree of this object
   void m2m(u64 level, u64 degree, std::span<const ConstView, 8> children, View parent) const;
 
-  /// Adds the parent's local expansion, a box of `level`, to those of the children; else as m2m.
+  /// Adds the parent's local expansion, a box of `level`, to those of the children; otherwise like
+  /// m2m.
   void l2l(u64 level, u64 degree, ConstView parent, std::span<const View, 8> children) const;
 
   /// Adds the local expansion of a source box's multipole to `result`; shift = source centre -
@@ -88,18 +91,19 @@ class FarfieldTransfer<LaplaceFundSol<3>> {
   ///         <phi>, theta = <theta> is not registered"
   void m2l(ConstView source, const std::array<double, 3>& shift, View result) const;
 
-  /// All parents of a level at once, child index after child index: from the children that hold
-  /// sources, or to those that hold targets. @pre `level` has children, the boxes have their views
+  /// All parents of a level at once, child index after child index: from the children that have
+  /// sources, or to those that have targets. @pre `level` has children, the boxes have their views
   void m2mLevel(Tree& tree, u64 level) const;
   void l2lLevel(Tree& tree, u64 level) const;
 
-  /// All pairs of all lists V that the plan names, in parallel, one task of the plan at a time.
+  /// All pairs of the plan, that is of all lists V, in parallel: each worker takes one task of the
+  /// plan at a time.
   /// @param plan made for this tree
-  /// @param pairCost what a pair adds to the progress of the run, in the caller's unit
+  /// @param pairCost work that a pair adds to the progress of the run, in the caller's unit
   void m2lConversion(Tree& tree, const velmo::fmm::TransferPlan& plan, double pairCost = 0.0) const;
 
-  /// Degree of the expansions of a level, named by its first identifier: the same for all. A hook
-  /// for degrees that differ by level; the translations of whole levels don't ask it.
+  /// Degree of the expansions of a level, which is given by its first identifier. It is the same
+  /// for all levels; the translations of whole levels don't call it.
   std::function<u64(bits::Morton)> degreeOf;
 
   [[nodiscard]] u64 degree() const noexcept { return degree_; }
@@ -109,7 +113,7 @@ class FarfieldTransfer<LaplaceFundSol<3>> {
   ///   degree or number of columns
   void checkShapes(ConstView from, ConstView to) const;
 
-  /// What all conversions of one direction share.
+  /// Data that all conversions of one direction share.
   struct Direction {
     velmo::fmm::TranslationStep step;  ///< without factors
     u64 squaredLength = 0;             ///< of the offset in boxes, 1 to 27; 0 for no offset

@@ -53,7 +53,7 @@ NormRatioTable::NormRatioTable(u64 degree) {
     const auto squared = [&](u64 k, u64 i) -> double& {
       return values_[offsets_[n] + k * (n + 1) + i];
     };
-    // From the diagonal outwards, so that it is 1 exactly.
+    // From the diagonal outwards, so that the diagonal is exactly 1.
     for (u64 k = 0; k <= n; ++k) {
       squared(k, k) = 1.0;
       for (u64 i = k; i < n; ++i) {
@@ -107,7 +107,7 @@ void RotationTable::registerAzimuth(double phi) {
 }
 
 void RotationTable::registerPolar(double theta, const NormRatioTable& norms) {
-  // The key is that of the angle as given, so that a negative one is found again.
+  // The key is that of the original angle, so that a negative one is found again.
   const AngleKey key = angleKey(theta);
   if (polar_.contains(key)) return;
   if (theta < 0.0) theta += math::kTwoPi;

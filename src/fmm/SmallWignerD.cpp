@@ -41,9 +41,9 @@ std::vector<double> binomialRoots(u64 degree) {
   return table;
 }
 
-/// d(n)(k, j) for k, |j| < n from the same element of the two degrees before: where the element is
-/// small it grows with the degree, so errors don't. Recursions along rows or columns of one degree
-/// lose ten digits up to degree 40. `versine` is 1 - cos(angle).
+/// d(n)(k, j) for k, |j| < n from the same element of the two degrees before: small elements grow
+/// with the degree, so their errors don't. Recursions along rows or columns of one degree lose ten
+/// digits up to degree 40. `versine` is 1 - cos(angle).
 double fromLowerDegrees(const DegreeMatrices& d, u64 n, u64 k, std::int64_t j, double versine) {
   if (n == 1) return 1.0 - versine;
   const auto nn = static_cast<double>(n);

@@ -5,14 +5,14 @@
 
 #include "io/Types.hpp"
 
-/// The real part of a rotation of spherical harmonics: how those of one degree n mix when the frame
-/// turns about the y axis by an angle x. A rotation about any axis is this one between two turns
-/// about z, which multiply the order m by a phase.
+/// The real part of a rotation of spherical harmonics: how those of one degree n are combined when
+/// the frame rotates about the y axis by an angle x. Every rotation is such a rotation between two
+/// rotations about z, which multiply the order m by a phase.
 namespace velmo::fmm {
 
 /// One real matrix d(n) per degree n = 0 to p, with rows k = 0 to n and columns j = -n to n.
 ///
-/// All matrices lie in one array, degree after degree, each column-major with n + 1 rows: element
+/// All matrices are in one array, degree after degree, each column-major with n + 1 rows: element
 /// (k, j) of degree n is at offset(n) + (j + n)(n + 1) + k, where
 ///   offset(n) = sum over i < n of (i + 1)(2 i + 1),
 /// so a table of degree p has about (2/3) p^3 numbers. Rows of negative k aren't stored, because
@@ -67,9 +67,9 @@ class DegreeMatrices {
 ///   where the second term is zero, and not read, for k or |j| equal to n - 1.
 ///
 /// The first ones are d(0)(0, 0) = 1, d(1)(0, 1) = -s / 2^(1/2), d(1)(1, 1) = (1 + c) / 2. Small
-/// elements grow with the degree, so the recursion over degrees keeps them right to rounding;
-/// recursions along rows and columns of one degree lose ten digits up to degree 40.
-/// Source: Varshalovich, Moskalev and Khersonskii, Quantum Theory of Angular Momentum, 4.8.
+/// elements grow with the degree, so the recursion over degrees keeps them accurate up to rounding;
+/// recursions along rows and columns of one degree lose ten digits up to degree 40. Source:
+/// Varshalovich, Moskalev and Khersonskii, Quantum Theory of Angular Momentum, 4.8.
 /// @param angle x, radians
 /// @throws utility::RuntimeError "SmallDImpl()::theta is out of bounds" outside (0, pi/2]
 [[nodiscard]] DegreeMatrices smallDImpl(u64 degree, double angle);
@@ -83,12 +83,12 @@ class DegreeMatrices {
 ///   x = 0                 1 for a = j, else 0
 ///   x = pi                (-1)^(n + j) for a = -j, else 0
 ///
-/// The last two take angles within one epsilon of the double. Read-only once made.
+/// The last two apply to angles within one double epsilon. Read-only after construction.
 class SmallWignerD {
  public:
   /// @param angle radians
   /// @throws utility::RuntimeError "SmallWignerD::initialize_(): Angle (th=<angle>) is not in [0,2
-  ///         Pi)", also for an angle that is no number
+  ///         Pi)", also for a NaN angle
   SmallWignerD(u64 degree, double angle);
 
   [[nodiscard]] u64 degree() const noexcept { return matrices_.degree(); }

@@ -63,7 +63,7 @@ void atAllPoints(u64 p, u64 count, std::span<const double> points, std::span<Com
 }
 
 /// Coefficients of all orders read from triangular storage: c(n, -m) = (-1)^m conj(c(n, m)), and
-/// zero where |m| > n or n lies outside 0 to `degree`.
+/// zero if |m| > n or n is outside 0 to `degree`.
 class SignedOrders {
  public:
   SignedOrders(std::span<const std::complex<double>> coefficients, std::int64_t degree)
@@ -99,7 +99,7 @@ void singularHarmonics(u64 p, u64 count, std::span<const double> points, std::sp
 }
 
 // d/dx R(n, m) = (R(n-1, m-1) - R(n-1, m+1)) / 2, d/dy R(n, m) = i (R(n-1, m-1) + R(n-1, m+1)) / 2,
-// d/dz R(n, m) = R(n-1, m). The check lets degree 0 pass, whose gradient is zero.
+// d/dz R(n, m) = R(n-1, m). The check accepts degree 0, whose gradient is zero.
 void regularGradient(u64 p, std::span<const double, 3> x, std::span<Complex> out) {
   checkDegree(p != 1 && p != 2);
   std::vector<Complex> lower(p > 0 ? numCoefficients(p - 1) : 0);

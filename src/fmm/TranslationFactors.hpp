@@ -4,8 +4,9 @@
 
 #include "io/Types.hpp"
 
-/// The factors that a translation along the z axis multiplies coefficients with. They depend on the
-/// degree p and on a distance in the unit of the input, so they are made once per level and length.
+/// The factors by which a translation along the z axis multiplies coefficients. They depend on the
+/// degree p and on a distance in the unit of the input, so they are computed once per level and
+/// length.
 ///
 /// Pure functions that return arrays of their own; any thread may call them.
 namespace velmo::fmm {
@@ -18,22 +19,22 @@ namespace velmo::fmm {
 [[nodiscard]] double childDistance(u64 level, double rootSize);
 
 /// shift^j / j! for j = 0 to p: from child to parent with shift = r, from parent to child with
-/// shift = -r, where r is their distance. Each from the one before, so that no
-/// factorial has to fit a double. Shape (p + 1).
+/// shift = -r, where r is their distance. Each is computed from the one before, so that no
+/// factorial has to fit into a double. Shape (p + 1).
 [[nodiscard]] std::vector<double> shiftFactors(u64 degree, double shift);
 
 /// k! / distance^(k + 1) for k = 0 to 2p, from multipole to local. Shape (2p + 1). Infinite or zero
-/// where the distance is too small or large for doubles: see conversionUnit.
+/// if the distance is too small or large for doubles: see conversionUnit.
 [[nodiscard]] std::vector<double> conversionFactors(u64 degree, double distance);
 
-/// The unit of length in which the conversion factors of a distance are ordinary numbers: 1 where
-/// they are so in the unit of the input, else the power of two below the distance. Powers of two
-/// change no bits of what is scaled with them. A distance of zero or infinity has no such unit and
-/// gets 1.
+/// The unit of length in which the conversion factors of a distance are in the range of doubles: 1
+/// if they are so in the unit of the input, otherwise the power of two below the distance. Scaling
+/// by powers of two doesn't round. For a distance of zero or infinity there is no such unit; the
+/// result is 1.
 [[nodiscard]] double conversionUnit(u64 degree, double distance);
 
-/// unit^-n for n = 0 to p + 1, which take coefficients into another unit of length and back. Empty
-/// for a unit of 1, where nothing needs scaling.
+/// unit^-n for n = 0 to p + 1, which convert coefficients into another unit of length and back.
+/// Empty for a unit of 1, since nothing needs scaling.
 [[nodiscard]] std::vector<double> conversionScales(u64 degree, double unit);
 
 }  // namespace velmo::fmm

@@ -1,7 +1,7 @@
-// The loops of ExpansionKernel between expansions, included behind ExpansionKernelBody.inl, whose
-// rules hold here too. The set says how many rows of a rotation are computed together, `kRows`.
+// The loops of ExpansionKernel between expansions, included after ExpansionKernelBody.inl, whose
+// rules apply here too. The set defines how many rows of a rotation are computed together, `kRows`.
 
-/// Number i of every expansion of the batch into group i of lanes, eight by eight.
+/// Loads number i of every expansion of the batch into group i of lanes, eight at a time.
 [[gnu::always_inline]] inline void gather(u64 numDoubles, const ExpansionBatch& batch, double* to) {
   const double* from[kNumLanes];
   for (u64 l = 0; l < kNumLanes; ++l) from[l] = parts(batch.from[l < batch.count ? l : 0]);
@@ -33,7 +33,7 @@
     for (u64 l = 0; l < batch.count; ++l) parts(batch.to[l])[i] += from[i * kNumLanes + l];
 }
 
-/// Turns by -phi about z: x(n, m) = c(n, m) e^(-i m phi).
+/// Rotates by -phi about z: x(n, m) = c(n, m) e^(-i m phi).
 [[gnu::always_inline]] inline void turn(u64 degree, const double* phases, double* x) {
   for (u64 n = 0; n <= degree; ++n) {
     for (u64 m = 0; m <= n; ++m, x += 2 * kNumLanes) {
@@ -69,7 +69,7 @@ template <u64 R>
   }
 }
 
-/// Hands y(n, k) to `use(n, k, y)`.
+/// Calls `use(n, k, y)` with each y(n, k).
 template <class Use>
 [[gnu::always_inline]] inline void rotate(u64 degree, const double* real, const double* imaginary,
                                           const double* x, const Use& use) {

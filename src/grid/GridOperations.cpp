@@ -12,6 +12,7 @@
 #include "grid/ElementTypes.hpp"
 #include "grid/GridData.hpp"
 #include "io/Types.hpp"
+#include "thread/ParallelFor.hpp"
 #include "topo/IdMap.hpp"
 
 namespace velmo::grid {
@@ -126,10 +127,13 @@ void ElementsToPoints(const GridData& grid, std::span<double> centres) {
 
 void vertexMeans(const GridData& grid, std::span<double> means) {
   checkSize(grid, means);
-  for (u64 i = 0; i < grid.numElements; ++i) {
-    const u64 numVertices = numNodesOf(linearBaseOf(grid.elementTypes[i]));
-    writeMean(grid, grid.offsets[i], grid.offsets[i] + numVertices, &means[3 * i]);
-  }
+  constexpr u64 kPiece = 8192;
+  thread::forPieces(grid.numElements, kPiece, [&](u64 first, u64 end) {
+    for (u64 i = first; i < end; ++i) {
+      const u64 numVertices = numNodesOf(linearBaseOf(grid.elementTypes[i]));
+      writeMean(grid, grid.offsets[i], grid.offsets[i] + numVertices, &means[3 * i]);
+    }
+  });
 }
 
 GridData FilterElements(const GridData& grid, std::span<const u64> ids, u64 offset) {

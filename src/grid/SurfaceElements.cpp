@@ -1,14 +1,19 @@
 #include "grid/SurfaceElements.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cassert>
 #include <cmath>
-#include <deque>
+#include <map>
+#include <mutex>
+#include <set>
+#include <stdexcept>
 
 #include "grid/ElementGeometry.hpp"
 #include "grid/ElementTypes.hpp"
 #include "io/Exception.hpp"
 #include "quad/SurfaceRuleSet.hpp"
+#include "thread/ParallelFor.hpp"
 
 namespace velmo::grid {
 namespace {
@@ -79,60 +84,113 @@ class TypeTable {
   double sumOfWeights_ = 0.0;
 };
 
-/// The tables of the few types that occur, each built at its first element.
+/// The tables of the types that occur, by code.
 class TypeTables {
  public:
-  const TypeTable& of(u64 code) {
-    if (last_ != nullptr && last_->code() == code) return *last_;
-    for (const TypeTable& table : tables_)
-      if (table.code() == code) return *(last_ = &table);
-    return *(last_ = &tables_.emplace_back(code));
+  explicit TypeTables(const std::set<u64>& codes) {
+    for (const u64 code : codes) tables_.emplace(code, code);
   }
+  [[nodiscard]] const TypeTable& of(u64 code) const { return tables_.find(code)->second; }
 
  private:
-  std::deque<TypeTable> tables_;  // references stay valid while it grows
-  const TypeTable* last_ = nullptr;
+  std::map<u64, TypeTable> tables_;
 };
 
-void requireEqualElements(bool equal) {
-  if (!equal)
-    throw utility::RuntimeError("surfaceElements: topology and geometry have different elements");
+/// Elements that one task works on.
+constexpr u64 kPiece = 2048;
+
+/// Types of the elements in their new order.
+/// @return the codes that occur
+std::set<u64> takeTypes(const GridData& grid, std::span<const std::uint32_t> order,
+                        std::vector<std::uint16_t>& types) {
+  std::set<u64> codes;
+  std::mutex mutex;
+  thread::forPieces(types.size(), kPiece, [&](u64 first, u64 end) {
+    std::set<u64> found;
+    for (u64 e = first; e < end; ++e) {
+      const u64 code = grid.elementTypes[order.empty() ? e : order[e]];
+      types[e] = static_cast<std::uint16_t>(code);
+      if (e > first && types[e] == types[e - 1]) continue;
+      if (dimensionOf(code) != 2)
+        throw utility::RuntimeError("surfaceElements: a " + nameOf(code) + " is no surface");
+      found.insert(code);
+    }
+    const std::lock_guard lock(mutex);
+    codes.merge(found);
+  });
+  return codes;
+}
+
+void requireFit(const GridData& grid, std::span<const std::uint32_t> order) {
+  const bool fits = grid.elementTypes.size() >= grid.numElements && grid.worldDim >= 3 &&
+                    grid.coordinates.size() / grid.worldDim >= grid.nodeIds.size() &&
+                    (order.empty() || order.size() == grid.numElements);
+  if (!fits) throw utility::RuntimeError("surfaceElements: the lists don't fit together");
 }
 
 }  // namespace
 
-void SurfaceElements::positionsFromValues(u64 e, std::span<const double> values,
-                                          double* out) const noexcept {
-  nodalSum(nodes(e), values.data(), values.size() / numNodes(e), out);
+std::vector<topo::ReferenceType> SurfaceElements::codeShapes() const {
+  std::vector<topo::ReferenceType> result;
+  for (const u64 code : codes) result.push_back(referenceTypeOf(code));
+  return result;
 }
 
-SurfaceElements surfaceElements(const topo::Grid<2>& topology, const Geometry::Grid& geometry) {
-  const u64 numElements = topology.numElements();
-  requireEqualElements(geometry.numElements() == numElements);
-  TypeTables tables;
-  SurfaceElements elements;
-  elements.types = geometry.elementTypes;
-  elements.shapes.resize(numElements);
-  elements.nodeOffsets.resize(numElements + 1);
-  for (u64 e = 0; e < numElements; ++e) {
-    const TypeTable& table = tables.of(elements.types[e]);
-    requireEqualElements(table.shape() == topology.elementType(e));
-    elements.shapes[e] = table.shape();
-    elements.nodeOffsets[e + 1] = elements.nodeOffsets[e] + table.numNodes();
+void SurfaceElements::positionsFromValues(u64 e, std::span<const double> values, double* x,
+                                          double* y, double* z) const noexcept {
+  const std::span<const double> x_k = nodes(e);
+  const u64 numPoints = values.size() / numNodes(e);
+  for (double* const row : {x, y, z}) std::fill_n(row, numPoints, 0.0);
+  for (u64 k = 0; k < numNodes(e); ++k) {
+    const double* const basis = values.data() + k * numPoints;
+    for (u64 q = 0; q < numPoints; ++q) {
+      x[q] += basis[q] * x_k[3 * k];
+      y[q] += basis[q] * x_k[3 * k + 1];
+      z[q] += basis[q] * x_k[3 * k + 2];
+    }
   }
+}
 
+SurfaceElements surfaceElements(const GridData& grid, std::span<const std::uint32_t> order) {
+  requireFit(grid, order);
+  const u64 numElements = grid.numElements;
+  (void)ElementInfo(std::span(grid.elementTypes).first(numElements)).order();
+  SurfaceElements elements;
+  elements.types.resize(numElements);
+  const std::set<u64> codes = takeTypes(grid, order, elements.types);
+  elements.codes.assign(codes.begin(), codes.end());
+  const TypeTables tables(codes);
+
+  elements.nodeOffsets.resize(numElements + 1);
+  const TypeTable* table = nullptr;
+  for (u64 e = 0; e < numElements; ++e) {
+    if (table == nullptr || table->code() != elements.types[e])
+      table = &tables.of(elements.types[e]);
+    elements.nodeOffsets[e + 1] = elements.nodeOffsets[e] + table->numNodes();
+  }
+  elements.shapes.resize(numElements);
   elements.coordinates.resize(3 * elements.nodeOffsets.back());
   elements.areas.resize(numElements);
   elements.sizes.resize(numElements);
   elements.centres.resize(3 * numElements);
-  for (u64 e = 0; e < numElements; ++e) {
-    const TypeTable& table = tables.of(elements.types[e]);
-    geometry.collectNodes(topology.elementVertices(e), e,
-                          elements.coordinates.data() + 3 * elements.nodeOffsets[e]);
-    elements.areas[e] = table.area(elements.nodes(e));
-    elements.sizes[e] = std::sqrt(2.0 * elements.areas[e]);
-    table.centre(elements.nodes(e), elements.centres.data() + 3 * e);
-  }
+  thread::forPieces(numElements, kPiece, [&](u64 first, u64 end) {
+    const TypeTable* type = nullptr;
+    for (u64 e = first; e < end; ++e) {
+      if (type == nullptr || type->code() != elements.types[e])
+        type = &tables.of(elements.types[e]);
+      const u64 from = order.empty() ? e : order[e];
+      double* out = elements.coordinates.data() + 3 * elements.nodeOffsets[e];
+      for (const u64 id : elementRun(grid.connectivity, grid.offsets, from, type->numNodes())) {
+        const u64 position = nodePosition(grid.nodeIds, id);
+        if (position == kNone) throw std::out_of_range("invalid unordered_map<K, T> key");
+        out = std::copy_n(grid.coordinates.data() + grid.worldDim * position, 3, out);
+      }
+      elements.shapes[e] = type->shape();
+      elements.areas[e] = type->area(elements.nodes(e));
+      elements.sizes[e] = std::sqrt(2.0 * elements.areas[e]);
+      type->centre(elements.nodes(e), elements.centres.data() + 3 * e);
+    }
+  });
   return elements;
 }
 

@@ -1,11 +1,12 @@
 #pragma once
 
+#include <cstdint>
 #include <span>
 #include <vector>
 
-#include "grid/Geometry.hpp"
+#include "grid/GridData.hpp"
 #include "io/Types.hpp"
-#include "topo/Grid.hpp"
+#include "io/UnfilledVector.hpp"
 #include "topo/ReferenceElement.hpp"
 
 namespace velmo::grid {
@@ -17,17 +18,20 @@ inline constexpr u64 kAffineType = 203;
 /// What depends on a surface element alone, for all elements of a grid in a few long arrays, in
 /// the order of the elements. Built once by `surfaceElements`, then read by any number of threads.
 ///
-/// Lengths and areas are in the unit of the grid. All arrays have one entry per element, but for
-/// `nodeOffsets` (one more) and `coordinates`, where element e has the rows nodeOffsets[e] to
+/// Lengths and areas are in the unit of the grid. All arrays but the last have one entry per
+/// element, `nodeOffsets` one more, and in `coordinates` element e has the rows nodeOffsets[e] to
 /// nodeOffsets[e + 1] - 1.
 struct SurfaceElements {
-  std::vector<u64> types;                   ///< element type codes
+  std::vector<std::uint16_t> types;         ///< element type codes
   std::vector<topo::ReferenceType> shapes;  ///< triangle or quadrilateral
   std::vector<u64> nodeOffsets{0};          ///< first node of each element and the end
-  std::vector<double> coordinates;          ///< nodes of all elements, vertices first, shape (n, 3)
-  std::vector<double> areas;                ///< by the fixed rule of order 5 for areas
-  std::vector<double> sizes;                ///< h = sqrt(2 A)
-  std::vector<double> centres;              ///< images of the reference barycentres, shape (n, 3)
+  io::UnfilledVector<double> coordinates;   ///< nodes of all elements, vertices first, shape (n, 3)
+  io::UnfilledVector<double> areas;         ///< by the fixed rule of order 5 for areas
+  io::UnfilledVector<double> sizes;         ///< h = sqrt(2 A)
+  io::UnfilledVector<double> centres;       ///< images of the reference barycentres, shape (n, 3)
+
+  /// The codes that occur in `types`, ascending; one entry per code.
+  std::vector<u64> codes;
 
   [[nodiscard]] u64 numElements() const noexcept { return types.size(); }
   [[nodiscard]] u64 numNodes(u64 e) const noexcept { return nodeOffsets[e + 1] - nodeOffsets[e]; }
@@ -43,20 +47,29 @@ struct SurfaceElements {
     return std::span<const double, 3>(centres.data() + 3 * e, 3);
   }
 
+  /// The shapes that occur, one entry per code.
+  [[nodiscard]] std::vector<topo::ReferenceType> codeShapes() const;
+
   /// Positions from the values of the element's geometric basis at some points. The values depend
   /// on the type alone: evaluate `geometricBasis(types[e])` once per type.
   ///
-  /// @param values shape (numPoints, numNodes(e)), column-major
-  /// @param out    shape (numPoints, 3), row-major
-  void positionsFromValues(u64 e, std::span<const double> values, double* out) const noexcept;
+  /// @param values  shape (numPoints, numNodes(e)), column-major
+  /// @param x, y, z shape (numPoints)
+  void positionsFromValues(u64 e, std::span<const double> values, double* x, double* y,
+                           double* z) const noexcept;
 };
 
-/// Collects all elements of a surface, in time linear in their number. Areas are
+/// Collects all elements of a surface, in time linear in their number, by all threads. Areas are
 /// sum over q of w_q |a x b| with the tangents a, b at the points of the area rule of order 5, as
 /// `ElementGeometry::area` gives them for one element: tests hold this fast form against that one.
-/// @throws utility::RuntimeError "surfaceElements: topology and geometry have different elements"
-/// @throws std::out_of_range     "invalid unordered_map<K, T> key" for an unknown node
-[[nodiscard]] SurfaceElements surfaceElements(const topo::Grid<2>& topology,
-                                              const Geometry::Grid& geometry);
+/// @param grid  of triangles and quadrilaterals, its node ids ascending
+/// @param order element k of the result is element order[k] of the grid; empty for their own order
+/// @throws utility::RuntimeError "surfaceElements: the lists don't fit together",
+///   "surfaceElements: a <type> is no surface", "Element <i> does not hold the <n> nodes of its
+///   type"
+/// @throws std::runtime_error what `ElementInfo::order` throws
+/// @throws std::out_of_range  "invalid unordered_map<K, T> key" for an unknown node
+[[nodiscard]] SurfaceElements surfaceElements(const GridData& grid,
+                                              std::span<const std::uint32_t> order = {});
 
 }  // namespace velmo::grid

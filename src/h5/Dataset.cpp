@@ -10,7 +10,7 @@
 namespace velmo::h5 {
 namespace {
 
-// The predefined types are variables of the library, valid only once it is open.
+// The predefined types are variables of the library, which are valid only after it is opened.
 hid_t memoryType(const std::int64_t*) {
   static_assert(sizeof(long long) == sizeof(std::int64_t));
   return H5T_NATIVE_LLONG;
@@ -18,7 +18,7 @@ hid_t memoryType(const std::int64_t*) {
 hid_t memoryType(const std::uint8_t*) { return H5T_NATIVE_UCHAR; }
 hid_t memoryType(const double*) { return H5T_NATIVE_DOUBLE; }
 
-/// Texts and compounds have no way to a number.
+/// Texts and compounds can't be converted to numbers.
 void requireNumbers(hid_t dataset, const std::string& name, hid_t type) {
   const Datatype stored(H5Dget_type(dataset));
   H5T_cdata_t* conversion = nullptr;

@@ -10,30 +10,30 @@
 
 namespace velmo::h5 {
 
-/// A dataset of rank 0, 1 or 2 that is opened but not yet read, so that all sizes of a file can be
-/// checked against each other before memory is fetched for any of them.
-/// All failures are utility::RuntimeError. Owns its handle; belongs to one thread.
+/// A dataset of rank 0, 1 or 2 that is open but not yet read, so that all sizes in a file can be
+/// compared with each other before memory is allocated for any of them. All failures are
+/// utility::RuntimeError. Owns its handle; belongs to one thread.
 class Dataset {
  public:
-  /// Opens the dataset `name` of the file or group `location` and takes its extents.
+  /// Opens the dataset `name` of the file or group `location` and reads its extents.
   /// @throws as dopen2 and dget_space, "ndims cannot exceed 2",
   ///         "The extents of '<path>' are too large"
   Dataset(hid_t location, std::string_view name);
 
-  /// Path within the file, for messages.
+  /// Path in the file, for messages.
   [[nodiscard]] const std::string& path() const noexcept { return path_; }
 
   /// Number of entries, the product of the extents: 1 for rank 0.
   [[nodiscard]] u64 size() const noexcept { return size_; }
 
-  /// Passes when there are as many entries as expected.
+  /// Checks the number of entries.
   /// @throws "'<path>' has <n> entries instead of <expected>"
   void requireSize(u64 expected) const;
 
   /// All entries in storage order, converted by the library. T is std::int64_t, std::uint8_t or
-  /// double. One vector that the caller owns. Sizes that the file and those that it refers to
-  /// cannot hold are refused before memory is fetched for them, entries that were never written as
-  /// the caller says.
+  /// double. Returned as a vector that the caller owns. Sizes for which this file and the files it
+  /// refers to are too small are refused before memory is allocated; entries that were never
+  /// written are treated as the caller says.
   ///
   /// @throws as requireStored() and VirtualDataset, "'<path>' could not be read as numbers"
   template <class T>

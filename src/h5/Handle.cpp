@@ -10,7 +10,7 @@
 namespace velmo::h5 {
 namespace {
 
-/// A damaged file must not make us fetch any amount of memory for a word.
+/// A damaged file must not make us allocate any amount of memory for a text.
 constexpr std::size_t kMaxTextSize = std::size_t{1} << 20;
 
 template <class Owner>

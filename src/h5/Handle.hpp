@@ -10,25 +10,25 @@
 
 namespace velmo::h5 {
 
-/// Move-only owner of an HDF5 id; holds -1 when empty. The destructor gives the id back, also when
-/// an exception passes through, so an id of the library never stands alone.
+/// Move-only owner of an HDF5 id; -1 when empty. The destructor releases the id, also during an
+/// exception, so every id of the library has an owner.
 ///
-/// Copies of the id that `get` hands out must not outlive the owner, and nobody else may close
-/// them. A handle belongs to one thread: the library is not called from several.
+/// Copies of the id from `get` must not outlive the owner, and nobody else may close them. A handle
+/// belongs to one thread: the library is not called from several.
 ///
-/// @tparam Close    the library's function that gives the id back
+/// @tparam Close the library's function that releases the id
 /// @tparam kBuiltIn an id that stands for a default of the library and is never closed
 template <auto Close, hid_t kBuiltIn = -1>
 class Handle {
  public:
   Handle() noexcept = default;
 
-  /// Takes over `id`, whatever it is: a negative one marks a call that failed, which the functions
-  /// below refuse.
+  /// Takes over `id`, even if it is negative, which means that a call failed; the functions below
+  /// refuse such ids.
   explicit Handle(hid_t id) noexcept : id_(id) {}
   Handle(Handle&& other) noexcept : id_(std::exchange(other.id_, -1)) {}
 
-  /// Exchanges the ids: the other handle closes the one that was here.
+  /// Swaps the ids: the other handle closes the previous one.
   Handle& operator=(Handle&& other) noexcept {
     std::swap(id_, other.id_);
     return *this;
@@ -51,7 +51,7 @@ using Group = Handle<H5Gclose>;
 using Attribute = Handle<H5Aclose>;
 using DatasetHandle = Handle<H5Dclose>;
 using Datatype = Handle<H5Tclose>;
-// 0 names a default of the library here: the whole dataspace, the default properties.
+// Here 0 is a default of the library: the whole dataspace, the default properties.
 using Dataspace = Handle<H5Sclose, 0>;
 using PropertyList = Handle<H5Pclose, 0>;
 
@@ -79,7 +79,7 @@ using PropertyList = Handle<H5Pclose, 0>;
 /// @throws "dget_create_plist failed"
 [[nodiscard]] PropertyList dget_create_plist(hid_t dataset);
 
-/// Path of a dataset within its file; empty for one without a name.
+/// Path of a dataset in its file; empty for one without a name.
 [[nodiscard]] std::string pathOf(hid_t dataset);
 
 /// Name of the file of an object, as it was opened.
@@ -90,8 +90,8 @@ using PropertyList = Handle<H5Pclose, 0>;
 /// @throws as dget_space, "ndims cannot exceed 2", "The extents of <name> are too large"
 [[nodiscard]] u64 numEntries(hid_t dataset, const std::string& name);
 
-/// Text of an attribute of one string of fixed or variable size, up to its first zero byte. Padding
-/// with blanks belongs to the text.
+/// Text of an attribute that is a single string of fixed or variable size, up to its first zero
+/// byte. Padding with blanks is part of the text.
 ///
 /// @throws as aopen, "Wrong attribute type", "Reading of variable sized string failed",
 ///         "Reading of fixed sized string failed",

@@ -19,7 +19,7 @@ u64 numOwned(const std::vector<std::uint8_t>& ghosts) {
   return static_cast<u64>(std::ranges::count(ghosts, std::uint8_t{0}));
 }
 
-/// Element type code of a cell: shapes are told by the first digit, then comes the node count.
+/// Element type code of a cell: the first digit is the shape, followed by the number of nodes.
 u64 elementTypeOf(std::uint8_t vtkType, std::int64_t numNodes) {
   const auto refuse = [numNodes](const char* shape) {
     throw utility::RuntimeError("Unknown number of nodes ('" + std::to_string(numNodes) +
@@ -74,7 +74,7 @@ void mergePoints(const RawPieces& raw, grid::GridData& grid) {
 struct Cell {
   u64 row;                     ///< in the arrays of all cells
   std::int64_t first;          ///< offset of its first point in the connectivity of the piece
-  std::int64_t last;           ///< offset behind its last point
+  std::int64_t last;           ///< offset after its last point
   u64 firstPlace;              ///< of the piece in the connectivity of all pieces
   u64 firstPoint;              ///< of the piece in the points of all pieces
   std::int64_t numIncidences;  ///< of the piece
@@ -90,7 +90,7 @@ void forEachCell(const RawPieces& raw, Visit&& visit) {
     const std::int64_t numIncidences = raw.numConnectivityIds[piece];
     const std::int64_t numPoints = raw.numPoints[piece];
     for (std::int64_t i = 0; i < raw.numCells[piece]; ++i, ++row)
-      // Each piece has one offset more than cells.
+      // Each piece has one more offset than cells.
       visit(Cell{row, raw.offsets[row + piece], raw.offsets[row + piece + 1], firstPlace,
                  firstPoint, numIncidences, numPoints});
     firstPlace += static_cast<u64>(numIncidences);
@@ -109,7 +109,8 @@ void checkOffsets(const Cell& cell) {
                                 std::to_string(cell.numIncidences) + " connectivity ids");
 }
 
-/// Sets the types of all elements from the cells and makes the offsets of the types' node counts.
+/// Sets the types of all elements from the cells and computes the offsets from the node counts of
+/// the types.
 void mergeTypes(const RawPieces& raw, grid::GridData& grid) {
   grid.numElements = numOwned(raw.cellGhosts);
   if (grid.numElements == 0) throw utility::RuntimeError("The grid has no cells");

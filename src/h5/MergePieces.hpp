@@ -7,7 +7,7 @@
 
 namespace velmo::h5 {
 
-/// The grid as the file holds it: one piece per process that wrote it, one behind the other in
+/// The grid as stored in the file: one piece per process that wrote it, one after the other in
 /// every array. Points and cells near the border of a piece may be copies of those of another one;
 /// their ghost byte is not zero.
 struct RawPieces {
@@ -25,15 +25,15 @@ struct RawPieces {
 };
 
 /// Puts points and cells at the places of their global ids, so that neither the order of the pieces
-/// nor that of the entities in them matters. Of copies that differ the last one stays.
+/// nor that of the entities in them matters. If copies differ, the last one counts.
 ///
 /// @pre    the lengths of all arrays agree with the counts per piece, which are not negative
 /// @return nodes and elements in the order of their global ids; connectivity of global node ids
 /// @throws utility::RuntimeError "Min. node id has to be zero",
 ///         "Max. node id has to be nodes.size()-1", "Celltype not supported",
 ///         "Unknown number of nodes ('<n>)' for tria type" and "... for quad type", and texts that
-///         name the array for ids without entity, ids and offsets out of range and the like
-/// @throws std::out_of_range "invalid vector subscript" for a point number past all points
+///         name the array for missing ids, ids and offsets out of range and similar faults
+/// @throws std::out_of_range "invalid vector subscript" for a point number beyond all points
 [[nodiscard]] grid::GridData mergePieces(const RawPieces& raw);
 
 }  // namespace velmo::h5

@@ -64,7 +64,7 @@ struct DensityDatasets {
   Dataset charges;
 };
 
-/// Sum of the counts per piece. Its bound keeps the sizes derived from it inside 64 bits.
+/// Sum of the counts per piece. Its bound keeps the sizes derived from it within 64 bits.
 u64 sumOf(const std::vector<std::int64_t>& counts, const Dataset& dataset) {
   constexpr std::int64_t kMaxSum = std::int64_t{1} << 60;
   std::int64_t sum = 0;
@@ -89,7 +89,7 @@ void checkVersion(hid_t vtk) {
   H5Sget_simple_extent_dims(space.get(), extents.data(), nullptr);
   if (extents[0] != 2 || numEntries(attribute) != 2)
     throw utility::RuntimeError("Dimension mismatch");
-  // A version that is no number stays 0 and is refused as such.
+  // A version that isn't a number stays 0 and is refused.
   std::array<std::int32_t, 2> version{};
   H5Aread(attribute.get(), H5T_NATIVE_INT32, version.data());
   if (version[0] != 2) throw utility::RuntimeError("Only versions 2.x are supported");
@@ -147,13 +147,14 @@ std::int64_t readOrder(hid_t l2) {
   if (const u64 size = numEntries(attribute); size != 1)
     throw utility::RuntimeError("Attribute 'FEOrder' has " + std::to_string(size) +
                                 " entries instead of 1");
-  // An order that is no number stays 0.
+  // An order that isn't a number stays 0.
   std::int64_t order = 0;
   H5Aread(attribute.get(), H5T_NATIVE_INT64, &order);
   return order;
 }
 
-/// Puts the coefficients at the places of their global ids. Of copies the last one stays.
+/// Puts the coefficients at the places of their global ids. If there are copies, the last one
+/// counts.
 std::vector<double> readCharges(const DensityDatasets& data) {
   const u64 numRaw = sumOf(data.numDofIds.read<std::int64_t>(), data.numDofIds);
   data.globalDofIds.requireSize(numRaw);
@@ -211,7 +212,7 @@ VtkHdfSolution readSolution(comm::Comm /*comm*/, const std::filesystem::path& pa
 void checkChargeCount(const VtkHdfSolution& solution) {
   const std::int64_t order = solution.feOrder;
   const u64 numCharges = solution.charges.size();
-  // Each element has more functions than its order, and (order + 1)^2 must stay inside 64 bits.
+  // Each element has more functions than its order, and (order + 1)^2 must fit into 64 bits.
   constexpr std::int64_t kMaxOrder = std::int64_t{1} << 16;
   if (order < 0 || order > kMaxOrder || static_cast<u64>(order) >= numCharges)
     throw utility::RuntimeError("FEOrder " + std::to_string(order) + " is not possible with " +

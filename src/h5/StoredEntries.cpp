@@ -11,7 +11,7 @@
 namespace velmo::h5 {
 namespace {
 
-/// Whether each chunk of the extents is in the file.
+/// Whether all chunks of the extents are in the file.
 bool hasAllChunks(hid_t dataset, const PropertyList& creation) {
   const Dataspace space = dget_space(dataset);
   std::array<hsize_t, H5S_MAX_RANK> extents{};
@@ -25,8 +25,8 @@ bool hasAllChunks(hid_t dataset, const PropertyList& creation) {
   return H5Dget_num_chunks(dataset, space.get(), &numChunks) >= 0 && numChunks == expected;
 }
 
-/// Checks that the raw files of external storage have the bytes that the dataset takes from them:
-/// of a file that is too short the library makes zeros. Their names count from the working
+/// Checks that the raw files of external storage have the bytes that the dataset reads from them;
+/// the library would fill missing bytes with zeros. Their names are relative to the working
 /// directory, as for the library.
 void requireExternalFiles(hid_t dataset, const PropertyList& creation, const std::string& name,
                           u64 size) {
@@ -64,8 +64,8 @@ void requireStored(hid_t dataset, const std::string& name, u64 size, Unwritten u
       (isChunked && unwritten == Unwritten::Refused && !hasAllChunks(dataset, creation)))
     throw utility::RuntimeError(name + " has entries that were never written; write the file anew");
 
-  // Deflate shrinks by less than 1032. Chunks of zeros that were not written take no room at all;
-  // there can hardly be more entries in them than bytes in the file.
+  // Deflate compresses by a factor of less than 1032. Chunks of zeros that were not written take no
+  // space at all; they can hardly have more entries than the file has bytes.
   constexpr u64 kMaxExpansion = 1100;
   const File file(H5Iget_file_id(dataset));
   hsize_t fileSize = 0;

@@ -8,19 +8,19 @@
 
 namespace velmo::h5 {
 
-/// What becomes of entries that were declared but never written, which the library reads as the
-/// fill value of their dataset.
+/// How to treat entries that were declared but never written, which the library reads as the fill
+/// value of their dataset.
 enum class Unwritten {
-  Refused,  ///< a value is meant, so that none is a fault of the file
-  Filled,   ///< lists of zeros, which need not be written
+  Refused,  ///< every entry needs a value, so the file is faulty
+  Filled,   ///< zeros are valid and need not have been written
 };
 
 /// Checks that a dataset that is not virtual has all its entries in its file or, for external
-/// storage, in the files that it names, and that no more are declared than these files can hold.
-/// Looks at sizes and at the list of chunks, not at the entries.
+/// storage, in the files that it names, and that no more are declared than fit into these files.
+/// Checks sizes and the list of chunks, not the entries.
 ///
-/// Entries of a chunk of which only a part was written, and those of storage that was set aside but
-/// not filled, cannot be told from written ones.
+/// It can't detect missing entries in a chunk that was written partly, or in storage that was
+/// allocated but not filled.
 ///
 /// @param name the dataset in messages, with its quotation marks
 /// @param size number of entries

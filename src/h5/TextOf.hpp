@@ -8,9 +8,9 @@
 
 namespace velmo::h5 {
 
-/// A text that the library hands out in two calls, the first for its length.
-/// @param get takes room for the text and its size, ending zero included, and gives the length, or
-///            a negative number for a failure, which gives no text
+/// A text that the library returns in two calls, the first for its length.
+/// @param get receives a buffer for the text and its size, including the final zero, and returns
+///            the length, or a negative number if it fails; the text is then empty
 template <class Get>
 [[nodiscard]] std::string textOf(Get&& get) {
   const ssize_t length = get(nullptr, std::size_t{0});

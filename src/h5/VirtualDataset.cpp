@@ -20,13 +20,13 @@ namespace {
 
 constexpr std::size_t kMaxDepth = 8;
 
-/// Tells datasets apart: the file by its true path, the dataset by its name in there.
+/// Identifies a dataset: the true path of the file and the name in it.
 std::string identityOf(hid_t dataset) {
   std::error_code ignored;
   return fs::weakly_canonical(fileNameOf(dataset), ignored).string() + ':' + pathOf(dataset);
 }
 
-/// Where a file that `home` names may be.
+/// Places where a file that `home` refers to may be.
 std::vector<fs::path> placesOf(const fs::path& file, const fs::path& home) {
   std::error_code ignored;
   const fs::path name = file.is_absolute() ? file.filename() : file;
@@ -36,7 +36,7 @@ std::vector<fs::path> placesOf(const fs::path& file, const fs::path& home) {
   return places;
 }
 
-/// The file of a source; none where it is missing.
+/// The file of a source; empty if it is missing.
 File openFile(hid_t dataset, const std::string& name) {
   if (name == ".") return File(H5Iget_file_id(dataset));
   for (const fs::path& place : placesOf(name, fileNameOf(dataset))) {
@@ -109,7 +109,7 @@ void VirtualDataset::check_(hid_t dataset, const std::string& name) {
     check_(source.dataset.get(), source.name);
   });
   open_.pop_back();
-  // Each entry comes from one of a source; zeros that are not written come from none.
+  // Each entry comes from an entry of a source, except zeros that were not written.
   const bool mayLack = open_.empty() && unwritten_ == Unwritten::Filled;
   if (size > numStored_ && !mayLack)
     throw utility::RuntimeError(name + " has more entries than its sources");

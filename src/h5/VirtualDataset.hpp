@@ -14,16 +14,17 @@
 
 namespace velmo::h5 {
 
-/// Whether the entries of a dataset are those of other datasets, its sources, by a list of mappings
-/// from selections of theirs to selections of its own.
+/// Whether the entries of a dataset are those of other datasets, its sources, given by a list of
+/// mappings from their selections to its own.
 [[nodiscard]] bool isVirtual(hid_t dataset);
 
-/// Reads one virtual dataset, source by source. The library's own reading fills the places of
-/// missing sources without a word, and follows mappings that lead in a circle until the stack ends;
-/// so all sources are looked at first, and only datasets that are not virtual are read by it.
+/// Reads one virtual dataset, source by source. The library silently fills in for missing sources,
+/// and follows circular mappings until the stack overflows. Therefore all sources are checked
+/// first, and the library reads only datasets that aren't virtual.
 ///
-/// A source file is looked for beside the file that names it, then from the working directory; an
-/// absolute name where it says, then as if it had no folders. Sources may be virtual themselves.
+/// A source file is searched next to the file that names it, then relative to the working
+/// directory; an absolute name is tried as it is, then without its folders. Sources may be virtual
+/// themselves.
 class VirtualDataset {
  public:
   /// @param dataset id of the virtual dataset, which must outlive this object
@@ -31,8 +32,8 @@ class VirtualDataset {
   VirtualDataset(hid_t dataset, std::string name, Unwritten unwritten)
       : dataset_(dataset), name_(std::move(name)), unwritten_(unwritten) {}
 
-  /// Checks that all sources are there, are written, and do not lead in a circle. No memory is
-  /// fetched for entries.
+  /// Checks that all sources exist, are written, and aren't circular. No memory is allocated for
+  /// entries.
   /// @throws utility::RuntimeError as requireStored() for a source, "<name> takes entries from
   ///         <source>, which is not there", "<name> takes entries from itself",
   ///         "<name> leads through more than 8 virtual datasets",
@@ -53,8 +54,8 @@ class VirtualDataset {
   hid_t dataset_;
   std::string name_;
   Unwritten unwritten_;
-  std::vector<std::string> open_;  ///< virtual datasets on the way to the one being checked
-  std::set<std::string> checked_;  ///< all datasets that were met
+  std::vector<std::string> open_;  ///< virtual datasets that lead to the one being checked
+  std::set<std::string> checked_;  ///< all datasets that were checked
   u64 numStored_ = 0;              ///< entries of the sources that are not virtual
   std::map<std::string, std::vector<std::byte>> entries_;  ///< of sources that are virtual
 };

@@ -35,7 +35,7 @@ std::string nameOfBlock(const std::string& name, u64 block) {
   return result;
 }
 
-/// Gives a selection the extents of `space` and cuts it there if it has no bounds.
+/// Gives a selection the extents of `space`, and cuts it at them if it has no bounds.
 bool moveTo(const Dataspace& selection, const Dataspace& space) {
   if (H5Sget_simple_extent_ndims(selection.get()) != H5Sget_simple_extent_ndims(space.get()) ||
       H5Sextent_copy(selection.get(), space.get()) < 0)
@@ -50,8 +50,8 @@ bool moveTo(const Dataspace& selection, const Dataspace& space) {
                              extents.data()) >= 0;
 }
 
-/// Splits a selection that repeats without bounds into its blocks inside the extents, each the
-/// target of a source of its own.
+/// Splits a selection that repeats without bounds into its blocks inside the extents; each is the
+/// target of a separate source.
 template <class Visit>
 bool forEachBlock(const Dataspace& selection, const Dataspace& space, Visit&& visit) {
   Extents start{}, stride{}, count{}, block{}, extents{};
@@ -115,7 +115,7 @@ void forEachMapping(hid_t dataset, const std::string& name,
 
 Dataspace selectionIn(hid_t source, const Mapping& mapping) {
   Dataspace space = dget_space(source);
-  // "All" is all that the source has, whatever it was when the mapping was made.
+  // "All" means everything that the source has now, not when the mapping was made.
   if (H5Sget_select_type(mapping.source.get()) == H5S_SEL_ALL) return space;
   Dataspace selection(H5Scopy(mapping.source.get()));
   return moveTo(selection, space) ? std::move(selection) : Dataspace();

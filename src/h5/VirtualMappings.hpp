@@ -18,16 +18,16 @@ struct Mapping {
 };
 
 /// Calls `visit` for each mapping of a virtual dataset that selects entries, in their order. A
-/// mapping without bounds is cut at the extents; one whose names count blocks ("%b") is visited for
-/// each block inside them.
+/// mapping without bounds is cut at the extents; one whose names contain a block number ("%b") is
+/// visited for each block inside them.
 ///
 /// @param name of the dataset in messages, with its quotation marks
 /// @throws utility::RuntimeError "<name> has mappings that cannot be read"
 void forEachMapping(hid_t dataset, const std::string& name,
                     const std::function<void(const Mapping&)>& visit);
 
-/// The selection of the source in the extents that it has, cut at them where it has no bounds.
-/// @return a negative id where the selection does not lie in these extents
+/// The selection of the source in its actual extents, cut at them if it has no bounds.
+/// @return a negative id if the selection isn't inside these extents
 [[nodiscard]] Dataspace selectionIn(hid_t source, const Mapping& mapping);
 
 }  // namespace velmo::h5

@@ -66,7 +66,7 @@ std::string StreamBundleBuffer::withPrefix_(const std::string& text) {
 StreamBundle::StreamBundle(std::vector<std::ostream*> streams, std::string prefix)
     : std::ostream(nullptr), buffer_(std::move(streams), std::move(prefix)) {
   rdbuf(&buffer_);
-  // Text that finds no memory is not lost in silence.
+  // If there is no memory for the text, the caller must learn of it.
   exceptions(badbit);
 }
 

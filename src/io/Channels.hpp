@@ -7,17 +7,17 @@
 #include <vector>
 
 /// The log of the program. Library code writes to a channel and doesn't know where the text goes;
-/// the application decides by giving the channel its streams. A channel without streams drops what
-/// it gets; code that has to format its text first asks `hasStreams()`.
+/// the application decides by giving the channel its streams. A channel without streams discards
+/// its text; code that has to format text checks `hasStreams()` first.
 namespace velmo::io {
 
-/// Buffer that keeps text until a line feed arrives and then hands the finished lines as one block
+/// Buffer that keeps text until a line feed arrives and then passes the finished lines as one block
 /// to each stream of a list, in the list's order, and flushes it. With an empty list the text is
-/// dropped.
+/// discarded.
 ///
-/// Only taking the text out is guarded: threads that write at the same time may mix within a line,
-/// but a block is never torn by another thread's flush. A line feed is noticed in strings and by
-/// std::endl, not when a single character is put.
+/// Only the output of finished text is locked: text of threads that write at the same time may mix
+/// within a line, but no other thread's flush splits a block. A line feed takes effect in strings
+/// and with std::endl, not when it is put as a single character.
 ///
 /// @throws std::system_error when a lock can't be taken
 class StreamBundleBuffer : public std::stringbuf {
@@ -26,7 +26,7 @@ class StreamBundleBuffer : public std::stringbuf {
   /// @param prefix  written in front of every line
   StreamBundleBuffer(std::vector<std::ostream*> streams, std::string prefix);
 
-  /// Replaces the targets: for the blocks that are handed out from then on.
+  /// Replaces the targets for all blocks that are written from then on.
   void setStreams(std::vector<std::ostream*> streams);
 
   /// Whether what is written can be read anywhere.
@@ -38,16 +38,16 @@ class StreamBundleBuffer : public std::stringbuf {
  protected:
   /// Puts a character; the end-of-file value gives 0.
   int_type overflow(int_type c) override;
-  /// Puts `n` characters and hands out what they complete. Always gives `n`.
+  /// Puts `n` characters and writes out the lines that they complete. Always returns `n`.
   std::streamsize xsputn(const char* text, std::streamsize n) override;
-  /// Hands out all that is kept, line end or not. Always gives 0.
+  /// Writes out all text, with or without a line end. Always returns 0.
   int sync() override;
 
  private:
   [[nodiscard]] std::string takeText_();
   [[nodiscard]] std::string withPrefix_(const std::string& text);
 
-  std::mutex mutex_;         ///< guards the text of the base class while it is taken out
+  std::mutex mutex_;         ///< protects the text of the base class while it is written out
   bool atLineStart_ = true;  ///< whether the next character begins a line
   std::string prefix_;
   std::vector<std::ostream*> streams_;
@@ -57,8 +57,8 @@ class StreamBundleBuffer : public std::stringbuf {
 /// Output stream that forwards whole lines to a list of other streams, which may change at run
 /// time.
 ///
-/// Write errors of the targets are not looked at, and the stream itself stays good; writing throws
-/// std::bad_alloc where there is no memory for the text. Text without a line end is lost when the
+/// Write errors of the targets are ignored, and the stream itself stays good; writing throws
+/// std::bad_alloc if there is no memory for the text. Text without a line end is lost when the
 /// stream is destroyed.
 class StreamBundle : public std::ostream {
  public:
@@ -68,20 +68,20 @@ class StreamBundle : public std::ostream {
   /// @copydoc StreamBundleBuffer::setStreams
   void setStreams(std::vector<std::ostream*> streams);
 
-  /// Whether what is written can be read anywhere. Text that takes work to make is made only then.
+  /// Whether any stream receives the text. Callers skip expensive formatting if not.
   [[nodiscard]] bool hasStreams() const { return buffer_.hasStreams(); }
 
  private:
   StreamBundleBuffer buffer_;
 };
 
-/// Buffer that accepts every character and keeps none.
+/// Buffer that discards every character.
 class NullBuffer : public std::streambuf {
  protected:
   int_type overflow(int_type c) override { return traits_type::not_eof(c); }
 };
 
-/// Output stream that swallows everything without error.
+/// Output stream that discards everything without error.
 class NullStream : public std::ostream {
  public:
   NullStream() : std::ostream(nullptr) { rdbuf(&buffer_); }
@@ -91,13 +91,13 @@ class NullStream : public std::ostream {
 };
 
 // Inline objects of a header are built before the static objects of every file that includes it,
-// and destroyed after them, so those may write here, too.
+// and destroyed after them, so their constructors and destructors may write here.
 
-inline NullStream nullStream;  ///< for callers that must pass a stream and want no text
+inline NullStream nullStream;  ///< for callers that must pass a stream but want no text
 
-inline StreamBundle out({}, {});    ///< the run's report; main() gives it the standard output
+inline StreamBundle out({}, {});    ///< the run's report; main() connects it to standard output
 inline StreamBundle info({}, {});   ///< details: file names, parameters
-inline StreamBundle debug({}, {});  ///< for the search of faults
+inline StreamBundle debug({}, {});  ///< for debugging
 inline StreamBundle warn({}, {});   ///< warnings
 
 }  // namespace velmo::io

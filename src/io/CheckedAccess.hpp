@@ -7,9 +7,9 @@
 
 #include "io/Types.hpp"
 
-/// Bounds-checked access whose failures read the same with every standard library: `at()`, `find`
-/// and `stoi` of the library throw these types, but with words of their own. For indices that come
-/// from a file or a caller; inner loops index without a check.
+/// Bounds-checked access whose error texts are the same with every standard library: `at()`, `find`
+/// and `stoi` of the library throw the same types, but with other texts. For indices that come from
+/// a file or a caller; inner loops index without a check.
 namespace velmo::utility {
 
 /// Element `index` of a vector or span, 0 <= index < size; a reference into `sequence`.
@@ -38,9 +38,10 @@ template <class Map, class Key>
 }
 
 /// Base-10 conversion of a text to a 32-bit integer, as std::stoi does it: leading white space and
-/// whatever follows the digits are passed over.
+/// anything after the digits are ignored.
 /// @throws std::out_of_range     "stoi argument out of range"
-/// @throws std::invalid_argument "invalid stoi argument" for a text that doesn't begin as a number
+/// @throws std::invalid_argument "invalid stoi argument" for a text that doesn't begin with a
+///   number
 [[nodiscard]] inline int toInt(const std::string& text) {
   try {
     return std::stoi(text);

@@ -26,9 +26,9 @@ constexpr auto kInterval = 250ms;
 /// The rate is averaged over a quarter of the time so far: tasks of a long stage take long, too.
 /// But over so many seconds at least.
 constexpr double kLeastMemory = 5.0;
-/// Longer times left are not believed.
+/// Estimates beyond this are not shown.
 constexpr double kMostSeconds = 360000.0;
-/// To the start of the line, and erase what stands there.
+/// Returns to the start of the line and erases it.
 constexpr std::string_view kErase = "\r\x1b[K";
 
 const auto programStart = std::chrono::steady_clock::now();
@@ -36,13 +36,13 @@ const auto programStart = std::chrono::steady_clock::now();
 std::atomic<double> workDone{0.0};
 
 std::mutex terminalMutex;  ///< held while something is written, and for `isDrawn` and `ended_`
-bool isDrawn = false;      ///< a line stands on the terminal
+bool isDrawn = false;      ///< the terminal shows a line
 
 bool hasTerminal() {
   const char* const kind = std::getenv("TERM");
   if (kind == nullptr || std::string_view(kind) == "dumb" || isatty(STDERR_FILENO) == 0)
     return false;
-  // Not into the terminal of whoever works in the foreground.
+  // Don't disturb the foreground process of the terminal.
   const pid_t foreground = tcgetpgrp(STDERR_FILENO);
   return foreground == -1 || foreground == getpgrp();
 }
@@ -55,7 +55,7 @@ std::size_t terminalWidth() {
 }
 
 void writeToTerminal(std::string_view text) {
-  // A line that doesn't arrive is no loss.
+  // A line that can't be written is no loss.
   [[maybe_unused]] const auto written = ::write(STDERR_FILENO, text.data(), text.size());
 }
 
@@ -82,7 +82,7 @@ Progress::Progress(std::string_view stage, double work) : stage_(stage), work_(w
   try {
     drawer_ = std::thread([this] { draw_(); });
   } catch (const std::system_error&) {
-    // No thread to spare: the run goes on without the line.
+    // If no thread can be started, the run continues without the line.
   }
 }
 

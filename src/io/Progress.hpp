@@ -6,24 +6,24 @@
 #include <string_view>
 #include <thread>
 
-/// One line on a terminal that tells how far a long run is.
+/// One line on a terminal that shows the progress of a long run.
 ///
-/// It stands on standard error, is rewritten in place a few times a second, and is gone before any
-/// other text appears. Nothing at all is written where standard error is no terminal, TERM is
-/// missing or "dumb", the program runs in the background, or during the first second of a run.
+/// It is written to standard error, updated in place a few times a second, and erased before any
+/// other text appears. Nothing at all is written if standard error is not a terminal, if TERM is
+/// missing or "dumb", if the program runs in the background, or during the first second of a run.
 namespace velmo::io {
 
-/// Adds to what is done of the present stage. Any thread may call it; one call costs an atomic
-/// addition, so it belongs behind a task of microseconds, not into a loop over pairs.
+/// Adds to the work done in the current stage. Any thread may call it; a call costs an atomic
+/// addition, so call it after tasks of microseconds or more, not in a loop over pairs.
 /// @param work in the unit of the stage's total
 void addWorkDone(double work) noexcept;
 
-/// The line while one stage runs: "FMM apply: 43 %, 2 min 05 s left" where the work is known in
-/// advance, else "Preparation: 12 s", the time since the stage began.
+/// The line while one stage runs: "FMM apply: 43 %, 2 min 05 s left" if the work is known in
+/// advance, otherwise "Preparation: 12 s", the time since the stage began.
 ///
-/// The time left is the work left divided by the rate of the last seconds: the unit of work need
-/// not take the same time in all parts of a stage. The line is drawn by a thread of its own, which
-/// ends with this object, also when an exception leaves the stage. One object at a time; made and
+/// The time left is the remaining work divided by the rate of the last seconds, since the time per
+/// unit of work may change during a stage. The line is drawn by a thread of its own, which ends
+/// with this object, even if the stage ends by an exception. One object at a time; made and
 /// destroyed on the main thread.
 class Progress {
  public:
@@ -45,7 +45,7 @@ class Progress {
   std::string stage_;
   double work_;
   Clock::time_point begin_ = Clock::now();
-  Clock::time_point lastTime_ = begin_;  ///< of the last look at the work done
+  Clock::time_point lastTime_ = begin_;  ///< of the last reading of the work done
   double lastDone_ = 0.0;
   double rate_ = 0.0;  ///< work per second
   bool ended_ = false;
@@ -53,8 +53,8 @@ class Progress {
   std::thread drawer_;
 };
 
-/// Writes a message to the standard error stream, on a line of its own where a progress line
-/// stands. Library code that warns while a stage may run writes through this.
+/// Writes a message to standard error; a progress line is erased first. Library code that may warn
+/// during a stage writes through this.
 void printMessage(std::string_view text);
 
 }  // namespace velmo::io

@@ -8,7 +8,7 @@
 namespace velmo::io {
 
 /// Lines that set off the blocks of the report, with their line ends; each begins with "#", so that
-/// a reader can take the report for comments.
+/// readers can treat the report as comments.
 inline constexpr const char* kDoubleRule =
     "#===================================================================\n";
 inline constexpr const char* kSingleRule =
@@ -30,8 +30,8 @@ struct Timer {
 /// Writes "# <name>: <time>s" to channel `out`, by the format "# {:<30} {:>8.3f}s\n" of the name
 /// with its colon and the seconds since `timer` was started. A longer name widens the line.
 ///
-/// Restarts the timer behind the output, so that a stage isn't charged with the report of the one
-/// before it: the figures of one timer add up to less than the time that passed.
+/// Restarts the timer after the output, so that the time for printing isn't added to the next
+/// stage: the figures of one timer add up to less than the time that passed.
 void reportStage(std::string name, Timer& timer);
 
 }  // namespace velmo::io

@@ -9,8 +9,8 @@ namespace velmo {
 /// written as casts.
 using u64 = std::uint64_t;
 
-/// The value of an index or id that stands for "none": all bits set, above every size that can
-/// occur, so that a comparison with a size refuses it.
+/// The value of an index or id that stands for "none": all bits set, which is larger than every
+/// possible size, so that a check against a size fails.
 inline constexpr u64 kNone = std::numeric_limits<u64>::max();
 
 }  // namespace velmo

@@ -10,10 +10,10 @@
 
 /// Reference interface of BLAS and LAPACK: Fortran symbols, every argument by pointer, 32-bit
 /// integers, matrices column-major with a leading dimension. Internal to this folder; all others
-/// call the checked operations, whose headers tell what is computed.
+/// call the checked operations, whose headers describe what is computed.
 ///
-/// `info` is 0 for success, -i for a bad argument i, and positive where the numbers fail. `lwork`
-/// -1 asks for the length of the workspace, which comes back in `work[0]`.
+/// `info` is 0 for success, -i for a bad argument i, and positive for numerical failure. `lwork` -1
+/// asks for the length of the workspace, which is returned in `work[0]`.
 extern "C" {
 
 double ddot_(const int* n, const double* x, const int* incx, const double* y, const int* incy);
@@ -58,7 +58,7 @@ namespace velmo::linalg::detail_ {
   return static_cast<int>(size);
 }
 
-/// The library wants a leading dimension of at least 1, also for empty matrices.
+/// The library requires a leading dimension of at least 1, even for empty matrices.
 [[nodiscard]] inline int leadingDimension(u64 rows) { return std::max(1, blasInt(rows)); }
 
 }  // namespace velmo::linalg::detail_

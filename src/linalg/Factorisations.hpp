@@ -7,14 +7,14 @@
 #include "linalg/MatrixView.hpp"
 
 /// Inverse, thin QR decomposition and pseudo-inverse by LAPACK. Setup code: each allocates its
-/// workspace. Calls from pool tasks on separate data are safe once setBlasThreads(1) has been.
+/// workspace. Calls from pool tasks on separate data are safe after setBlasThreads(1).
 namespace velmo::linalg {
 
-/// A dense column-major matrix that owns its values, zero at first.
+/// A dense column-major matrix that owns its values, initially zero.
 struct OwnedMatrix {
   OwnedMatrix(u64 numRows, u64 numCols) : values(numRows * numCols), rows(numRows), cols(numCols) {}
 
-  /// Views end with the matrix.
+  /// Views are valid as long as the matrix.
   [[nodiscard]] MatrixView<double> view() noexcept { return {values.data(), rows, cols}; }
   [[nodiscard]] MatrixView<const double> view() const noexcept {
     return {values.data(), rows, cols};
@@ -41,7 +41,7 @@ void invert(MatrixView<double> A);
 class ThinQRDecomposition {
  public:
   /// @throws utility::RuntimeError "velmo::linalg::ThinQRDecomposition::compute_: !(M >= N)"; the
-  ///         same beginning with ":geqrf-lwork", ":geqrf", ":orgqr-lwork" or ":orgqr" where the
+  ///         same beginning with ":geqrf-lwork", ":geqrf", ":orgqr-lwork" or ":orgqr" if the
   ///         library fails
   explicit ThinQRDecomposition(MatrixView<const double> A);
 
@@ -52,9 +52,9 @@ class ThinQRDecomposition {
   void compute_();
 };
 
-/// Pseudo-inverse R^-1 Q^T of an M by N matrix A = Q R with M >= N and full column rank: times b it
-/// is the x that makes |A x - b| smallest. For square matrices the inverse, which tests hold
-/// invert() against.
+/// Pseudo-inverse R^-1 Q^T of an M by N matrix A = Q R with M >= N and full column rank; its
+/// product with b is the x that minimises |A x - b|. For square matrices it is the inverse; tests
+/// compare invert() with it.
 class QRPseudoInverse {
  public:
   /// @throws utility::RuntimeError what ThinQRDecomposition throws

@@ -8,14 +8,14 @@
 
 #include "io/Types.hpp"
 
-/// Views over buffers that somebody else owns and keeps alive. Passed by value; no state, no
-/// checks beyond assertions, safe from any thread as far as the buffer is.
+/// Views over buffers that somebody else owns and keeps alive. Passed by value; no state, no checks
+/// except assertions, as thread-safe as the buffer.
 namespace velmo::linalg {
 
 /// Non-owning view of a dense matrix in a contiguous buffer, passed by value.
 ///
 /// Storage is column-major without a stride: element (i, j) is `data[j * rows + i]`, so a block of
-/// a matrix can be viewed only where it is whole columns.
+/// a matrix can be viewed only if it consists of whole columns.
 ///
 /// @tparam T      double, std::complex<double>, or their const forms
 /// @tparam Rows   row count, -1 when known at run time only
@@ -47,7 +47,7 @@ struct MatrixView {
   constexpr explicit MatrixView(std::span<T> values) noexcept requires(Cols == 1)
       : MatrixView(values.data(), values.size(), 1) {}
 
-  /// A view of mutable elements reads as one of const elements.
+  /// A view of mutable elements converts to one of const elements.
   template <class U>
   constexpr MatrixView(
       const MatrixView<U, Rows, Cols, Layout>& other) noexcept requires std::is_same_v<T, const U>
@@ -72,7 +72,7 @@ struct MatrixView {
 };
 
 /// Non-owning view of a table of degree n = 0 to p and order m over a flat buffer. The far field
-/// walks such buffers by their index; the view is the readable form of the same order.
+/// walks such buffers by their index; the view is the readable form of the same layout.
 ///
 /// @tparam T    double, std::complex<double>, or their const forms
 /// @tparam Kind 0 (complex) and 1 (real): orders 0 <= m <= n, entry n(n+1)/2 + m of

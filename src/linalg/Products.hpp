@@ -7,19 +7,18 @@
 
 /// Products of dense views by BLAS, checked: sizes that don't fit together are refused before the
 /// library is called. Outputs must not overlap inputs. All of them throw utility::RuntimeError,
-/// also for a size beyond 2^31 - 1, the library's integers. They have no state and may be called
-/// from pool tasks on separate data once setBlasThreads(1) has been.
+/// also for a size above 2^31 - 1, the limit of the library's integers. They have no state and may
+/// be called from pool tasks on separate data after setBlasThreads(1).
 ///
-/// Of these the program itself uses checkSameSize() and setBlasThreads(): its hot loops have small
-/// products of their own. The others are the plain form, in which the tests of the factorisations
-/// are written.
+/// Of these, the program itself uses checkSameSize() and setBlasThreads(); its hot loops have small
+/// products of their own. The tests of the factorisations use the others.
 namespace velmo::linalg {
 
 /// Checks that two vectors fit together.
 /// @throws utility::RuntimeError "Vectors have different sizes: size(X) = <n> != <m> size(Y) "
 void checkSameSize(u64 sizeX, u64 sizeY);
 
-/// Form in which a matrix enters a product: as it is, or transposed.
+/// How a matrix enters a product: as it is, or transposed.
 enum class Op : char { None = 'N', Transposed = 'T' };
 
 /// C = alpha op(A) op(B) + beta C. With `beta` 0 the old values of C are not read.
@@ -46,8 +45,8 @@ void matVec(MatrixView<const std::complex<double>> A,
 [[nodiscard]] double dot(MatrixView<const double, -1, 1> x, MatrixView<const double, -1, 1> y);
 
 /// Number of threads that the linear algebra library uses inside one call. The program sets 1 at
-/// its start: it runs its own threads above the library. Not to be called beside running library
-/// calls.
+/// its start: it calls the library from its own threads. Must not be called while library calls are
+/// running.
 void setBlasThreads(int numThreads);
 
 }  // namespace velmo::linalg

@@ -2,8 +2,9 @@
 
 #include "io/Types.hpp"
 
-/// What hot loops are built for: three levels of the instruction set, from one source per loop, and
-/// eight values at once on each of them. See `Lanes.hpp` for the values in registers.
+/// Targets of the hot loops: each loop has one source, which is compiled for three levels of the
+/// instruction set, and works on eight values at once on all of them. See `Lanes.hpp` for the
+/// values in registers.
 namespace velmo::math {
 
 /// Levels of the x86-64 instruction set.
@@ -13,14 +14,14 @@ enum class InstructionSet {
   Avx512     ///< AVX-512 F, DQ, VL, BW and CD: registers of 512 bits
 };
 
-/// The widest level that this machine runs. Found at the first call and the same from then on, so
-/// that equal input always takes the same path within a process. Safe from any thread.
+/// The widest level that this machine supports. Detected at the first call and kept, so that equal
+/// input always takes the same path within a process. Safe from any thread.
 ///
-/// Results of different levels differ by rounding: fused products, and other roots.
+/// Results of different levels differ by rounding, because of fused products and different roots.
 [[nodiscard]] InstructionSet instructionSet() noexcept;
 
-/// Values that a hot loop computes with at once, on every level: arrays that it walks have the same
-/// shape on all machines.
+/// Number of values that a hot loop processes at once. It is the same on every level, so its arrays
+/// have the same shape on all machines.
 inline constexpr u64 kNumLanes = 8;
 
 /// The smallest multiple of the number of lanes that is not below `count`: the length of an array

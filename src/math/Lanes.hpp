@@ -2,11 +2,12 @@
 
 #include "math/InstructionSet.hpp"
 
-/// Eight doubles that are computed with at once, in registers of the instruction set that a source
-/// file is built for: one of 512 bits, a pair of 256, or two pairs of 128. Compilers split a vector
-/// that is wider than the registers through memory, ten times slower; pairs stay in registers.
+/// Eight doubles that are processed at once, in registers of the instruction set that a source file
+/// is compiled for: one of 512 bits, a pair of 256, or two pairs of 128. Compilers split a vector
+/// that is wider than the registers by way of memory, which is ten times slower; pairs stay in
+/// registers.
 ///
-/// This header holds what is the same for all sets. `LanesBaseline.hpp`, `LanesAvx2.hpp` and
+/// This header contains what is the same for all sets. `LanesBaseline.hpp`, `LanesAvx2.hpp` and
 /// `LanesAvx512.hpp` each add, in a namespace of their own, the types `Lanes` and `LaneMask` and
 /// the operations that need instructions of the set:
 ///
@@ -14,29 +15,32 @@
 /// |-------------------|-------------------------------------|------------------------------------|
 /// | loadLanes(p)      | p[0] to p[7]                        | exact, any alignment               |
 /// | loadHalves(p, q)  | p[0] to p[3], then q[0] to q[3]     | exact, any alignment               |
+/// | loadStrided(p, s) | p[0], p[s] to p[7 s]                | exact                              |
+/// | loadFirst(p, n)   | p[0] to p[n - 1], then 0; n < 8     | exact, reads no more               |
+/// | loadRepeated<n>(p)| p[0] to p[n - 1] over and over      | exact; n 2, 4 or 8                 |
 /// | root(x)           | x^(1/2)                             | correctly rounded, 0 for 0         |
 /// | inverseRoot(x)    | x^(-1/2) of normal x                | a few last places                  |
 /// | bitsOf(mask)      | bit l is set where lane l is        | exact, 8 bits                      |
 /// | laneMask(bits)    | lane l is set where bit l is        | exact                              |
 ///
-/// The arithmetic operators round once per lane like those of double. A source that is built with
-/// FMA may fuse a product with the sum behind it; so sets agree to rounding, not in the last bit.
-/// Comparisons with a number that is none are false. All operations are inlined into the one source
-/// that is built for their set, and have no state.
+/// The arithmetic operators round once per lane like those of double. A source that is compiled
+/// with FMA may fuse a product with the following sum, so sets agree up to rounding, not in the
+/// last bit. Comparisons with NaN are false. All operations are inlined into the one source that is
+/// compiled for their set, and have no state.
 namespace velmo::math {
 
 /// Registers of 128, 256 and 512 bits.
 using Double2 [[gnu::vector_size(16)]] = double;
 using Double4 [[gnu::vector_size(32)]] = double;
 using Double8 [[gnu::vector_size(64)]] = double;
-/// What comparisons of them return: integers of 64 bits, all set (true) or none (false).
+/// Results of their comparisons: integers of 64 bits, all bits set (true) or none (false).
 using Mask2 = decltype(Double2{} < Double2{});
 using Mask4 = decltype(Double4{} < Double4{});
 using Mask8 = decltype(Double8{} < Double8{});
 
 /// Two halves, each a register or a pair again, with the operators of a vector. Halves of numbers
-/// make lanes; halves of integers, all bits set or none, make the masks that comparisons return.
-/// Lane l stands in `low` for l < 4, in `high` for the others.
+/// form lanes; halves of integers, with all bits set or none, form the masks that comparisons
+/// return. Lane l is in `low` for l < 4, otherwise in `high`.
 template <class Half>
 struct LanePair {
   Half low{};
@@ -44,8 +48,8 @@ struct LanePair {
 
   LanePair() = default;
   [[gnu::always_inline]] LanePair(Half a, Half b) : low(a), high(b) {}
-  /// One value in all lanes.
-  [[gnu::always_inline]] LanePair(double value) : low(Half{} + value), high(Half{} + value) {}
+  /// One value in all lanes. Taking zero away costs nothing; adding it would, for the sake of -0.
+  [[gnu::always_inline]] LanePair(double value) : low(value - Half{}), high(value - Half{}) {}
 
   [[gnu::always_inline]] friend LanePair operator+(LanePair a, LanePair b) {
     return {a.low + b.low, a.high + b.high};
@@ -85,7 +89,7 @@ template <class Half>
   return sumOfLanes(v.low + v.high);
 }
 
-/// A register from memory of any alignment.
+/// Loads a register from memory of any alignment.
 template <class Register>
 [[nodiscard, gnu::always_inline]] inline Register loadRegister(const void* from) {
   Register v;
@@ -93,7 +97,7 @@ template <class Register>
   return v;
 }
 
-/// Lane l to to[l], memory of any alignment.
+/// Stores lane l in to[l], memory of any alignment.
 template <class Register>
 [[gnu::always_inline]] inline void storeLanes(double* to, Register v) {
   __builtin_memcpy(to, &v, sizeof v);
@@ -105,7 +109,7 @@ template <class Half>
   storeLanes(to + sizeof(Half) / sizeof(double), v.high);
 }
 
-/// The value where the mask is set, +0 elsewhere: infinities and NaN of the other lanes vanish.
+/// The value where the mask is set, +0 elsewhere: infinities and NaN in the other lanes disappear.
 template <class Register, class Mask>
 [[nodiscard, gnu::always_inline]] inline Register whereSet(Mask mask, Register v) {
   return reinterpret_cast<Register>(reinterpret_cast<Mask>(v) & mask);
@@ -117,7 +121,8 @@ template <class Half, class Mask>
   return {whereSet(mask.low, v.low), whereSet(mask.high, v.high)};
 }
 
-/// Element j of row i becomes element i of row j, in place: as many rows as a row has lanes.
+/// Element j of row i becomes element i of row j, in place; there are as many rows as lanes in a
+/// row.
 [[gnu::always_inline]] inline void transpose(Double2 (&v)[2]) {
   const Double2 first = __builtin_shufflevector(v[0], v[1], 0, 2);
   v[1] = __builtin_shufflevector(v[0], v[1], 1, 3);
@@ -135,7 +140,7 @@ template <class Half, class Mask>
   v[3] = __builtin_shufflevector(b, d, 2, 3, 6, 7);
 }
 
-// Rows 1, 2 and 4 apart exchange blocks of as many elements.
+// Rows at a distance of 1, 2 and 4 exchange blocks of 1, 2 and 4 elements.
 [[gnu::always_inline]] inline void transpose(Double8 (&v)[8]) {
   Double8 a[8];
   for (u64 i = 0; i < 8; i += 2) {

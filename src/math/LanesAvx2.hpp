@@ -4,8 +4,8 @@
 
 #include "math/Lanes.hpp"
 
-/// Operations on lanes for AVX2 and FMA. Included only by sources that are built for this
-/// set. The table in `Lanes.hpp` says what each gives.
+/// Operations on lanes for AVX2 and FMA. Included only by sources that are compiled for this set.
+/// The table in `Lanes.hpp` describes them.
 namespace velmo::math::lanesAvx2 {
 
 /// Eight lanes in two registers of 256 bits.
@@ -21,6 +21,12 @@ using LaneMask = LanePair<Mask4>;
   return loadHalves(from, from + 4);
 }
 
+/// One number in `stride`.
+[[gnu::always_inline]] inline Lanes loadStrided(const double* from, u64 stride) {
+  return {Double4{from[0], from[stride], from[2 * stride], from[3 * stride]},
+          Double4{from[4 * stride], from[5 * stride], from[6 * stride], from[7 * stride]}};
+}
+
 /// Correctly rounded.
 [[gnu::always_inline]] inline Lanes root(Lanes squared) {
   return {_mm256_sqrt_pd(squared.low), _mm256_sqrt_pd(squared.high)};
@@ -29,10 +35,10 @@ using LaneMask = LanePair<Mask4>;
 using Bits4 [[gnu::vector_size(32)]] = unsigned long;
 
 /// x^(-1/2) without the processor's slow square root and division. Halving the exponent by integer
-/// arithmetic gives y within 3.5 percent; with e = 1 - x y^2 the series
-/// x^(-1/2) = y (1 + e/2 + 3 e^2/8 + 5 e^3/16 + 35 e^4/128 + O(e^5)) brings it to 1.1e-4 with two
-/// terms and to the last place with four.
-/// @pre squared is a normal number. Others give numbers whose cube is not finite.
+/// arithmetic gives y within 3.5 percent; with e = 1 - x y^2, two terms of the series x^(-1/2) = y
+/// (1 + e/2 + 3 e^2/8 + 5 e^3/16 + 35 e^4/128 + O(e^5)) reduce the error to 1.1e-4, and then four
+/// terms to the last place.
+/// @pre squared is a normal number. Other values give results whose cube is not finite.
 [[gnu::always_inline]] inline Double4 inverseRoot(Double4 squared) {
   constexpr unsigned long kHalfExponents = 0x5fe6eb50c7b537a9;
   const auto guess =
@@ -61,6 +67,25 @@ using Bits4 [[gnu::vector_size(32)]] = unsigned long;
 [[gnu::always_inline]] inline LaneMask laneMask(unsigned bits) {
   const Mask4 all = Mask4{} + static_cast<long>(bits);
   return {(all & Mask4{1, 2, 4, 8}) != 0, (all & Mask4{16, 32, 64, 128}) != 0};
+}
+
+/// The first `count` numbers, zero behind them.
+[[gnu::always_inline]] inline Lanes loadFirst(const double* from, u64 count) {
+  const LaneMask mask = laneMask((1U << count) - 1U);
+  return {_mm256_maskload_pd(from, reinterpret_cast<__m256i>(mask.low)),
+          _mm256_maskload_pd(from + 4, reinterpret_cast<__m256i>(mask.high))};
+}
+
+/// As many numbers over and over.
+template <u64 kCount>
+[[gnu::always_inline]] inline Lanes loadRepeated(const double* from) {
+  if constexpr (kCount == 8) return loadLanes(from);
+  if constexpr (kCount == 4) return loadHalves(from, from);
+  if constexpr (kCount == 2) {
+    const auto two = loadRegister<Double2>(from);
+    const Double4 half = __builtin_shufflevector(two, two, 0, 1, 0, 1);
+    return {half, half};
+  }
 }
 
 }  // namespace velmo::math::lanesAvx2

@@ -4,8 +4,8 @@
 
 #include "math/Lanes.hpp"
 
-/// Operations on lanes for AVX-512. Included only by sources that are built for this
-/// set. The table in `Lanes.hpp` says what each gives.
+/// Operations on lanes for AVX-512. Included only by sources that are compiled for this set. The
+/// table in `Lanes.hpp` describes them.
 namespace velmo::math::lanesAvx512 {
 
 /// Eight lanes in one register of 512 bits.
@@ -22,10 +22,29 @@ using LaneMask = Mask8;
                                  3, 4, 5, 6, 7);
 }
 
+/// One number in `stride`.
+[[gnu::always_inline]] inline Lanes loadStrided(const double* from, u64 stride) {
+  return Lanes{from[0],          from[stride],     from[2 * stride], from[3 * stride],
+               from[4 * stride], from[5 * stride], from[6 * stride], from[7 * stride]};
+}
+
+/// The first `count` numbers, zero behind them.
+[[gnu::always_inline]] inline Lanes loadFirst(const double* from, u64 count) {
+  return _mm512_maskz_loadu_pd(static_cast<__mmask8>((1U << count) - 1U), from);
+}
+
+/// As many numbers over and over.
+template <u64 kCount>
+[[gnu::always_inline]] inline Lanes loadRepeated(const double* from) {
+  if constexpr (kCount == 2) return _mm512_maskz_broadcast_f64x2(0xff, loadRegister<__m128d>(from));
+  if constexpr (kCount == 4) return _mm512_maskz_broadcast_f64x4(0xff, loadRegister<__m256d>(from));
+  if constexpr (kCount == 8) return loadLanes(from);
+}
+
 /// The processor's estimate y has 14 bits; with e = 1 - x y^2 the series
-/// x^(-1/2) = y (1 + e/2 + 3 e^2/8 + 5 e^3/16 + O(e^4)) brings it to the last place in one step,
-/// for two thirds of the time of a square root and a division.
-/// @pre squared is a normal number. Others give numbers that are no inverse root.
+/// x^(-1/2) = y (1 + e/2 + 3 e^2/8 + 5 e^3/16 + O(e^4)) makes it accurate to the last place in one
+/// step, in two thirds of the time of a square root and a division.
+/// @pre squared is a normal number. Other values give wrong results.
 [[gnu::always_inline]] inline Lanes inverseRoot(Lanes squared) {
   const Lanes y = _mm512_maskz_rsqrt14_pd(0xff, squared);
   const Lanes e = 1.0 - (squared * y) * y;

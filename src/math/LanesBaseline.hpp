@@ -4,8 +4,8 @@
 
 #include "math/Lanes.hpp"
 
-/// Operations on lanes for every x86-64 processor. Included only by sources that are built for this
-/// set. The table in `Lanes.hpp` says what each gives.
+/// Operations on lanes for every x86-64 processor. Included only by sources that are compiled for
+/// this set. The table in `Lanes.hpp` describes them.
 namespace velmo::math::lanesBaseline {
 
 /// Four lanes in two registers of 128 bits.
@@ -26,6 +26,13 @@ using LaneMask = LanePair<LanePair<Mask2>>;
 /// Four lanes from each place.
 [[gnu::always_inline]] inline Lanes loadHalves(const double* low, const double* high) {
   return {loadFour(low), loadFour(high)};
+}
+
+/// One number in `stride`.
+[[gnu::always_inline]] inline Lanes loadStrided(const double* from, u64 stride) {
+  return {
+      {Double2{from[0], from[stride]}, Double2{from[2 * stride], from[3 * stride]}},
+      {Double2{from[4 * stride], from[5 * stride]}, Double2{from[6 * stride], from[7 * stride]}}};
 }
 
 /// Correctly rounded.
@@ -56,6 +63,24 @@ using LaneMask = LanePair<LanePair<Mask2>>;
     return Mask2{-static_cast<long>(bits >> l & 1U), -static_cast<long>(bits >> (l + 1) & 1U)};
   };
   return {{two(0), two(2)}, {two(4), two(6)}};
+}
+
+/// The first `count` numbers, zero behind them.
+[[gnu::always_inline]] inline Lanes loadFirst(const double* from, u64 count) {
+  double v[8] = {};
+  for (u64 l = 0; l < count; ++l) v[l] = from[l];
+  return loadLanes(v);
+}
+
+/// As many numbers over and over.
+template <u64 kCount>
+[[gnu::always_inline]] inline Lanes loadRepeated(const double* from) {
+  if constexpr (kCount == 8) return loadLanes(from);
+  if constexpr (kCount == 4) return loadHalves(from, from);
+  if constexpr (kCount == 2) {
+    const auto two = loadRegister<Double2>(from);
+    return {{two, two}, {two, two}};
+  }
 }
 
 }  // namespace velmo::math::lanesBaseline

@@ -6,14 +6,14 @@
 
 #include "io/Types.hpp"
 
-/// Legendre polynomials and the two integrated families that shape functions are made of.
+/// Legendre polynomials and the two integrated families from which shape functions are built.
 ///
-/// The batches are the form that the program uses: they run a recurrence for many arguments at
-/// once, the order outside, the arguments innermost in contiguous arrays, so that the loops
-/// vectorise. They live on the stack and allocate nothing. The functors evaluate one polynomial at
-/// one argument: the plain form that the tests hold the shape functions against.
+/// The program uses the batches: they run a recurrence for many arguments at once, with the order
+/// in the outer loop and the arguments innermost in contiguous arrays, so that the loops vectorise.
+/// They live on the stack and don't allocate. The functors evaluate one polynomial at one argument;
+/// tests compare the shape functions with this plain form.
 ///
-/// Arguments may be any numbers; those of reference elements lie in [-1, 1], where |P_n| <= 1.
+/// Arguments may be any numbers; those of reference elements are in [-1, 1], where |P_n| <= 1.
 /// Source: Abramowitz and Stegun, Handbook of Mathematical Functions, 22.7.10.
 namespace velmo::math {
 
@@ -53,7 +53,7 @@ struct ScaledIntegratedLegendreP {
   [[nodiscard]] ScaledPolynomialValue operator()(u64 order, double x, double t) const;
 };
 
-/// Largest number of arguments of a batch: a few rows of it stay in the first cache.
+/// Largest number of arguments of a batch; a few rows of this length stay in the first-level cache.
 inline constexpr u64 kBatchSize = 64;
 
 /// One value per argument of a batch, shape (kBatchSize), aligned for all registers.
@@ -75,8 +75,8 @@ class LegendreBatch {
     std::fill_n(derivatives_.data(), count, 1.0);
   }
 
-  /// On to the next order n, with a = (2n - 1) / n and b = (n - 1) / n:
-  /// P'_n = x P'_(n-1) + n P_(n-1), P_n = a x P_(n-1) - b P_(n-2).
+  /// Advances to the next order n, with a = (2n - 1) / n and b = (n - 1) / n: P'_n = x P'_(n-1) + n
+  /// P_(n-1), P_n = a x P_(n-1) - b P_(n-2).
   void advance() noexcept {
     ++order_;
     const auto n = static_cast<double>(order_);
@@ -110,7 +110,7 @@ class LegendreBatch {
 template <bool Scaled>
 class IntegratedLegendreBatch {
  public:
-  /// Stands before order 2. Keeps pointers to `x` and, where scaled, `t`, shape (count) each.
+  /// Starts before order 2. Keeps pointers to `x` and, if scaled, `t`, shape (count) each.
   IntegratedLegendreBatch(const double* x, const double* t, u64 count) noexcept
       : x_(x), t_(t), count_(count) {
     assert(count <= kBatchSize);
@@ -118,8 +118,8 @@ class IntegratedLegendreBatch {
     std::copy_n(x, count, rows_[1].data());
   }
 
-  /// On to the next order n: P_n = a x P_(n-1) - b t^2 P_(n-2) with a and b as in LegendreBatch,
-  /// and L_n = (P_n - t^2 P_(n-2)) / (2n - 1).
+  /// Advances to the next order n: P_n = a x P_(n-1) - b t^2 P_(n-2) with a and b as in
+  /// LegendreBatch, and L_n = (P_n - t^2 P_(n-2)) / (2n - 1).
   void advance() noexcept {
     ++order_;
     const auto n = static_cast<double>(order_);

@@ -16,8 +16,8 @@ using CellCode = u64;
   return (static_cast<u64>(std::bit_width(code)) - 1) / 2;
 }
 
-/// Affine map of a cell from the reference element to itself:
-/// xi' = t + xi_x (a00, a10) + xi_y (a01, a11), all in reference coordinates.
+/// Affine map of the reference element onto a cell of it: xi' = t + xi_x (a00, a10) + xi_y (a01,
+/// a11), all in reference coordinates.
 struct CellMap {
   double a00 = 1.0;
   double a10 = 0.0;

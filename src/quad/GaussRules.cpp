@@ -114,8 +114,8 @@ RuleFamily<2> quadFamily(u64 minOrder, u64 maxOrder) {
                        RealBlockStore(std::move(weightCounts)), std::move(entries.orders)};
 
   // Entry k takes the line rule for order minOrder + k, not for its own order: in a family over a
-  // range the rule is smaller than its block, whose rest stays zero. The areas of elements, and
-  // with them the distances at which cells are divided, rest on this.
+  // range of orders the rule is smaller than its block, and the rest of the block stays zero. The
+  // areas of elements, and with them the distances at which cells are divided, depend on this.
   const RuleFamily<1> lines = lineFamily(minOrder, maxOrder);
   using Tensor = fe::TensorProductRule<QuadratureInterface<1>, QuadratureInterface<1>>;
   for (u64 k = 0; k < family.orders.size(); ++k) {

@@ -28,8 +28,8 @@ struct LineRule {
 ///   P_0 = 1, P_1 = z, j P_j = (2j - 1) z P_(j-1) - (j - 1) P_(j-2) for j = 2 to n
 ///   P_n' = n (z P_n - P_(n-1)) / (z^2 - 1)
 ///
-/// The other half is mirrored, so the rule is symmetric about m.
-/// Source: Abramowitz and Stegun, Handbook of Mathematical Functions, 25.4.30.
+/// The other half is mirrored, so that the rule is symmetric about m. Source: Abramowitz and
+/// Stegun, Handbook of Mathematical Functions, 25.4.30.
 ///
 /// @pre    n >= 1 and b > a (asserted)
 /// @return points strictly inside (a, b) with their weights, shape (n) each
@@ -42,10 +42,10 @@ struct LineRule {
 
 /// Products of line rules on the unit square, with the orders of `lineFamily`.
 ///
-/// Entry k has room for n^2 points, but holds the product of the line rule for order minOrder + k
-/// with itself; where that one is smaller, the block ends in points (0, 0) of weight 0. With
-/// minOrder = maxOrder, entry 0 is the full rule of that order. The areas of elements, and with
-/// them the distances at which cells are divided, rest on the smaller rules of a range.
+/// Entry k has room for n^2 points, but contains the product of the line rule for order minOrder +
+/// k with itself; if that is smaller, the block ends with points (0, 0) of weight 0. With minOrder
+/// = maxOrder, entry 0 is the full rule of that order. The areas of elements, and with them the
+/// distances at which cells are divided, are computed with the smaller rules of a range.
 /// @throws utility::RuntimeError as `lineFamily`
 [[nodiscard]] RuleFamily<2> quadFamily(u64 minOrder, u64 maxOrder);
 
@@ -55,8 +55,8 @@ template <class First, class Second>
 class TensorProductRule;
 
 /// Product of two line rules on the unit square: point q = i n + j is (x_i, y_j) with the weight
-/// w_i w_j, n the points of the second rule. Owns its points and weights; the pointers of the base
-/// view lead to them.
+/// w_i w_j, where n is the number of points of the second rule. Owns its points and weights, to
+/// which the base view points.
 template <>
 class TensorProductRule<QuadratureInterface<1>, QuadratureInterface<1>>
     : public QuadratureInterface<2> {
@@ -79,8 +79,8 @@ class TensorProductRule<QuadratureInterface<1>, QuadratureInterface<1>>
 
 namespace detail_ {
 
-/// Highest order that a Gauss family is built for: 200 points per direction. Families of higher
-/// orders are of no use to anybody, and their tensor products do not fit into memory.
+/// Highest order of a Gauss family: 200 points per direction. Nobody needs higher orders, and their
+/// tensor products don't fit into memory.
 inline constexpr u64 kMaxGaussOrder = 399;
 
 /// One entry per rule of a Gauss family.

@@ -17,7 +17,7 @@ void RecursiveQuadrature::initialize(const std::array<double, 3>& target,
 
   const topo::ReferenceType kind = element.kind;
   const QuadratureInterface<2> rule = rules_.rule(kind);
-  // A ratio that is no number, of a target on an element without extent, is not below the limit.
+  // The ratio is NaN for a target on an element without extent; NaN is not below the limit.
   if (!(distanceRatio(1, target, element) <= minRelDist_)) {
     cells_.push_back(1);
     points_.assign(rule.points, rule.points + 2 * rule.numPoints);
@@ -56,8 +56,8 @@ double RecursiveQuadrature::distanceRatio(CellCode code, const std::array<double
   return std::sqrt(dx * dx + dy * dy + dz * dz) / (scale * element.size);
 }
 
-// Depth first with child 3 before child 0: the order in which a recursion over children 0 to 3 that
-// puts every leaf cell in front of those found before leaves its list.
+// Depth first with child 3 before child 0: this is the order of a recursion over children 0 to 3
+// that inserts every leaf cell at the front of its list.
 void RecursiveQuadrature::collect(const std::array<double, 3>& target,
                                   const MappedElement& element) {
   pending_.assign(1, 1);

@@ -12,8 +12,8 @@
 
 namespace velmo::quad {
 
-/// A surface element as the subdivision sees it. The element itself may lie anywhere: only the
-/// distance of its points to the target is measured.
+/// A surface element, as far as the subdivision needs it. Only the distances of its points to the
+/// target matter.
 struct MappedElement {
   topo::ReferenceType kind;  ///< triangle or quadrilateral
   double size;               ///< h = sqrt(2 area), in the unit of the target
@@ -23,8 +23,8 @@ struct MappedElement {
 
 /// Quadrature rule for one pair of target point and element: the reference element is split into a
 /// quadtree of similar cells, refined towards the target, with the ordinary rule on every leaf
-/// cell. This is the plain reference that tests hold the near field against: the near field takes
-/// the same cells from tables per element type.
+/// cell. Tests compare the near field with this plain reference; the near field takes the same
+/// cells from tables per element type.
 ///
 /// A cell c of level L is a leaf when |x - y(T_c(m))| / (2^-L h) exceeds `minRelDist` or L reaches
 /// `maxLevel`; x is the target, y the element's map, T_c the map of the cell, m the reference

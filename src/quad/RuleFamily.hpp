@@ -11,8 +11,8 @@ namespace velmo::quad {
 /// View of one quadrature rule on a reference element of `N` dimensions:
 /// int f is about the sum over q < numPoints of weights[q] f(points[N q], .., points[N q + N - 1]).
 ///
-/// Coordinates and weights belong to the reference element; no rule knows a Jacobian. Owns nothing:
-/// valid as long as the family or the rule that it was taken from.
+/// Coordinates and weights are those of the reference element, without a Jacobian. Owns nothing;
+/// valid as long as the family or rule that it was taken from.
 template <std::size_t N>
 class QuadratureInterface {
  public:
@@ -30,7 +30,7 @@ class QuadratureInterface {
 
 /// Blocks of doubles of different lengths in one contiguous array: block i is
 /// data[offsets[i]] .. data[offsets[i] + sizes[i] - 1]. Owns its data; spans into it stay valid
-/// while the store lives and isn't moved from. Const operations may run on many threads.
+/// until the store is destroyed or moved from. Const operations may run on many threads.
 class RealBlockStore {
  public:
   RealBlockStore() = default;
@@ -49,13 +49,13 @@ class RealBlockStore {
   }
 
   /// The first `needed` values of block `i`.
-  /// @throws utility::RuntimeError "Real block is corrupt" when the block is shorter or there is no
+  /// @throws utility::RuntimeError "Real block is corrupt" if the block is shorter or there is no
   ///         block `i`
   [[nodiscard]] std::span<double> block(u64 i, u64 needed);
   [[nodiscard]] std::span<const double> block(u64 i, u64 needed) const;
 
   std::vector<u64> sizes;    ///< length of each block
-  std::vector<double> data;  ///< all blocks, one behind the other
+  std::vector<double> data;  ///< all blocks, one after the other
   std::vector<u64> offsets;  ///< sums of the sizes before each block
 };
 
@@ -68,14 +68,14 @@ struct RuleFamily {
   std::vector<u64> orders;  ///< ascending; polynomial degree up to which rule i is exact
 };
 
-/// Position of the first rule of at least `order`, by bisection. Beyond the last rule it writes
-/// "(WW) Order <order> is not available, falling back to <last>" to standard error and gives the
-/// last position.
+/// Position of the first rule of at least `order`, by bisection. For orders above the last rule it
+/// writes "(WW) Order <order> is not available, falling back to <last>" to standard error and
+/// returns the last position.
 /// @throws utility::RuntimeError "No rules available" for an empty family
 template <std::size_t N>
 [[nodiscard]] u64 indexOf(const RuleFamily<N>& family, u64 order);
 
-/// View of the rule that `indexOf` names; valid as long as `family`.
+/// View of the rule at the position that `indexOf` returns; valid as long as `family`.
 /// @throws utility::RuntimeError as `indexOf`; "Real block is corrupt" for a rule with fewer than
 ///         N coordinates per weight
 template <std::size_t N>

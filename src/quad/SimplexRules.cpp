@@ -25,7 +25,7 @@ using detail_::TriangleRecord;
 
 constexpr double kTolerance = 1.4901161193847656e-08;  // square root of the machine epsilon
 
-/// Family with one zero-filled block per run of records of equal order.
+/// Family with one zero-filled block per group of records of equal order.
 template <std::size_t N, class Record>
 RuleFamily<N> emptyFamilyFor(std::span<const Record> records) {
   std::vector<u64> orders;
@@ -81,7 +81,7 @@ namespace detail_ {
 
 RuleFamily<2> triangleFamilyOf(std::span<const TriangleRecord> records) {
   RuleFamily<2> family = emptyFamilyFor<2>(records);
-  // Blocks lie one behind the other, so record i is point i of the whole store.
+  // Blocks follow each other without gaps, so record i is point i of the whole store.
   for (u64 i = 0; i < records.size(); ++i) {
     const auto& [order, weight, a, b, c] = records[i];
     const double sum = a + b + c;

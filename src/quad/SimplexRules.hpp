@@ -15,14 +15,13 @@ namespace velmo::quad {
 [[nodiscard]] const RuleFamily<2>& triangleTable();
 
 /// The tabulated rules on the tetrahedron: one for each order from 1 to 15. Made and checked by the
-/// first call, which may come from any thread. No surface needs them: they complete the rules for
-/// those who use the library on volumes.
+/// first call, which may come from any thread. Surfaces don't need them; they are for uses of the
+/// library on volumes.
 [[nodiscard]] const RuleFamily<3>& tetrahedronTable();
 
 /// Rules on the triangle: the table from the first rule of at least `minOrder` to the first of at
-/// least `maxOrder`. Where `maxOrder` is 20 or more, the table is followed by collapsed rules of
-/// the orders 21, 23, .. up to at least `maxOrder`; with `minOrder` 20 or more there are only
-/// those.
+/// least `maxOrder`. If `maxOrder` is 20 or more, collapsed rules of the orders 21, 23, .. up to at
+/// least `maxOrder` follow; if `minOrder` is 20 or more there are only those.
 ///
 /// A collapsed rule is the rule of `quadFamily` for its order, mapped from the unit square by the
 /// bilinear map with the corners (0,0), (1,0), (1,1) and (1/2,1/2), the midpoint of the hypotenuse:
@@ -55,19 +54,19 @@ struct TetrahedronRecord {
   double weight;
 };
 
-/// Family from records in which rules follow one another by ascending order. A record's point is
-/// (a + b, b), its weight half the record's.
+/// Family from records that are sorted by ascending order of their rules. A record gives the point
+/// (a + b, b) with half of the record's weight.
 /// @throws utility::RuntimeError, with a tolerance of the square root of the machine epsilon,
 ///   "Sum of barycentric coords is not 1: <sum> <difference>", "Sum of weights is not 1/2: <sum>"
 [[nodiscard]] RuleFamily<2> triangleFamilyOf(std::span<const TriangleRecord> records);
 
-/// The same for the tetrahedron, points and weights as they stand in the records.
+/// The same for the tetrahedron, with points and weights as in the records.
 /// @throws utility::RuntimeError "Sum of weights is not 1/6: <sum>"
 [[nodiscard]] RuleFamily<3> tetrahedronFamilyOf(std::span<const TetrahedronRecord> records);
 
 /// `triangleFamily` on top of any table of triangle rules.
-/// @throws utility::RuntimeError "Cannot find min order? ", "Cannot find max order? " when the
-///         table ends below an order under 20; "Need to have tensor product rule" when it holds a
+/// @throws utility::RuntimeError "Cannot find min order? ", "Cannot find max order? " if the table
+///         ends below a requested order under 20; "Need to have tensor product rule" if it has a
 ///         rule of order 20 or more
 [[nodiscard]] RuleFamily<2> triangleFamily(const RuleFamily<2>& table, u64 minOrder, u64 maxOrder);
 

@@ -10,8 +10,8 @@ namespace velmo::quad {
 
 namespace {
 
-/// Without the rest of a block that its rule does not fill: points of weight zero in a vertex,
-/// where a target would make them no number instead of nothing.
+/// Drops the end of a block that its rule doesn't fill: points of weight zero in a vertex, which
+/// would give NaN instead of 0 for a target in that vertex.
 QuadratureInterface<2> withoutRest(QuadratureInterface<2> rule) {
   while (rule.numPoints > 0 && rule.weights[rule.numPoints - 1] == 0.0) --rule.numPoints;
   return rule;

@@ -24,20 +24,20 @@ struct NodalLegendreGenerator {
 };
 }  // namespace Nodal
 
-/// Orders beyond this come from a damaged input, not from a solver: an element would have some
-/// 65,000 functions. The bound keeps function counts and workspaces in range.
+/// Higher orders come from a damaged input, not from a solver: an element would have about 65,000
+/// functions. The bound limits function counts and workspaces.
 inline constexpr u64 kMaxBasisOrder = 255;
 
 /// Hierarchical polynomial basis of one order on the triangle (D = 2) or quadrilateral (D = 3).
 ///
 /// All evaluations take points inside or on the reference element and write function-major arrays,
 /// shape (numPoints, number of functions), point index fastest: values[i * numPoints + q].
-/// Gradients are two such arrays, d/dx then d/dy. The raw functions stand in `RawFunctions.hpp`;
-/// `eval` gives those of the generator. Const operations are re-entrant, allocate nothing and write
-/// only to the caller's arrays.
+/// Gradients are two such arrays, d/dx then d/dy. The raw functions are defined in
+/// `RawFunctions.hpp`; `eval` returns those of the generator. Const operations are re-entrant,
+/// don't allocate and write only to the caller's arrays.
 ///
-/// The program evaluates densities by `eval` and geometry maps by `eval` and `evalGradient`. The
-/// raw functions, one sub-entity at a time, are the plain view that tests hold these against.
+/// The program evaluates densities by `eval` and geometry maps by `eval` and `evalGradient`. Tests
+/// compare these with the raw functions, evaluated for one sub-entity at a time.
 template <int D, class Generator>
 class HierarchicalBasisFunction {
  public:
@@ -56,8 +56,8 @@ class HierarchicalBasisFunction {
   [[nodiscard]] u64 edgeOrder() const noexcept { return order_; }
   [[nodiscard]] u64 interiorOrder() const noexcept { return order_; }
 
-  /// What turns the raw functions into the generator's, with its tables: the means of the
-  /// element-local functions.
+  /// Transforms the raw functions into the generator's; for element-local functions it contains
+  /// their means.
   [[nodiscard]] const auto& transformation() const noexcept { return transformation_; }
 
   /// The generator's functions at the points, shape (numPoints, numFunctions()).

@@ -62,7 +62,7 @@ HierarchicalDofGeneratorData makeData(u64 order, bool withInterpolation) {
   return data;
 }
 
-/// Entries never move and are never removed, so references to their data stay valid.
+/// Entries are never moved or removed, so references to their data stay valid.
 template <int D>
 struct Registry {
   using Key = std::pair<u64, bool>;

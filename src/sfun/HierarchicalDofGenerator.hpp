@@ -16,20 +16,20 @@ namespace velmo::sfun {
 /// by any number of threads.
 class InterpolationBlockMatrix {
  public:
-  /// Puts a copy of a square block at a position; positions without a block take no rows.
+  /// Stores a copy of a square block at a position; positions without a block have no rows.
   /// @throws utility::RuntimeError
   ///         "velmo::sfun::InterpolationBlockMatrix::insert:Matrix block already exists!"
   void insert(u64 position, linalg::MatrixView<const double> block);
 
-  /// Inverts the blocks that were inserted since the last call. Belongs behind the last `insert`.
+  /// Inverts the blocks that were inserted since the last call. Call it after the last `insert`.
   /// @throws utility::RuntimeError "Matrix is not square!"
   /// @throws std::runtime_error    "LU decomposition failed with: <info>" for a singular block
   void finish();
 
-  /// Rows of all blocks together.
+  /// Number of rows of all blocks together.
   [[nodiscard]] u64 size() const noexcept { return size_; }
 
-  /// sol = inverse times rhs; both hold at least `size()` values.
+  /// sol = inverse times rhs; both must have at least `size()` values.
   /// @throws utility::RuntimeError
   ///         "InterpolationBlockMatrix::solve:finish() has not been called!",
   ///         "InterpolationBlockMatrix::solve:Rhs is insufficient!",
@@ -49,19 +49,19 @@ class InterpolationBlockMatrix {
   bool finished_ = false;
 };
 
-/// What the generator of one order needs on one reference element. Const after construction.
+/// Data of the generator of one order on one reference element. Const after construction.
 struct HierarchicalDofGeneratorData {
   std::vector<double> means;               ///< of the raw functions, as `HierarchicalBasisFunction`
   InterpolationBlockMatrix interpolation;  ///< one block, the mass matrix of the functions
 };
 
 /// Process-wide registry of generator data on the triangle (D = 2) or quadrilateral (D = 3), keyed
-/// by order and by whether the interpolation matrix is wanted. Data are made once and stay for the
+/// by order and by whether the interpolation matrix is needed. Data are made once and kept for the
 /// rest of the run; all operations may be called from many threads.
 template <int D>
 class HierarchicalDofGeneratorStorage {
  public:
-  /// The data of a key, made at first use where `allowInsert` says so.
+  /// The data of a key, made at first use if `allowInsert` is true.
   /// @throws utility::RuntimeError "HierarchicalDofGenerator::getInstance::Data not found!"
   [[nodiscard]] static const HierarchicalDofGeneratorData& getInstance(u64 order,
                                                                        bool withInterpolation,
@@ -83,8 +83,8 @@ class HierarchicalDofGenerator {
 
   explicit HierarchicalDofGenerator(u64 order);
 
-  /// Coefficients of `function`, which is called once, with all points where it is sampled: those
-  /// of the rule of order max(2 p + 1, 5).
+  /// Coefficients of `function`, which is called once with all sampling points: those of the rule
+  /// of order max(2 p + 1, 5).
   [[nodiscard]] std::vector<double> solve(const Function& function) const;
 
  private:

@@ -119,8 +119,8 @@ MonomialBasis::MonomialBasis(std::span<const double> nodes) {
   if (count != kNumMonomials)
     throw std::runtime_error("Failed to construct right number of monomials: " +
                              std::to_string(kNumMonomials) + " != " + std::to_string(count));
-  // Column k holds the monomials at node k, so that row k of the inverse holds those factors that
-  // give 1 at node k and 0 at the others.
+  // Column k contains the monomials at node k, so row k of the inverse contains the factors of the
+  // function that is 1 at node k and 0 at the others.
   for (u64 k = 0; k < kNumMonomials; ++k) {
     const MonomialRow values = monomials(nodes[2 * k], nodes[2 * k + 1]);
     std::copy_n(values.data(), kNumMonomials, coefficients_.data() + k * kNumMonomials);
@@ -146,7 +146,7 @@ void MonomialBasis::evalGradient(geom::ReferencePoints points, double* gradients
 const NodalBasis& serendipityBasis() {
   static const MonomialBasis basis = [] {
     const topo::NodePoints nodes = topo::nodePoints(topo::ReferenceType::Quadrilateral, 2);
-    // All nodes of order 2 but the last, the centre.
+    // All nodes of order 2 except the last one, the centre.
     return MonomialBasis(std::span(nodes.points).first(2 * MonomialBasis::kNumNodes));
   }();
   return basis;

@@ -9,8 +9,8 @@
 namespace velmo::sfun {
 
 /// Functions that are 1 at one node of an element and 0 at the others, in the order of
-/// `topo::nodePoints`. Const operations are re-entrant; after a thread's first call they allocate
-/// nothing.
+/// `topo::nodePoints`. Const operations are re-entrant; after a thread's first call they don't
+/// allocate.
 class NodalBasis {
  public:
   NodalBasis() = default;

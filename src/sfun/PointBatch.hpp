@@ -7,11 +7,11 @@
 
 namespace velmo::sfun::detail_ {
 
-/// Up to `math::kBatchSize` (64) reference points, turned from (x, y) pairs to one row of x and one
-/// of y, so that the loops of the recurrences run over contiguous values.
+/// Up to `math::kBatchSize` (64) reference points, with (x, y) pairs rearranged into one row of x
+/// and one of y, so that the loops of the recurrences run over contiguous values.
 ///
-/// Lies on the stack: two rows of 512 bytes, aligned to 64. Only the first `count` values of a row
-/// are set. Const while functions are evaluated; each thread makes its own.
+/// It is kept on the stack: two rows of 512 bytes, aligned to 64. Only the first `count` values of
+/// a row are set. Const while functions are evaluated; each thread makes its own.
 struct PointBatch {
   u64 count;         ///< points in use, 1 to math::kBatchSize
   math::BatchRow x;  ///< reference coordinates x of the points
@@ -27,9 +27,9 @@ struct PointBatch {
   }
 };
 
-/// The columns of one batch in a function-major array: function i at point q of the batch stands in
-/// data[i * stride + q]. A view, passed by value; the caller owns the array and keeps batches of
-/// different threads apart.
+/// The columns of one batch in a function-major array: function i at point q of the batch is data[i
+/// * stride + q]. A view, passed by value; the caller owns the array and keeps batches of different
+/// threads apart.
 struct Rows {
   double* data;  ///< function 0 at the first point of the batch
   u64 stride;    ///< number of points of the whole array
@@ -41,8 +41,8 @@ struct Rows {
 };
 
 /// Calls `work(batch, first)` for the points in batches, in their order; `first` is the number of
-/// the first point, a multiple of math::kBatchSize. The last batch may be shorter. Allocates
-/// nothing.
+/// the first point, a multiple of math::kBatchSize. The last batch may be shorter. Doesn't
+/// allocate.
 template <class Work>
 void forEachBatch(geom::ReferencePoints points, const Work& work) {
   const u64 numPoints = points.numPoints();

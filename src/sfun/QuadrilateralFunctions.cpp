@@ -17,7 +17,8 @@ struct Factor {
   [[nodiscard]] double slope() const noexcept { return complement ? -1.0 : 1.0; }
 };
 
-// Vertices go round: the factors in x are (1-x), x, x, (1-x), those in y (1-y), (1-y), y, y.
+// Vertices are numbered around the square: the factors in x are (1-x), x, x, (1-x), those in y
+// (1-y), (1-y), y, y.
 constexpr Factor factorX(u64 node) { return {node == 0 || node == 3}; }
 constexpr Factor factorY(u64 node) { return {node < 2}; }
 
@@ -73,7 +74,8 @@ void RawFunctions<3>::interior(const PointBatch& batch, u64 p, Rows out) {
   const BatchRow x = symmetric(batch.x, batch.count);
   const BatchRow y = symmetric(batch.y, batch.count);
 
-  // The rows of a = p hold the plain L_b(2y - 1) until their own turn, which is the last.
+  // The rows of a = p keep the plain L_b(2y - 1) for the other rows until they are multiplied
+  // themselves, at the end.
   const Rows last = out.from((n - 1) * n);
   IntegratedLegendreBatch<false> Ly(y.data(), nullptr, batch.count);
   for (u64 b = 0; b < n; ++b) {
@@ -119,7 +121,7 @@ void RawFunctions<3>::interiorGradient(const PointBatch& batch, u64 p, Rows dx, 
   const BatchRow x = symmetric(batch.x, batch.count);
   const BatchRow y = symmetric(batch.y, batch.count);
 
-  // As for the values: the rows of a = p hold L_b(2y - 1) and half its derivative for all others.
+  // As for the values: the rows of a = p keep L_b(2y - 1) and half its derivative for all others.
   const Rows lastX = dx.from((n - 1) * n);
   const Rows lastY = dy.from((n - 1) * n);
   IntegratedLegendreBatch<false> Ly(y.data(), nullptr, batch.count);

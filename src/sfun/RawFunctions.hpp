@@ -7,14 +7,14 @@
 #include "sfun/TriangleFunctions.hpp"
 #include "topo/ReferenceElement.hpp"
 
-/// The hierarchical functions themselves, before any generator transforms them: D = 2 on the
-/// triangle, D = 3 on the quadrilateral. The formulas stand in TriangleFunctions.hpp and
+/// The hierarchical functions themselves, before a generator transforms them: D = 2 on the
+/// triangle, D = 3 on the quadrilateral. The formulas are in TriangleFunctions.hpp and
 /// QuadrilateralFunctions.hpp.
 ///
 /// Order of the functions: all vertices, then edge by edge the orders 2 to p, then the interior.
-/// Raising p adds functions and changes none. Order 0 is the constant 1/area, of integral 1.
-/// All arrays are function-major: row i holds function i at all points. Nothing here allocates,
-/// but for `ruleFamily`.
+/// Raising p adds functions without changing the others. Order 0 is the constant 1/area, of
+/// integral 1. All arrays are function-major: row i holds function i at all points. Nothing here
+/// allocates except `ruleFamily`.
 namespace velmo::sfun::detail_ {
 
 /// Number of functions of order 2 to p on one edge.

@@ -17,7 +17,8 @@ std::vector<double> computeMeans(u64 p) {
   if (p == 0) return means;
   const quad::RuleFamily<2> family = detail_::ruleFamily<D>(p);
   const quad::QuadratureInterface<2> rule = quad::rule(family, p);
-  // Batch by batch: all points at once would take far more memory than the means at high orders.
+  // Batch by batch, because at high orders all points at once would take far more memory than the
+  // means.
   std::vector<double> values(means.size() * math::kBatchSize);
   const detail_::Rows rows{values.data(), math::kBatchSize};
   detail_::forEachBatch({rule.points, 2 * rule.numPoints},
@@ -88,8 +89,8 @@ NodalTransformation<D>::NodalTransformation(u64 order)
   std::vector<double> values(numFunctions_ * numInner_);
   detail_::evalRawFunctions<D>(order, {innerNodes, 2 * numInner_}, values.data());
 
-  // Function-major values read as a column-major matrix are the transpose of B, so the inverse
-  // lands in the same memory as the rows of inv(B).
+  // Function-major values, read as a column-major matrix, are the transpose of B, so after
+  // inversion the memory contains the rows of inv(B).
   double* inverse = values.data() + kNumVertices * numInner_;
   linalg::invert(linalg::MatrixView<double>(inverse, numInner_, numInner_));
   std::copy_n(inverse, numInner_ * numInner_, inner_.data() + kNumVertices * numInner_);

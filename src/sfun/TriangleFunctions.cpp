@@ -80,7 +80,7 @@ void RawFunctions<2>::interior(const PointBatch& batch, u64 p, Rows out) {
   const auto rowOf = [n](u64 i, u64 j) { return i * n - i * (i - 1) / 2 + j; };
   const double* __restrict l2 = batch.y.data();
 
-  // P_0 = 1, so the functions with j = 0 come first and serve as the factor of all others.
+  // Since P_0 = 1, the functions with j = 0 are computed first and are then a factor of all others.
   const EdgeArguments arguments(batch, 0);
   IntegratedLegendreBatch<true> L(arguments.s.data(), arguments.t.data(), batch.count);
   for (u64 i = 0; i < n; ++i) {
@@ -130,7 +130,7 @@ void RawFunctions<2>::interiorGradient(const PointBatch& batch, u64 p, Rows dx, 
   u64 row = 0;
   for (u64 i = 0; i < n; ++i) {
     L.advance();
-    // f = l2 L with its y derivative L + l2 L_y; P_0 = 1 leaves it as it is.
+    // f = l2 L with its y derivative L + l2 L_y; with j = 0, P_0 = 1 leaves it unchanged.
     BatchRow f;
     double* __restrict fx = dx[row];
     double* __restrict fy = dy[row];

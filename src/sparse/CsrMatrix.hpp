@@ -13,11 +13,11 @@
 
 namespace velmo::sparse::csr {
 
-/// Row-compressed matrix whose pattern fills up as values arrive. Instantiated for double.
+/// Row-compressed matrix whose pattern grows as values are added. Instantiated for double.
 ///
-/// Each row has a fixed number of places. Used places come first, ascending by column; free ones
-/// hold the column id `kNone` and count as zeros in every product. Rows and columns are found by
-/// binary search; products run on one thread and allocate nothing.
+/// Each row has a fixed number of places. Used places come first, in ascending order of the
+/// columns; free ones have the column id `kNone` and count as zeros in every product. Rows and
+/// columns are found by binary search; products run on one thread and don't allocate.
 template <class T>
 class Matrix {
  public:
@@ -40,16 +40,16 @@ class Matrix {
   /// @throws utility::RuntimeError "Matrix has not been allocated", "Row ID too large: <row>"
   [[nodiscard]] Row getRow(u64 row) const;
 
-  /// Adds a dense block, shape (rows.size(), cols.size()). `op(entry, summand)` joins a value with
-  /// an entry that exists; a new column takes the value as it is, and the last place of a full row
-  /// is lost to it.
+  /// Adds a dense block, shape (rows.size(), cols.size()). `op(entry, summand)` combines a value
+  /// with an existing entry; a new column takes the value as it is, and in a full row the last
+  /// entry is lost.
   ///
-  /// Threads may add at once if they have different rows, or if all columns exist and `op` is
-  /// atomic.
+  /// Threads may add at the same time if they have different rows, or if all columns exist and `op`
+  /// is atomic.
   ///
   /// @throws utility::RuntimeError "Row out of range: <row>",
   ///   "Trying to add more values than anticipated: <count>" for more columns than the row has
-  ///   places, "Failed to find column ID: <column>" for a column behind the last of a full row or
+  ///   places, "Failed to find column ID: <column>" for a column after the last of a full row or
   ///   outside the matrix
   template <class Op>
   void addValues(std::span<const u64> rows, std::span<const u64> cols,
@@ -71,7 +71,7 @@ class Matrix {
   ///   "Input vector has wrong size: size(in)=<n> != numRows=<m>"
   void matMultTransAdd(InVector in, OutVector out, T alpha, bool conjugate) const;
 
-  /// out[r] = entry (r, r), 0 where there is none.
+  /// out[r] = entry (r, r), 0 if there is none.
   /// @throws utility::RuntimeError "Provided storage too small"
   void getDiagonal(OutVector out) const;
 
@@ -82,7 +82,7 @@ class Matrix {
   std::vector<T> values;        ///< of the same shape
 
  private:
-  /// First place of the row whose column is not below `col`, the row's end if there is none.
+  /// First place in the row whose column is not below `col`, or the end of the row.
   [[nodiscard]] u64 lowerBound_(u64 row, u64 col) const noexcept {
     const auto begin = colIds.begin() + static_cast<std::ptrdiff_t>(rowOffsets[row]);
     const auto end = colIds.begin() + static_cast<std::ptrdiff_t>(rowOffsets[row + 1]);

@@ -33,7 +33,7 @@ ExchangePlan::ExchangePlan(const IndexLayout& layout, std::span<const u64> nonLo
   for (const u64 id : ids) {
     const u64 owner = layout.ownerOf(id);
     if (owner == layout.thisRank()) throw utility::RuntimeError("Expected only non-local IDs here");
-    if (owner >= sendCounts.size()) sendCounts.resize(owner + 1);  // refused by the exchange
+    if (owner >= sendCounts.size()) sendCounts.resize(owner + 1);  // the exchange refuses it
     ++sendCounts[owner];
   }
   sendOffsets.resize(sendCounts.size());

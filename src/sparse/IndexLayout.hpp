@@ -6,24 +6,24 @@
 #include "comm/Comm.hpp"
 #include "io/Types.hpp"
 
-/// How indices are split over ranks, and what ranks exchange for it. Built on the main thread,
+/// How indices are divided among ranks, and what ranks have to exchange. Built on the main thread,
 /// constant afterwards.
 namespace velmo::sparse {
 
-/// How a global index range is split over ranks, one contiguous range each. Local indices of a rank
-/// count from its `ownedBegin()`.
+/// How a global index range is divided among ranks, one contiguous range each. Local indices of a
+/// rank count from its `ownedBegin()`.
 struct IndexLayout {
   /// No indices, on the world's communicator.
   IndexLayout() = default;
 
-  /// Layout in which this rank owns `localSize` indices behind those of the ranks before it.
+  /// Layout in which this rank owns `localSize` indices, after those of the ranks before it.
   IndexLayout(comm::Comm communicator, u64 localSize);
 
   /// The rank that owns `index`: the last one whose first index is not above it.
   /// @throws utility::RuntimeError "Partition: index <index> outside partition: [<offsets>]"
   [[nodiscard]] u64 ownerOf(u64 index) const;
 
-  /// Indices of all ranks.
+  /// Number of indices of all ranks.
   [[nodiscard]] u64 globalSize() const noexcept { return offsets.back(); }
   /// The range [ownedBegin, ownedEnd) of this rank.
   [[nodiscard]] u64 ownedBegin() const noexcept { return offsets[thisRank()]; }
@@ -52,10 +52,10 @@ struct ExchangePlan {
 
   std::vector<u64> ids;             ///< the foreign ids, in order of their owners
   std::vector<u64> sendCounts;      ///< ids of each rank
-  std::vector<u64> sendOffsets;     ///< start of each rank's run in `ids`
+  std::vector<u64> sendOffsets;     ///< start of each rank's range in `ids`
   std::vector<u64> requestedIds;    ///< ids of this rank that others need, rank after rank
   std::vector<u64> receiveCounts;   ///< requested ids of each rank
-  std::vector<u64> receiveOffsets;  ///< start of each rank's run in `requestedIds`
+  std::vector<u64> receiveOffsets;  ///< start of each rank's range in `requestedIds`
 };
 
 }  // namespace velmo::sparse

@@ -13,7 +13,7 @@
 namespace velmo::sparse {
 namespace {
 
-/// The part of an index list that one side of the ownership has.
+/// The owned or the remote part of an index list.
 struct Selection {
   std::vector<u64> positions;  ///< places in the list
   std::vector<u64> locals;     ///< their local indices
@@ -42,7 +42,7 @@ Split splitByOwnership(std::span<const u64> ids, const IndexLayout& layout,
   return split;
 }
 
-/// Ascending ids of `ids` that this rank doesn't own, each once.
+/// The ids in `ids` that this rank doesn't own, ascending, each once.
 std::vector<u64> foreignIds(std::span<const u64> ids, const IndexLayout& layout) {
   std::vector<u64> foreign;
   std::ranges::copy_if(ids, std::back_inserter(foreign), [&](u64 id) { return !layout.owns(id); });

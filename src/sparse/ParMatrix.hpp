@@ -10,8 +10,8 @@
 #include "sparse/IndexLayout.hpp"
 #include "sparse/ParVec.hpp"
 
-/// Matrices between distributed vectors. A matrix is filled once and then multiplied with: its
-/// pattern is that of allocate().
+/// Matrices between distributed vectors. A matrix is filled once and then used in products;
+/// allocate() determines its pattern.
 namespace velmo::sparse {
 
 /// A matrix between distributed vectors.
@@ -30,20 +30,20 @@ class ParMatrixBase {
   ParMatrixBase& operator=(ParMatrixBase&&) noexcept = default;
   virtual ~ParMatrixBase() = default;
 
-  /// out += alpha A in. `in` is as long as the columns, `out` as the rows; what other ranks own of
-  /// `out` goes to its remote part, which is then marked as scattered.
+  /// out += alpha A in. `in` is as long as the columns, `out` as the rows; the part of `out` that
+  /// other ranks own goes to its remote part, which is then marked as scattered.
   /// @throws utility::RuntimeError also what csr::Matrix::matMultAdd throws
   virtual void matMult(ParVec& in, ParVec& out, T alpha) const = 0;
   /// out += alpha A^T in. `in` is as long as the rows, `out` as the columns.
   virtual void matMultTrans(ParVec& in, ParVec& out, T alpha) const = 0;
   /// out += alpha A^H in.
   virtual void matMultConjTrans(ParVec& in, ParVec& out, T alpha) const = 0;
-  /// The diagonal entries of the rows that this rank owns, at least as many places.
+  /// The diagonal entries of the rows that this rank owns; `out` must have room for all of them.
   /// @throws utility::RuntimeError "Provided storage too small"
   virtual void getDiagonal(linalg::MatrixView<T, -1, 1, 1> out) const = 0;
 
-  IndexLayout rowLayout;          ///< split of the rows, that is of `out` in matMult()
-  IndexLayout colLayout;          ///< split of the columns, that is of `in`
+  IndexLayout rowLayout;          ///< layout of the rows, that is of `out` in matMult()
+  IndexLayout colLayout;          ///< layout of the columns, that is of `in`
   std::vector<u64> nonLocalCols;  ///< columns in use that other ranks own, ascending
   std::vector<u64> nonLocalRows;  ///< rows in use that other ranks own, ascending
 };
@@ -55,17 +55,17 @@ namespace csr {
 template <class T>
 class ParMatrix final : public ParMatrixBase<T> {
  public:
-  /// An empty matrix; `allocate` has to follow.
+  /// An empty matrix; call `allocate` next.
   /// @throws utility::RuntimeError "Using different communicators not supported"
   ParMatrix(IndexLayout rows, IndexLayout cols);
 
-  /// Makes room for the entries (rows[k], cols[k]), each pair once; the lists of foreign rows and
-  /// columns are taken from them.
-  /// @throws what ExchangePlan throws, for indices outside the layouts what IndexLayout throws
+  /// Makes room for the entries (rows[k], cols[k]), each pair once, and derives the lists of
+  /// foreign rows and columns from them.
+  /// @throws what ExchangePlan throws, and for indices outside the layouts what IndexLayout throws
   void allocate(std::span<const u64> rows, std::span<const u64> cols);
 
   /// Adds a dense block at global indices, shape (rows.size(), cols.size()). Many threads may add
-  /// at once if they have different rows or if all entries exist.
+  /// at the same time if they have different rows or if all entries exist.
   /// @throws utility::RuntimeError "Failed to find non-local row: <id>",
   ///   "Failed to find non-local col: <id>" and what Matrix::addValues throws
   void addValues(std::span<const u64> rows, std::span<const u64> cols,

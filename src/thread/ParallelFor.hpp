@@ -1,12 +1,8 @@
 #pragma once
 
 #include <algorithm>
-#include <atomic>
-#include <cstddef>
-#include <exception>
-#include <future>
+#include <functional>
 #include <iterator>
-#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -59,55 +55,33 @@ template <std::random_access_iterator Iterator>
 
 namespace internal_ {
 
-/// Waits for what was submitted, whichever way the loop is left: tasks refer to the loop's frame.
-struct PendingTasks {
-  std::vector<std::future<void>> futures;
-
-  explicit PendingTasks(std::size_t capacity) { futures.reserve(capacity); }
-  PendingTasks(const PendingTasks&) = delete;
-  PendingTasks& operator=(const PendingTasks&) = delete;
-  ~PendingTasks() {
-    for (const std::future<void>& future : futures)
-      if (future.valid()) future.wait();
-  }
-};
+/// Calls `function(i)` for each i below `count`: the loop of all others here. Takes memory once per
+/// worker, none per number.
+void forEachIndex(u64 count, const std::function<void(u64)>& function);
 
 }  // namespace internal_
 
-/// Calls `function(*it)` once for each element of [first, last), each as a task of its own.
+/// Calls `function(*it)` once for each element of [first, last).
 ///
-/// Tasks start in order and end in any order, so each writes to a place of its own. There is no
-/// chunking: for a share per worker pass the list that ranges() gives. When tasks throw, all of
-/// them run all the same, and then the exception of the first one in the order of the elements
-/// leaves the loop. Whichever way it is left, all tasks have ended, and the caller sees what they
-/// wrote. Allocates some memory per task: a task should take microseconds or more.
-template <std::forward_iterator Iterator, class Function>
+/// Each worker takes the next element when it has finished its last: elements start in order and
+/// end in any order, so each writes to a place of its own. There is no chunking: for a share per
+/// worker pass the list that ranges() gives. When calls throw, all others run all the same, and
+/// then the exception of the first element in order leaves the loop. Whichever way it is left, all
+/// calls have ended, and the caller sees what they wrote. A call should take microseconds or more.
+///
+/// A loop that a worker calls runs on that worker alone.
+template <std::random_access_iterator Iterator, class Function>
 void parallelFor(Iterator first, Iterator last, Function&& function) {
-  ThreadPool& workers = pool();
-  const auto numTasks = static_cast<std::size_t>(std::ranges::distance(first, last));
-  // Held here rather than in the futures' shared states, of which a worker may drop the last
-  // reference: so an exception is read and destroyed by the calling thread alone.
-  std::vector<std::exception_ptr> failures(numTasks);
-  internal_::PendingTasks pending(numTasks);
-  for (std::exception_ptr& failure : failures) {
-    pending.futures.push_back(workers.submit([&function, &failure, it = first] {
-      try {
-        function(*it);
-      } catch (...) {
-        failure = std::current_exception();
-      }
-    }));
-    ++first;
-  }
-  for (std::future<void>& future : pending.futures) future.get();
-  for (const std::exception_ptr& failure : failures)
-    if (failure) std::rethrow_exception(failure);
+  using Difference = std::iter_difference_t<Iterator>;
+  internal_::forEachIndex(static_cast<u64>(last - first), [&function, &first](u64 i) {
+    function(first[static_cast<Difference>(i)]);
+  });
 }
 
 namespace internal_ {
 
 /// The loop under its older name, for code that is shared with the main solver.
-template <std::forward_iterator Iterator, class Function>
+template <std::random_access_iterator Iterator, class Function>
 void parallelForTP(Iterator first, Iterator last, Function&& function) {
   parallelFor(first, last, std::forward<Function>(function));
 }
@@ -115,11 +89,10 @@ void parallelForTP(Iterator first, Iterator last, Function&& function) {
 }  // namespace internal_
 
 /// Calls `function(first, end)` for the pieces of [0, count), each of `length` numbers, the last
-/// one shorter. Workers take the pieces in order, each the next one when it has finished its last.
+/// one shorter, as parallelFor() does for its elements.
 ///
 /// The pieces don't depend on the number of threads, so what is computed piece by piece doesn't
-/// either. A range of one piece is run by the caller. When pieces throw, the rest is run all the
-/// same, and the exception of the first one in the order of the pieces leaves the loop.
+/// either. A range of one piece is run by the caller.
 /// @param length at least 1; a piece should take tens of microseconds
 template <class Function>
 void forPieces(u64 count, u64 length, Function&& function) {
@@ -128,25 +101,8 @@ void forPieces(u64 count, u64 length, Function&& function) {
     return;
   }
   const u64 numPieces = (count + length - 1) / length;
-  std::atomic<u64> next = 0;
-  std::mutex mutex;
-  u64 failedPiece = kNone;
-  std::exception_ptr failure;
-  const auto work = [&](u64 /*worker*/) {
-    for (u64 piece = next++; piece < numPieces; piece = next++) {
-      try {
-        function(piece * length, std::min(count, (piece + 1) * length));
-      } catch (...) {
-        const std::lock_guard lock(mutex);
-        if (piece >= failedPiece) continue;
-        failedPiece = piece;
-        failure = std::current_exception();
-      }
-    }
-  };
-  std::vector<u64> workers(std::min(numPieces, numThreads()));
-  parallelFor(workers.begin(), workers.end(), work);
-  if (failure) std::rethrow_exception(failure);
+  const auto piece = [&](u64 i) { function(i * length, std::min(count, (i + 1) * length)); };
+  internal_::forEachIndex(numPieces, std::ref(piece));
 }
 
 }  // namespace velmo::thread

@@ -1,6 +1,7 @@
 #include "thread/ThreadPool.hpp"
 
 #include <cassert>
+#include <chrono>
 #include <cmath>
 #include <list>
 #include <memory>
@@ -13,6 +14,9 @@ namespace {
 thread_local const ThreadPool* currentPool = nullptr;
 /// The queue on the stack of a worker; null on other threads.
 thread_local std::list<FunctionWrapper>* localQueue = nullptr;
+
+/// How long an idle worker looks for tasks before it sleeps: about what waking it costs.
+constexpr std::chrono::microseconds kSpinTime{50};
 
 struct ProcessThreads {
   u64 count = usableProcessors();
@@ -36,14 +40,14 @@ ThreadPool::ThreadPool(u64 numWorkers) {
   try {
     for (u64 i = 0; i < numWorkers; ++i) threads_.emplace_back(&ThreadPool::work_, this);
   } catch (...) {
-    done_ = true;
+    end_();
     throw;
   }
 }
 
-ThreadPool::~ThreadPool() { done_.exchange(true); }
+ThreadPool::~ThreadPool() { end_(); }
 
-bool ThreadPool::calledByOwnWorker_() const noexcept { return currentPool == this; }
+bool ThreadPool::calledByOwnWorker() const noexcept { return currentPool == this; }
 
 ThreadPool::Place::Place() {
   if (localQueue)
@@ -53,7 +57,10 @@ ThreadPool::Place::Place() {
 }
 
 void ThreadPool::enqueue_(Place place, FunctionWrapper task) {
-  if (place.shared) return queue_.push(std::move(*place.shared), std::move(task));
+  if (place.shared) {
+    queue_.push(std::move(*place.shared), std::move(task));
+    return wake_(1);
+  }
   place.local.front() = std::move(task);
   localQueue->splice(localQueue->end(), place.local);
 }
@@ -62,19 +69,47 @@ void ThreadPool::work_() {
   std::list<FunctionWrapper> tasks;
   localQueue = &tasks;
   currentPool = this;
-  while (!done_) runPendingTask_();
+  while (!done_) {
+    const u64 seen = numSignals_;
+    if (!runPendingTask_()) awaitSignal_(seen);
+  }
 }
 
-void ThreadPool::runPendingTask_() {
+bool ThreadPool::runPendingTask_() {
   if (!localQueue->empty()) {
     FunctionWrapper task = std::move(localQueue->front());
     localQueue->pop_front();
     task();
-  } else if (const auto task = queue_.tryPop()) {
-    (*task)();
-  } else {
+    return true;
+  }
+  const auto task = queue_.tryPop();
+  if (task) (*task)();
+  return task != nullptr;
+}
+
+void ThreadPool::wake_(u64 numTasks) {
+  {
+    const std::lock_guard lock(signalMutex_);
+    ++numSignals_;
+  }
+  if (numTasks >= threads_.size()) return signal_.notify_all();
+  for (u64 i = 0; i < numTasks; ++i) signal_.notify_one();
+}
+
+void ThreadPool::end_() {
+  done_ = true;
+  wake_(threads_.size());
+}
+
+void ThreadPool::awaitSignal_(u64 seen) {
+  const auto isSignalled = [&] { return done_ || numSignals_ != seen; };
+  const auto end = std::chrono::steady_clock::now() + kSpinTime;
+  while (std::chrono::steady_clock::now() < end) {
+    if (isSignalled()) return;
     std::this_thread::yield();
   }
+  std::unique_lock lock(signalMutex_);
+  signal_.wait(lock, isSignalled);
 }
 
 u64 numThreads() { return processThreads().count; }

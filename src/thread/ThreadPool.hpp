@@ -1,9 +1,11 @@
 #pragma once
 
 #include <atomic>
+#include <condition_variable>
 #include <future>
 #include <list>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <thread>
 #include <utility>
@@ -16,10 +18,11 @@
 /// are set and first asked for by the main thread; submit() may be called from any.
 namespace velmo::thread {
 
-/// A fixed number of workers that poll one shared queue.
+/// A fixed number of workers that take tasks from one shared queue.
 ///
-/// An idle worker spins on `yield`: a task starts within microseconds, and the process shows full
-/// load while the main thread works alone. A worker count above the number of cores costs time.
+/// An idle worker looks for tasks for some tens of microseconds, so that loops that follow each
+/// other closely start at once, and then sleeps until there is one. While the main thread works
+/// alone the other processors are free.
 class ThreadPool {
  public:
   /// Starts `numWorkers` threads.
@@ -44,7 +47,7 @@ class ThreadPool {
   [[nodiscard]] std::future<void> submit(F&& callable) {
     auto task = std::make_unique<std::packaged_task<void()>>(std::forward<F>(callable));
     std::packaged_task<void()>& kept = *task;
-    if (calledByOwnWorker_()) {
+    if (calledByOwnWorker()) {
       kept();
       return kept.get_future();
     }
@@ -56,6 +59,20 @@ class ThreadPool {
     enqueue_(std::move(place), std::move(wrapper));
     return future;
   }
+
+  /// Queues `numCopies` copies of a callable without arguments for workers of this pool, whoever
+  /// calls. No exception may leave it, and it must not refer to what ends before the pool: nobody
+  /// is told when it has run. When memory runs out nothing has been queued.
+  template <class F>
+  void post(const F& callable, u64 numCopies) {
+    std::vector<std::pair<ThreadsafeQueue::Place, FunctionWrapper>> tasks(numCopies);
+    for (auto& task : tasks) task.second = FunctionWrapper(callable);
+    for (auto& [place, task] : tasks) queue_.push(std::move(place), std::move(task));
+    wake_(numCopies);
+  }
+
+  /// Whether the calling thread is a worker of this pool.
+  [[nodiscard]] bool calledByOwnWorker() const noexcept;
 
  private:
   struct Joiner {
@@ -70,13 +87,20 @@ class ThreadPool {
     std::optional<ThreadsafeQueue::Place> shared;  ///< for the shared queue
   };
 
-  [[nodiscard]] bool calledByOwnWorker_() const noexcept;
   void enqueue_(Place place, FunctionWrapper task);
   void work_();
-  void runPendingTask_();
+  [[nodiscard]] bool runPendingTask_();
+  void wake_(u64 numTasks);
+  void end_();
+  void awaitSignal_(u64 seen);
 
   std::atomic<bool> done_ = false;
   ThreadsafeQueue queue_;
+  /// Grows, under the lock, behind each change that workers must see. Who has read it before he
+  /// looked at the queue can't miss a task that came in between.
+  std::atomic<u64> numSignals_ = 0;
+  std::mutex signalMutex_;
+  std::condition_variable signal_;
   std::vector<std::thread> threads_;
   Joiner joiner_{&threads_};  ///< behind `threads_`: joins before any member is destroyed
 };

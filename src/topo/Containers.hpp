@@ -16,12 +16,12 @@
 
 namespace velmo::topo {
 
-/// Vector of at most `N` values that lie in the object itself: it never allocates, and a copy is a
-/// copy of all N places. Entities hold their vertex ids in one, with N = 8, the most vertices of
-/// any shape. The places 0 .. size() - 1 are in use, 0 <= size() <= N always holds.
+/// Vector of at most `N` values that are stored in the object itself: it never allocates, and a
+/// copy copies all N places. Entities keep their vertex ids in one, with N = 8, the largest number
+/// of vertices of any shape. The places 0 .. size() - 1 are in use, 0 <= size() <= N always holds.
 ///
-/// Pointers and iterators lead into the object: they end with it, and with a move or a copy they
-/// don't follow. One object must not be changed by one thread while others use it.
+/// Pointers and iterators refer to the object itself, so they become invalid with it and don't
+/// follow a move or a copy. An object must not be changed by one thread while others use it.
 ///
 /// @tparam T a type with a default value, which fills the places that are not in use
 template <class T, std::size_t N>
@@ -43,8 +43,8 @@ class TinyVector {
       : TinyVector(std::span<const T>(values.begin(), values.size())) {}
 
   /// Appends a value.
-  /// @throws std::runtime_error "TinyVector::CAPACITY exceeded" when `N` values are there already,
-  ///         which stay as they are
+  /// @throws std::runtime_error "TinyVector::CAPACITY exceeded" when there are `N` values already,
+  ///         which stay unchanged
   void push_back(const T& value) {
     requireCapacity(size_ + 1);
     data_[size_++] = value;
@@ -70,7 +70,7 @@ class TinyVector {
   [[nodiscard]] const T* begin() const noexcept { return data(); }
   [[nodiscard]] const T* end() const noexcept { return data() + size_; }
 
-  /// Whether both hold the same values in the same order.
+  /// Whether both have the same values in the same order.
   friend bool operator==(const TinyVector& a, const TinyVector& b) {
     return std::ranges::equal(a, b);
   }
@@ -87,8 +87,8 @@ class TinyVector {
 template <std::size_t N>
 class Bitset;
 
-/// Eight flags in one byte, flag i in bit i; all off at first. Passed by value. Boxes of the tree
-/// mark their children with one.
+/// Eight flags in one byte, flag i in bit i; initially all off. Passed by value. Boxes of the tree
+/// use one to mark their children.
 template <>
 class Bitset<8> {
  public:
@@ -121,11 +121,11 @@ class Bitset<8> {
   std::uint8_t bits_ = 0;
 };
 
-/// A value that is made by whoever needs it first, and kept. Most runs never ask for most tables of
-/// a grid, and those take longer to make than all the rest.
+/// A value that is computed when it is first needed, and kept. Most runs never need most tables of
+/// a grid, and computing those takes longer than everything else in it.
 ///
-/// Owns the value. `get` may be called by many threads: one makes the value, the others wait. An
-/// object that was moved from gives an empty value, T().
+/// Owns the value. `get` may be called by many threads: one computes the value, the others wait. A
+/// moved-from object returns an empty value, T().
 template <class T>
 class Lazy {
  public:
@@ -136,8 +136,8 @@ class Lazy {
   Lazy& operator=(const Lazy&) = delete;
   ~Lazy() = default;
 
-  /// The value, made by `make()` in the first call. References stay valid when this is moved. An
-  /// exception of `make` passes through, and the next call tries again.
+  /// The value, computed by `make()` in the first call. References stay valid when this object is
+  /// moved. If `make` throws, the exception is passed on and the next call tries again.
   template <class Make>
   [[nodiscard]] const T& get(const Make& make) const {
     if (!state_) {

@@ -19,10 +19,10 @@ using EntityNodes = TinyVector<u64, 8>;
 [[nodiscard]] ReferenceType referenceType(u64 dim, u64 numNodes);
 
 /// One vertex, edge or face of a grid, by value: a copy of its vertex ids, valid without the grid.
-/// It is temporary when it was put together from vertex ids and its place in the grid isn't known.
+/// It is temporary if it was made from vertex ids and its place in the grid isn't known.
 ///
-/// Loops over a whole grid read its flat arrays; entities serve single questions, and tests hold
-/// the arrays against them.
+/// Loops over a whole grid read its flat arrays; entities answer single queries, and tests compare
+/// the arrays with them.
 class Entity {
  public:
   /// Temporary and without vertices.
@@ -57,8 +57,8 @@ class Entity {
 [[nodiscard]] ReferenceType referenceType(const Entity& entity);
 
 /// Walks the entities of codimension `Codim` of a grid in the order of their indices; made by the
-/// grid's `begin` and `end`. Holds a copy of the current entity and a pointer to the grid, which
-/// must live on. One iterator belongs to one thread.
+/// grid's `begin` and `end`. Keeps a copy of the current entity and a pointer to the grid, which
+/// must outlive it. An iterator must be used by one thread only.
 template <class GridType, u64 Codim>
 class EntityIterator {
  public:

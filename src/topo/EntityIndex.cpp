@@ -18,7 +18,7 @@ class EdgeTable {
 
   /// Adds the edge unless it is known. `placeA` and `placeB` are the places of its vertices.
   void insert(const Edge& edge, u64 placeA, u64 placeB) {
-    // Neighbouring vertices mostly have neighbouring places: this sum keeps their chains close
+    // Neighbouring vertices usually have neighbouring places; this sum keeps their chains close
     // together in memory and still spreads the edges that meet in one vertex.
     const auto [low, high] = std::minmax(placeA, placeB);
     u64& head = heads_[(2 * low + high) & (heads_.size() - 1)];
@@ -33,7 +33,7 @@ class EdgeTable {
 
  private:
   std::vector<u64> heads_;  ///< last edge of each chain, a power of two of chains
-  std::vector<u64> next_;   ///< edge before in the chain of each edge
+  std::vector<u64> next_;   ///< previous edge in the chain of each edge
   std::vector<Edge> edges_;
 };
 
@@ -56,7 +56,7 @@ std::vector<Edge> enumerateEdges(std::span<const u64> connectivity, std::span<co
     const u64 first = offsets[element];
     const u64 end = offsets[element + 1];
     if (first == end) continue;
-    // The edges of both shapes lead from each vertex to the next one around the element.
+    // In both shapes each edge connects a vertex with the next one around the element.
     const u64 firstPlace = vertexMap.find(connectivity[first]);
     u64 place = firstPlace;
     for (u64 i = first; i < end; ++i) {

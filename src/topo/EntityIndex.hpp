@@ -33,7 +33,7 @@ class EntityIndex {
  public:
   struct Entry {
     u64 hash;   ///< of the sorted vertex ids, see `hashSortedIds`
-    u64 index;  ///< number of the edge or element; which of them, the number of ids tells
+    u64 index;  ///< number of the edge or element; the number of ids says which
   };
 
   EntityIndex() = default;
@@ -41,7 +41,8 @@ class EntityIndex {
   /// of their hashes: linear time, two passes.
   explicit EntityIndex(std::span<const Entry> entries);
 
-  /// The entries in the bucket of `hash`, in the order of their insertion; not all need have it.
+  /// The entries in the bucket of `hash`, in the order of their insertion; some may have another
+  /// hash.
   [[nodiscard]] std::span<const Entry> bucket(u64 hash) const noexcept {
     if (entries_.empty()) return {};
     const u64 b = hash & mask_;

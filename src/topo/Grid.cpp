@@ -15,7 +15,7 @@ namespace velmo::topo {
 namespace {
 
 EntityNodes sorted(std::span<const u64> ids) {
-  // Two to four ids: insertion beats the general sort.
+  // For two to four ids insertion is faster than the general sort.
   EntityNodes nodes(ids);
   for (u64 i = 1; i < nodes.size(); ++i)
     for (u64 j = i; j > 0 && nodes[j] < nodes[j - 1]; --j) std::swap(nodes[j], nodes[j - 1]);
@@ -107,7 +107,7 @@ Grid<2>::Grid(u64 numElements, std::vector<u64> elementVertices, std::vector<u64
   vertexCounts.resize(numElements);
   for (u64 e = 0; e < numElements; ++e) {
     vertexCounts[e] = offsets[e + 1] - offsets[e];
-    (void)referenceType(kDimension, vertexCounts[e]);  // refuses other counts than 3 and 4
+    (void)referenceType(kDimension, vertexCounts[e]);  // refuses counts other than 3 and 4
   }
 }
 
@@ -153,7 +153,8 @@ u64 Grid<2>::index(const Entity& entity) const {
 }
 
 bool Grid<2>::hasVertices_(u64 index, const EntityNodes& sortedIds) const {
-  // The table doesn't say whether an index is an edge's or an element's; the number of ids does.
+  // The table doesn't say whether an index is that of an edge or an element; the number of ids
+  // does.
   if (sortedIds.size() == 2) return index < edges().size() && sorted(edges()[index]) == sortedIds;
   return index < numElements() && sorted(elementVertices(index)) == sortedIds;
 }

@@ -15,8 +15,8 @@
 
 namespace velmo::topo {
 
-/// Which rank owns the entities of one codimension: the smallest rank among those that hold them.
-/// There is one rank, which holds and owns them all, so nothing is stored per entity.
+/// Which rank owns the entities of one codimension: the smallest rank among those that have them.
+/// There is one rank, which has and owns them all, so nothing is stored per entity.
 class Ownership {
  public:
   explicit Ownership(comm::Comm comm)
@@ -24,13 +24,13 @@ class Ownership {
 
   [[nodiscard]] comm::Comm communicator() const noexcept { return comm_; }
 
-  /// With one rank, the only holder of every entity owns it.
+  /// The one rank owns every entity.
   [[nodiscard]] int owner(u64 /*entity*/) const noexcept { return comm::rank(comm_); }
   [[nodiscard]] bool isOwned(u64 entity) const noexcept {
     return owner(entity) == comm::rank(comm_);
   }
 
-  /// Per rank, the owned entities that it holds too; empty with one rank.
+  /// For each rank, the owned entities that it has too; empty with one rank.
   [[nodiscard]] const std::vector<std::vector<u64>>& sendLists() const noexcept {
     return sendLists_;
   }
@@ -46,12 +46,12 @@ using Ownerships = std::vector<Ownership>;
 /// @throws utility::RuntimeError "Ownerships has not been created yet" for a null pointer
 [[nodiscard]] const Ownerships& requireOwnerships(const std::unique_ptr<Ownerships>& ownerships);
 
-/// Entities of a grid and how they hang together; knows vertex ids and no coordinates.
+/// Entities of a grid and how they are connected; knows vertex ids but no coordinates.
 ///
-/// The public arrays are filled by the constructor and not changed afterwards. All that can be
-/// derived from them (vertices, edges, tables from ids to places) is made by the first call that
-/// needs it; all const operations may run on many threads. Movable, not copyable; references to
-/// derived tables stay valid when the grid is moved.
+/// The public arrays are filled by the constructor and not changed afterwards. Everything that can
+/// be derived from them (vertices, edges, tables from ids to places) is computed by the first call
+/// that needs it; all const operations may run on many threads. Movable, not copyable; references
+/// to derived tables stay valid when the grid is moved.
 template <u64 Dim>
 class Grid;
 
@@ -74,7 +74,7 @@ class Grid<0> {
   [[nodiscard]] u64 numEntities(u64 codim) const;
   [[nodiscard]] u64 numElements() const noexcept { return vertices.size(); }
 
-  /// Numbers of entities by reference type: all in place 0.
+  /// Numbers of entities by reference type; all are in place 0.
   [[nodiscard]] std::array<u64, 8> entityCounts() const noexcept { return {vertices.size()}; }
 
   /// @throws std::runtime_error "topo::Grid::Wrong codim"
@@ -94,7 +94,7 @@ class Grid<0> {
   /// @throws std::runtime_error "0-dim can only have 1 node"; as `vertexIndex`
   [[nodiscard]] u64 index(const Entity& entity) const;
 
-  /// Place of a vertex, by bisection in `vertices`, which must ascend for that.
+  /// Place of a vertex, by bisection in `vertices`, which must be in ascending order.
   /// @throws utility::RuntimeError "Failed to find vertex <id> (dim=0, entity dim=0)"
   [[nodiscard]] u64 vertexIndex(u64 id) const;
 
@@ -107,8 +107,8 @@ class Grid<0> {
   /// Makes the record of codimension 0, in constant time.
   void createOwnerships(comm::Comm comm);
 
-  /// Closes the records: from now on each rank knows the tags of all. The tags of the one rank are
-  /// those already.
+  /// Completes the records: from now on each rank knows the tags of all. With one rank there is
+  /// nothing to exchange.
   /// @throws utility::RuntimeError "Ownerships has not been created yet"
   void finishOwnerships() const;
 
@@ -185,8 +185,8 @@ class Grid<2> {
   ///
   /// @return `kNone` when there is no such entity and `mustExist` is false
   /// @throws std::runtime_error    "TinyVector::CAPACITY exceeded" for more than 8 ids
-  /// @throws utility::RuntimeError "Failing (I) to find subEntity ={ <ids>}" when no entity has the
-  ///         hash of the ids, "Failing (II) ..." when only others have it
+  /// @throws utility::RuntimeError "Failing (I) to find subEntity ={ <ids>}" if no entity has the
+  ///         hash of the ids, "Failing (II) ..." if only other entities have it
   [[nodiscard]] u64 find(std::span<const u64> ids, bool mustExist) const;
 
   /// Place of a vertex id in `vertices()`.

@@ -6,7 +6,7 @@
 namespace velmo::topo {
 namespace {
 
-/// Whether a table over the whole range of `count` ids costs no more than a hash table would.
+/// Whether a table over the whole range of `count` ids is no larger than a hash table.
 bool isDense(u64 smallest, u64 largest, u64 count) {
   constexpr u64 kTableEntriesPerId = 4;
   return largest - smallest < kTableEntriesPerId * count;

@@ -7,21 +7,21 @@
 
 namespace velmo::topo {
 
-/// The distinct values of `ids` in ascending order. Linear time when they lie densely, else that of
-/// a sort.
+/// The distinct values of `ids` in ascending order. Takes linear time if they are dense, otherwise
+/// that of a sort.
 [[nodiscard]] std::vector<u64> sortedUnique(std::span<const u64> ids);
 
 /// Places of ids in a list, in constant time for any ids.
 ///
-/// Ids that lie densely, which is what grids have, are looked up in a plain table over their range;
-/// others in a flat hash table with linear probing. "Densely" means a range below four times the
-/// number of ids: such a table takes no more memory than the hash table would. Built in linear
-/// time, const afterwards and read by any number of threads; the list itself isn't kept.
+/// Dense ids, which grids usually have, are looked up in a plain table over their range; others in
+/// a flat hash table with linear probing. "Dense" means a range of less than four times the number
+/// of ids: such a table takes no more memory than the hash table would. Built in linear time, then
+/// constant and readable by any number of threads; the list itself isn't kept.
 class IdMap {
  public:
   IdMap() = default;
 
-  /// Maps ids[i] to i. A repeated id keeps its first place, and `firstDuplicate` tells of it.
+  /// Maps ids[i] to i. A repeated id keeps its first place, and `firstDuplicate` reports it.
   explicit IdMap(std::span<const u64> ids);
 
   /// Place of `id`, `kNone` for an id that isn't in the list.
@@ -31,7 +31,7 @@ class IdMap {
     return offset < table_.size() ? table_[offset] : kNone;
   }
 
-  /// Place of the first id in the list that had come before, `kNone` when all are distinct.
+  /// Place of the first id that repeats an earlier one, `kNone` if all are distinct.
   [[nodiscard]] u64 firstDuplicate() const noexcept { return firstDuplicate_; }
 
  private:

@@ -10,7 +10,7 @@ namespace detail_ {
 template <ReferenceType Type>
 using RetConstant = std::integral_constant<ReferenceType, Type>;
 
-/// Calls `function` with the shape `type` as a compile-time constant and gives its result, which
+/// Calls `function` with the shape `type` as a compile-time constant and returns its result, which
 /// must have the same type for all shapes.
 /// @throws std::runtime_error "velmo::topo::detail_::applyToRets: must not reach this point" for
 ///         `None` and values outside the enumeration
@@ -80,7 +80,7 @@ constexpr Tables<3, 8> kTables<Hexahedron>{
     {1, 6, 12, 8}, {Hexahedron, Quadrilateral, Line, Point}, {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0,
                                                               0, 0, 1, 1, 0, 1, 1, 1, 1, 0, 1, 1}};
 
-// Prisms and pyramids have faces of both kinds, so there is no one type of their faces.
+// Prisms and pyramids have faces of both kinds, so their faces have no single type.
 template <>
 constexpr Tables<3, 6> kTables<Prism>{{1, 5, 9, 6},
                                       {Prism, None, Line, Point},
@@ -135,7 +135,7 @@ ReferenceType subEntityType(ReferenceType type, u64 codim) {
 }
 
 std::span<const u64> getSubEntityNodes(ReferenceType type, u64 codim, u64 i) {
-  // Only surfaces are walked by sub-entities: the solids have no tables.
+  // Only the sub-entities of surfaces are needed, so solids have no tables.
   const u64 dim = dimension(type);
   if (codim > dim || dim > 2)
     throw std::runtime_error("topo::ReferenceElement::getSubEntityNodes::Wrong codim");

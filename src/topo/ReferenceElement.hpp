@@ -61,8 +61,8 @@ struct NodePoints {
 
 /// Node points of order p = `order` of a triangle or quadrilateral, (p + 1)(p + 2)/2 or (p + 1)^2
 /// of them: the vertices; on each edge (a, b), in edge order, a + (b - a) i/p for i = 1 to p - 1;
-/// then the interior, numbered in the same way as a smaller shape. Order 0 is the single point (0,
-/// 0). Setup code, allocates.
+/// then the interior, numbered like a smaller shape. Order 0 is the single point (0, 0). Setup
+/// code, allocates.
 [[nodiscard]] NodePoints nodePoints(ReferenceType type, u64 order);
 
 /// Interior node points of order p = `order`, shape (count, 2): all node points (x, y) of order

@@ -7,20 +7,40 @@
 #include "bits/MortonGrid.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
+#include "thread/ParallelFor.hpp"
 
-namespace velmo::geom {
+namespace velmo {
+namespace {
+
+/// Points that one task works on.
+constexpr u64 kPiece = 8192;
+
+}  // namespace
+
+namespace geom {
 
 void BoundingBox<3>::reduce(std::span<const double> coordinates) {
   if (reduced) throw utility::RuntimeError("BBox has already been reduced");
-  for (std::size_t i = 0; i + 2 < coordinates.size(); i += 3) {
-    for (std::size_t axis = 0; axis < 3; ++axis) {
-      const double value = coordinates[i + axis];
-      if (!std::isfinite(value))
-        throw utility::RuntimeError(io::format("Coordinates of point {} are not finite", i / 3));
-      max[axis] = std::max(max[axis], value);
-      min[axis] = std::min(min[axis], value);
+  count = coordinates.size() / 3;
+  std::vector<BoundingBox> parts((count + kPiece - 1) / kPiece);
+  thread::forPieces(count, kPiece, [&](u64 first, u64 end) {
+    BoundingBox box;
+    for (u64 i = first; i < end; ++i) {
+      for (std::size_t axis = 0; axis < 3; ++axis) {
+        const double value = coordinates[3 * i + axis];
+        if (!std::isfinite(value))
+          throw utility::RuntimeError(io::format("Coordinates of point {} are not finite", i));
+        box.max[axis] = std::max(box.max[axis], value);
+        box.min[axis] = std::min(box.min[axis], value);
+      }
     }
-    ++count;
+    parts[first / kPiece] = box;
+  });
+  for (const BoundingBox& part : parts) {
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+      max[axis] = std::max(max[axis], part.max[axis]);
+      min[axis] = std::min(min[axis], part.min[axis]);
+    }
   }
   reduced = true;
   if (!std::isfinite(size()))
@@ -33,21 +53,22 @@ double BoundingBox<3>::size() const {
   return std::max({max[0] - min[0], max[1] - min[1], max[2] - min[2]});
 }
 
-}  // namespace velmo::geom
+}  // namespace geom
 
-namespace velmo::tree {
+namespace tree {
 
 std::vector<bits::Morton> pointIdentifiers(std::span<const double> coordinates,
                                            const geom::BoundingBox<3>& box) {
   const double size = box.size();
-  const auto unit = [&](std::size_t i, std::size_t axis) {
-    return size > 0 ? (coordinates[i + axis] - box.min[axis]) / size : 0.0;
+  const auto unit = [&](u64 i, std::size_t axis) {
+    return size > 0 ? (coordinates[3 * i + axis] - box.min[axis]) / size : 0.0;
   };
-  std::vector<bits::Morton> ids;
-  ids.reserve(coordinates.size() / 3);
-  for (std::size_t i = 0; i + 2 < coordinates.size(); i += 3)
-    ids.push_back(bits::encode(unit(i, 0), unit(i, 1), unit(i, 2)));
+  std::vector<bits::Morton> ids(coordinates.size() / 3);
+  thread::forPieces(ids.size(), kPiece, [&](u64 first, u64 end) {
+    for (u64 i = first; i < end; ++i) ids[i] = bits::encode(unit(i, 0), unit(i, 1), unit(i, 2));
+  });
   return ids;
 }
 
-}  // namespace velmo::tree
+}  // namespace tree
+}  // namespace velmo

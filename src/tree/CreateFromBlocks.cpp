@@ -117,11 +117,11 @@ std::vector<Orthant<3>> sortedNodes(const std::vector<Orthant<3>>& nodes) {
   std::vector<Morton> ids;
   ids.reserve(nodes.size());
   for (const Orthant<3>& node : nodes) ids.push_back(node.id);
-  const SortedIdentifiers sorted = sortIdentifiers(ids);
+  const SortedIdentifiers sorted = sortIdentifiers(std::move(ids));
 
   std::vector<Orthant<3>> result;
   result.reserve(nodes.size());
-  for (const u64 place : sorted.order) {
+  for (const ObjectIndex place : sorted.order) {
     const Orthant<3>& node = nodes[place];
     if (node.numObjects > 0 && (result.empty() || result.back().id != node.id))
       result.push_back(node);

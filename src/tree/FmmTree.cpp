@@ -1,12 +1,13 @@
 #include "tree/FmmTree.hpp"
 
+#include <algorithm>
 #include <cstddef>
 #include <utility>
 
 #include "bits/MortonGrid.hpp"
-#include "grid/Geometry.hpp"
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
+#include "thread/ParallelFor.hpp"
 #include "tree/LocallyEssentialTree.hpp"
 
 namespace velmo::tree {
@@ -21,55 +22,63 @@ comm::Comm checked(comm::Comm communicator, int selector) {
   return communicator;
 }
 
-std::vector<u64> inverse(std::span<const u64> order) {
-  std::vector<u64> result(order.size());
-  for (u64 k = 0; k < order.size(); ++k) result[order[k]] = k;
-  return result;
+/// Coordinates of the points in sorted order.
+io::UnfilledVector<double> sortedCoordinates(const grid::GridData& cloud,
+                                             std::span<const ObjectIndex> order) {
+  io::UnfilledVector<double> sorted(3 * order.size());
+  constexpr u64 kPiece = 8192;
+  thread::forPieces(order.size(), kPiece, [&](u64 first, u64 end) {
+    for (u64 k = first; k < end; ++k) {
+      const u64 id = cloud.connectivity[cloud.offsets[order[k]]];
+      const u64 node = grid::nodePosition(cloud.nodeIds, id);
+      std::copy_n(cloud.coordinates.data() + cloud.worldDim * node, 3, sorted.data() + 3 * k);
+    }
+  });
+  return sorted;
+}
+
+SrcTrgTree<fmm::Box<3>> makeTree(ParticleDistribution& distribution, const Options& opts) {
+  std::vector<Orthant<3>> blocks;
+  blocks.reserve(distribution.blocks.size());
+  for (std::size_t i = 0; i < distribution.blocks.size(); ++i)
+    blocks.emplace_back(distribution.blocks[i], bits::Morton(), distribution.blockCounts[i]);
+  Partition partition;
+  const auto orthants = fmm::LET<3>::create(blocks, distribution.ids, opts, distribution.partition,
+                                            distribution.comm, &partition);
+  SrcTrgTree<fmm::Box<3>> tree(orthants, std::move(partition));
+  tree.mark(std::move(distribution.targets.ids), std::move(distribution.sources.ids));
+  tree.makeLists();
+  return tree;
+}
+
+std::vector<double> centresOf(std::span<const fmm::Box<3>> boxes,
+                              const geom::BoundingBox<3>& bounds) {
+  const double size = bounds.size();
+  std::vector<double> centres;
+  centres.reserve(3 * boxes.size());
+  for (const fmm::Box<3>& box : boxes) {
+    const bits::CellCube cube = bits::cube(box.id);
+    for (std::size_t axis = 0; axis < 3; ++axis)
+      centres.push_back(cube.centre[axis] * size + bounds.min[axis]);
+  }
+  return centres;
 }
 
 }  // namespace
 
 FmmTree::FmmTree(const grid::GridData& targets, const grid::GridData& sources, const Options& opts,
                  int selector, comm::Comm communicator)
-    : distribution_(targets, sources, checked(communicator, selector)),
-      targetGrid_{grid::pointTopology(targetData()), grid::Coordinates(targetData())},
-      sourceGrid_{grid::surfaceTopology(sourceData()), grid::surfaceGeometry(sourceData())},
-      targetIndex_(inverse(targetOrder())),
-      sourceIndex_(inverse(sourceOrder())) {
-  makeTree_(opts);
-  makeCentres_();
-}
+    : FmmTree(ParticleDistribution(targets, sources, checked(communicator, selector)), targets,
+              sources, opts) {}
 
-void FmmTree::makeTree_(const Options& opts) {
-  std::vector<Orthant<3>> blocks;
-  blocks.reserve(distribution_.blocks.size());
-  for (std::size_t i = 0; i < distribution_.blocks.size(); ++i)
-    blocks.emplace_back(distribution_.blocks[i], bits::Morton(), distribution_.blockCounts[i]);
-  Partition partition;
-  const auto orthants = fmm::LET<3>::create(
-      blocks, distribution_.ids, opts, distribution_.partition, distribution_.comm, &partition);
-  tree_ = Tree(orthants, std::move(partition));
-
-  std::vector<bits::Morton> targetIds;
-  std::vector<bits::Morton> sourceIds;
-  targetIds.reserve(numTargets());
-  sourceIds.reserve(numSources());
-  for (std::size_t k = 0; k < distribution_.ids.size(); ++k) {
-    const bool isTarget = distribution_.order[k] < numTargets();
-    (isTarget ? targetIds : sourceIds).push_back(distribution_.ids[k]);
-  }
-  tree_.mark(std::move(targetIds), std::move(sourceIds));
-  tree_.makeLists();
-}
-
-void FmmTree::makeCentres_() {
-  const double size = boundingBox().size();
-  centres_.reserve(3 * tree_.boxes.size());
-  for (const fmm::Box<3>& box : tree_.boxes) {
-    const bits::CellCube cube = bits::cube(box.id);
-    for (std::size_t axis = 0; axis < 3; ++axis)
-      centres_.push_back(cube.centre[axis] * size + boundingBox().min[axis]);
-  }
-}
+FmmTree::FmmTree(ParticleDistribution distribution, const grid::GridData& targets,
+                 const grid::GridData& sources, const Options& opts)
+    : box_(distribution.bbox),
+      targetOrder_(std::move(distribution.targets.order)),
+      sourceOrder_(std::move(distribution.sources.order)),
+      targetCoordinates_(sortedCoordinates(targets, targetOrder_)),
+      elements_(grid::surfaceElements(sources, sourceOrder_)),
+      tree_(makeTree(distribution, opts)),
+      centres_(centresOf(tree_.boxes, box_)) {}
 
 }  // namespace velmo::tree

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
+#include <span>
 #include <utility>
 
 #include "bits/MortonGrid.hpp"
+#include "thread/ParallelFor.hpp"
 #include "tree/NeighbourTable.hpp"
 
 namespace velmo::tree {
@@ -18,45 +20,38 @@ struct SlottedBox {
   unsigned slot;
 };
 
+/// Which children of each box hold sources: bit k for child k.
+std::vector<std::uint8_t> sourceMasks(const BoxLinks& links, const BoxRoles& roles) {
+  std::vector<std::uint8_t> masks(links.size());
+  for (BoxIndex box = 1; box < links.size(); ++box)
+    if (roles.sends[box])
+      masks[links.parent[box]] |= static_cast<std::uint8_t>(1U << links.ids[box].childIndex());
+  return masks;
+}
+
+/// Makes the lists of some boxes that follow each other in a level.
 class ListBuilder {
  public:
-  ListBuilder(const BoxLinks& links, const BoxRoles& roles) : links_(links), roles_(roles) {
-    sourceMask_.resize(links.size());
-    for (BoxIndex box = 1; box < links.size(); ++box)
-      if (roles.sends[box])
-        sourceMask_[links.parent[box]] |=
-            static_cast<std::uint8_t>(1U << links.ids[box].childIndex());
-    for (BoxRuns& runs : lists_.runs) runs.offsets.reserve(links.size() + std::size_t{1});
-  }
+  ListBuilder(const BoxLinks& links, const BoxRoles& roles, std::span<const std::uint8_t> sources)
+      : links_(links), roles_(roles), sourceMask_(sources) {}
 
-  [[nodiscard]] InteractionLists build() && {
-    std::vector<Neighbourhood> above;
-    std::vector<Neighbourhood> current;
-    BoxIndex aboveBegin = 0;
-    for (BoxIndex begin = 0; begin < links_.size();) {
-      const unsigned level = links_.level[begin];
-      BoxIndex end = begin;
-      current.clear();
-      for (; end < links_.size() && links_.level[end] == level; ++end) {
-        const BoxIndex parent = links_.parent[end];
-        current.push_back(parent == kNoBox ? rootNeighbourhood()
-                                           : addBox_(end, above[parent - aboveBegin]));
-        if (roles_.receives[end] && links_.isLeaf(end)) addLeafLists_(end, current.back());
-        closeRuns_();
-      }
-      above.swap(current);
-      aboveBegin = begin;
-      begin = end;
+  /// Lists of the boxes [first, end), the offsets from 0.
+  /// @param above   neighbourhoods of the level above, whose first box is `aboveBegin`
+  /// @param current receives the neighbourhoods of the boxes
+  [[nodiscard]] InteractionLists build(BoxIndex first, BoxIndex end,
+                                       std::span<const Neighbourhood> above, BoxIndex aboveBegin,
+                                       Neighbourhood* current) && {
+    for (BoxIndex box = first; box < end; ++box, ++current) {
+      const BoxIndex parent = links_.parent[box];
+      *current = parent == kNoBox ? rootNeighbourhood() : addBox_(box, above[parent - aboveBegin]);
+      if (roles_.receives[box] && links_.isLeaf(box)) addLeafLists_(box, *current);
+      for (BoxRuns& runs : lists_.runs) runs.offsets.push_back(runs.boxes.size());
     }
     return std::move(lists_);
   }
 
  private:
   BoxRuns& list_(ListKind kind) { return lists_.runs[static_cast<std::size_t>(kind)]; }
-
-  void closeRuns_() {
-    for (BoxRuns& runs : lists_.runs) runs.offsets.push_back(runs.boxes.size());
-  }
 
   /// Adds V and X of a box and returns its neighbourhood. Nothing below a box without targets has
   /// any, so that its neighbourhood isn't needed.
@@ -135,16 +130,49 @@ class ListBuilder {
 
   const BoxLinks& links_;
   const BoxRoles& roles_;
-  std::vector<std::uint8_t> sourceMask_;  ///< bit k: child k holds sources
-  std::vector<SlottedBox> sorted_;        ///< neighbours of `sortedFor_` by position
+  std::span<const std::uint8_t> sourceMask_;
+  std::vector<SlottedBox> sorted_;  ///< neighbours of `sortedFor_` by position
   BoxIndex sortedFor_ = kNoBox;
   InteractionLists lists_;
 };
 
+/// Appends the lists of further boxes.
+void append(BoxRuns& runs, const BoxRuns& more) {
+  const u64 shift = runs.boxes.size();
+  runs.boxes.insert(runs.boxes.end(), more.boxes.begin(), more.boxes.end());
+  for (std::size_t i = 1; i < more.offsets.size(); ++i)
+    runs.offsets.push_back(shift + more.offsets[i]);
+}
+
 }  // namespace
 
 InteractionLists makeInteractionLists(const BoxLinks& links, const BoxRoles& roles) {
-  return ListBuilder(links, roles).build();
+  constexpr u64 kPiece = 128;
+  const std::vector<std::uint8_t> sources = sourceMasks(links, roles);
+  InteractionLists lists;
+  std::vector<Neighbourhood> above;
+  std::vector<Neighbourhood> current;
+  BoxIndex aboveBegin = 0;
+  for (BoxIndex begin = 0; begin < links.size();) {
+    const auto levelEnd =
+        std::upper_bound(links.level.begin() + begin, links.level.end(), links.level[begin]);
+    const auto end = static_cast<BoxIndex>(levelEnd - links.level.begin());
+    current.resize(end - begin);
+    std::vector<InteractionLists> parts((current.size() + kPiece - 1) / kPiece);
+    thread::forPieces(current.size(), kPiece, [&](u64 first, u64 last) {
+      parts[first / kPiece] =
+          ListBuilder(links, roles, sources)
+              .build(begin + static_cast<BoxIndex>(first), begin + static_cast<BoxIndex>(last),
+                     above, aboveBegin, current.data() + first);
+    });
+    for (const InteractionLists& part : parts)
+      for (std::size_t kind = 0; kind < lists.runs.size(); ++kind)
+        append(lists.runs[kind], part.runs[kind]);
+    above.swap(current);
+    aboveBegin = begin;
+    begin = end;
+  }
+  return lists;
 }
 
 }  // namespace velmo::tree

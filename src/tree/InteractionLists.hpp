@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -53,13 +54,14 @@ struct InteractionLists {
 /// Which boxes send and which receive, one flag per box. Both hold for a box when they do for one
 /// of its children.
 struct BoxRoles {
-  std::vector<bool> sends;     ///< holds sources
-  std::vector<bool> receives;  ///< holds targets and is no halo
+  std::vector<std::uint8_t> sends;     ///< holds sources
+  std::vector<std::uint8_t> receives;  ///< holds targets and is no halo
 };
 
 /// Builds the lists level by level: the neighbourhoods of a level follow from those of the level
 /// above, and all four lists from the neighbourhoods of the box and its parent. The time is linear
-/// in the number of boxes and list entries, and nothing is searched or hashed. Runs on one thread.
+/// in the number of boxes and list entries, and nothing is searched or hashed. The boxes of a level
+/// are shared out among all threads.
 /// @param roles flags for the boxes of `links`, in their order
 [[nodiscard]] InteractionLists makeInteractionLists(const BoxLinks& links, const BoxRoles& roles);
 

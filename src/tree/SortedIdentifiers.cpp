@@ -3,67 +3,76 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <limits>
+
+#include "io/Exception.hpp"
+#include "io/Format.hpp"
+#include "thread/ParallelFor.hpp"
 
 namespace velmo::tree {
 namespace {
 
-constexpr unsigned kDigitBits = 8;
-constexpr unsigned kNumDigits = 64 / kDigitBits;
+constexpr unsigned kDigitBits = 11;
+constexpr unsigned kNumDigits = (64 + kDigitBits - 1) / kDigitBits;
 constexpr std::size_t kRadix = std::size_t{1} << kDigitBits;
 
-struct Entry {
-  u64 key;
-  u64 index;
+/// Identifiers whose digits are counted, and which are moved, by one task.
+constexpr u64 kPiece = u64{1} << 15;
 
-  [[nodiscard]] std::size_t digit(unsigned d) const noexcept {
-    return key >> d * kDigitBits & (kRadix - 1);
-  }
-};
+using Histogram = std::array<ObjectIndex, kRadix>;
 
-using Histogram = std::array<u64, kRadix>;
-
-std::array<Histogram, kNumDigits> countDigits(std::span<const Entry> entries) {
-  std::array<Histogram, kNumDigits> counts{};
-  for (const Entry& entry : entries)
-    for (unsigned d = 0; d < kNumDigits; ++d) ++counts[d][entry.digit(d)];
-  return counts;
+std::size_t digitOf(bits::Morton id, unsigned d) noexcept {
+  return id.value() >> d * kDigitBits & (kRadix - 1);
 }
 
-/// Moves the entries into the order of digit `d`, keeping the order of equal ones.
-void distribute(std::span<const Entry> from, std::span<Entry> to, unsigned d,
-                const Histogram& counts) {
-  Histogram next;
-  u64 begin = 0;
+/// Counts digit `d` piece by piece and turns the counts into the place of the first identifier of
+/// each piece and value.
+/// @return false if all identifiers have the same digit
+bool findPlaces(std::span<const bits::Morton> ids, unsigned d, std::vector<Histogram>& places) {
+  thread::forPieces(ids.size(), kPiece, [&](u64 first, u64 end) {
+    Histogram& counts = places[first / kPiece];
+    counts.fill(0);
+    for (u64 i = first; i < end; ++i) ++counts[digitOf(ids[i], d)];
+  });
+  ObjectIndex place = 0;
   for (std::size_t value = 0; value < kRadix; ++value) {
-    next[value] = begin;
-    begin += counts[value];
+    const ObjectIndex begin = place;
+    for (Histogram& counts : places) {
+      const ObjectIndex count = counts[value];
+      counts[value] = place;
+      place += count;
+    }
+    if (place - begin == ids.size()) return false;
   }
-  for (const Entry& entry : from) to[next[entry.digit(d)]++] = entry;
+  return true;
 }
 
 }  // namespace
 
-SortedIdentifiers sortIdentifiers(std::span<const bits::Morton> ids) {
-  std::vector<Entry> entries(ids.size());
-  for (std::size_t i = 0; i < ids.size(); ++i) entries[i] = {ids[i].value(), i};
-  std::vector<Entry> spare(ids.size());
+SortedIdentifiers sortIdentifiers(std::vector<bits::Morton> ids) {
+  const u64 count = ids.size();
+  if (count >= std::numeric_limits<ObjectIndex>::max())
+    throw utility::RuntimeError(io::format("The tree has too many objects: {}", count));
+  SortedIdentifiers from{std::move(ids), std::vector<ObjectIndex>(count)};
+  SortedIdentifiers to{std::vector<bits::Morton>(count), std::vector<ObjectIndex>(count)};
+  thread::forPieces(count, kPiece, [&](u64 first, u64 end) {
+    for (u64 i = first; i < end; ++i) from.order[i] = static_cast<ObjectIndex>(i);
+  });
 
-  const auto counts = countDigits(entries);
+  std::vector<Histogram> places((count + kPiece - 1) / kPiece);
   for (unsigned d = 0; d < kNumDigits; ++d) {
-    const bool allEqual = !entries.empty() && counts[d][entries.front().digit(d)] == entries.size();
-    if (allEqual) continue;
-    distribute(entries, spare, d, counts[d]);
-    entries.swap(spare);
+    if (!findPlaces(from.ids, d, places)) continue;
+    thread::forPieces(count, kPiece, [&](u64 first, u64 end) {
+      Histogram& next = places[first / kPiece];
+      for (u64 i = first; i < end; ++i) {
+        const ObjectIndex place = next[digitOf(from.ids[i], d)]++;
+        to.ids[place] = from.ids[i];
+        to.order[place] = from.order[i];
+      }
+    });
+    std::swap(from, to);
   }
-
-  SortedIdentifiers result;
-  result.ids.reserve(ids.size());
-  result.order.reserve(ids.size());
-  for (const Entry& entry : entries) {
-    result.ids.emplace_back(entry.key);
-    result.order.push_back(entry.index);
-  }
-  return result;
+  return from;
 }
 
 std::span<const bits::Morton> pointsInside(bits::Morton cell,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -10,19 +11,25 @@
 /// one stretch of such a list. Pure functions, safe from any thread.
 namespace velmo::tree {
 
+/// Number of an object: a point or an element. Half the size of a pointer; lists of more objects
+/// are refused.
+using ObjectIndex = std::uint32_t;
+
 /// Identifiers along the Morton curve, and where each of them came from. Identifiers of level 21
 /// are meant, one per object; several may be equal.
 struct SortedIdentifiers {
-  std::vector<bits::Morton> ids;  ///< ascending by plain value
-  std::vector<u64> order;         ///< ids[k] was at place order[k] of the input; a permutation
+  std::vector<bits::Morton> ids;   ///< ascending by plain value
+  std::vector<ObjectIndex> order;  ///< ids[k] was at place order[k] of the input; a permutation
 };
 
 /// Sorts by plain value; equal identifiers keep the order of the input, so that the result depends
 /// on nothing else.
 ///
-/// A radix sort by eight digits of eight bits from the lowest on, linear in time; digits that all
-/// identifiers share are skipped. Takes 32 bytes per identifier beside the result.
-[[nodiscard]] SortedIdentifiers sortIdentifiers(std::span<const bits::Morton> ids);
+/// A radix sort by six digits of eleven bits from the lowest on, linear in time; digits that all
+/// identifiers share are skipped. Pieces of the list are counted and moved by all threads. Takes 24
+/// bytes per identifier, of which the result keeps half.
+/// @throws utility::RuntimeError "The tree has too many objects: <n>" from 2^32 - 1 on
+[[nodiscard]] SortedIdentifiers sortIdentifiers(std::vector<bits::Morton> ids);
 
 /// The points inside `cell`, in time logarithmic in their number.
 /// @param points level-21 identifiers, sorted by plain value

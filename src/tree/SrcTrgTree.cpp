@@ -97,7 +97,7 @@ void Tree::setBits_() {
 }
 
 void Tree::makeLists() {
-  BoxRoles roles{std::vector<bool>(boxes.size()), std::vector<bool>(boxes.size())};
+  BoxRoles roles{std::vector<std::uint8_t>(boxes.size()), std::vector<std::uint8_t>(boxes.size())};
   for (std::size_t box = 0; box < boxes.size(); ++box) {
     roles.sends[box] = boxes[box].hasSources();
     roles.receives[box] = boxes[box].hasTargets() && !boxes[box].isHalo();

@@ -82,15 +82,6 @@ TEST(Driver, EndsBeforeItsFirstLineWhenAParameterIsMissing) {
   }
 }
 
-TEST(Driver, SaysNothingBeyondTheHeadWhenThePointsFileIsMissing) {
-  const ProgramResult result = run({"--input=s.vtkhdf", "--points=no-such-file", "--foo", "w"});
-
-  EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(result.out, inputHead);
-  EXPECT_EQ(result.err,
-            "[CLI] (WW) Did not make use of: --foo\n[CLI] (WW) Unparsed arguments: w \n");
-}
-
 TEST(Driver, ReportsStagesAndThreadsUntilTheSolutionFails) {
   const TemporaryFolder folder;
   folder.write("p.xyz", "2\n0 0 0\n1 0 0\n");
@@ -101,21 +92,23 @@ TEST(Driver, ReportsStagesAndThreadsUntilTheSolutionFails) {
         {"--input=none.vtkhdf", "--points=empty.xyz"},
         {"@run.inp"}}) {
     const ProgramResult result = run(arguments, folder.path());
-    const std::string stage = "# Input:                            0.";
-    const std::size_t afterStage = inputHead.size() + stage.size() + 5;
     EXPECT_EQ(result.status, 1);
     // The file library's own lines stand before ours.
     EXPECT_TRUE(result.err.ends_with("(EE) [RANK 0]: Cannot open file 'none.vtkhdf'\n"))
         << result.err;
-    ASSERT_GT(result.out.size(), afterStage);
-    EXPECT_EQ(result.out.substr(0, inputHead.size() + stage.size()), inputHead + stage);
-    EXPECT_TRUE(result.out.substr(afterStage).starts_with("# Using ")) << result.out;
+    EXPECT_TRUE(result.out.starts_with(inputHead + "# Input:  ")) << result.out;
     EXPECT_NE(result.out.find(" threads per rank\n# Using 1 MPI ranks\n" + doubleRule),
               std::string::npos);
   }
 }
 
 TEST(Driver, TurnsEveryFailureOfTheInputsIntoOneLine) {
+  const ProgramResult missing = run({"--input=s.vtkhdf", "--points=no-such-file", "--foo", "w"});
+  EXPECT_EQ(missing.status, 1);
+  EXPECT_EQ(missing.out, inputHead);
+  EXPECT_EQ(missing.err,
+            "[CLI] (WW) Did not make use of: --foo\n[CLI] (WW) Unparsed arguments: w \n");
+
   const TemporaryFolder folder;
   folder.write("p.xyz", "1\n0 0 0\n");
   folder.write("short.xyz", "2\n0 0 0\n1 0\n");

@@ -68,25 +68,21 @@ TEST_F(LengthScales, GiveTheSameBitsForAllDegreesUpTo80) {
 
 TEST_F(LengthScales, OfAFarPointSpoilNoRow) {
   const Table expected = evaluate();
-  for (const double distance : {1e5, 1e12, 1e70}) {
-    for (const u64 degree : {5, 80}) {
-      SCOPED_TRACE(testing::Message() << distance << " " << degree);
-      request_.settings.fmm.degree = degree;
-      sample_.points.insert(sample_.points.end(), {distance, 0.0, 0.0});
+  request_.settings.fmm.degree = 80;
+  for (const double distance : {1e5, 1e70}) {
+    SCOPED_TRACE(distance);
+    sample_.points.insert(sample_.points.end(), {distance, 0.0, 0.0});
 
-      const Table table = evaluate();
+    Values values = evaluate().values;
 
-      Values near = table.values;
-      const double farPotential = near.potential.back();
-      near.potential.pop_back();
-      near.field.resize(3 * near.potential.size());
-      const Errors e = velmo::accuracy::errors(near, expected.values);
-      EXPECT_LT(e.potential, 1e-3);
-      EXPECT_LT(e.field, 1e-2);
-      const double charge = sample_.density.totalCharge();
-      EXPECT_NEAR(farPotential * 4.0 * std::numbers::pi * distance / charge, 1.0, 1e-4);
-      sample_.points.resize(sample_.points.size() - 3);
-    }
+    const double charge = sample_.density.totalCharge();
+    EXPECT_NEAR(values.potential.back() * 4.0 * std::numbers::pi * distance / charge, 1.0, 1e-4);
+    values.potential.pop_back();
+    values.field.resize(3 * values.potential.size());
+    const Errors e = velmo::accuracy::errors(values, expected.values);
+    EXPECT_LT(e.potential, 1e-3);
+    EXPECT_LT(e.field, 1e-2);
+    sample_.points.resize(sample_.points.size() - 3);
   }
 }
 

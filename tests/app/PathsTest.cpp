@@ -1,11 +1,7 @@
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
-#include <csignal>
 #include <filesystem>
-#include <fstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "app/SampleRuns.hpp"
@@ -126,36 +122,6 @@ TEST_F(Paths, EndAtTheirFirstBlankButForQuotedSettings) {
   expectRefusal("Cannot open file ''\n", {"--input= ", "--points=s.xyz", "--settings=s.yaml"});
 }
 
-TEST_F(Paths, ReachIncludedFilesWithAllNames) {
-  for (const std::string name :
-       {"a b.yaml", "it's \"c\".yaml", "um\xC3\xA4lt.yaml", "new\nline.yaml", "#a: [b]"}) {
-    std::string escaped;
-    for (const char c : name) {
-      if (c == '"') escaped += '\\';
-      escaped += c == '\n' ? "\\n" : std::string(1, c);
-    }
-    fs::copy_file(path("s.yaml"), path(name));
-    folder_.write("main.yaml", "includes: [\"" + escaped + "\"]\n");
-    expectTableAt("s.csv", {"--input=s.vtkhdf", "--points=s.xyz", "--settings=main.yaml"});
-  }
-  for (const std::string& name : {endlessPath(), std::string(256, 'n')}) {
-    folder_.write("main.yaml", "includes: [" + name + "]\n");
-    expectRefusal("(E) YAML include file '" + name + "' not found\n",
-                  {"--input=s.vtkhdf", "--points=s.xyz", "--settings=main.yaml"});
-  }
-}
-
-TEST_F(Paths, AreRefusedInWordsWhenTooLong) {
-  for (const std::string& name : {endlessPath(), std::string(256, 'n')}) {
-    expectRefusal("Cannot open file '" + name + "'\n",
-                  {"--input=" + name, "--points=s.xyz", "--settings=s.yaml"});
-    expectRefusal("(E) YAML file '" + name + "' not found\n",
-                  {"--input=s.vtkhdf", "--points=s.xyz", "--settings=" + name});
-    expectRefusal("Expecting a file at: " + name + "\n", {"@" + name});
-    EXPECT_EQ(runIn({"--input=s.vtkhdf", "--points=" + name}).status, 1);
-  }
-}
-
 TEST_F(Paths, EndTheRunWellWhereTheTableCannotBeWritten) {
   fs::create_symlink("/dev/full", path("full.csv"));
   fs::create_symlink("loop.csv", path("loop.csv"));
@@ -171,26 +137,6 @@ TEST_F(Paths, EndTheRunWellWhereTheTableCannotBeWritten) {
     EXPECT_NE(result.out.find("#       -- \"" + name + ".csv\"\n"), std::string::npos);
     EXPECT_FALSE(fs::exists(path("s.csv")));
   }
-}
-
-TEST_F(Paths, ToAPipeWhoseReaderGoesEndTheRunWithoutTheClosingReport) {
-  // More rows than the pipe holds.
-  std::string points = "2000\n";
-  for (int i = 0; i < 2000; ++i) points += "3 0 0\n";
-  folder_.write("s.xyz", points);
-  ASSERT_EQ(mkfifo(path("s.csv").c_str(), 0600), 0);
-  std::string head(tableHead.size(), ' ');
-  std::thread reader([&] {
-    std::ifstream(path("s.csv")).read(head.data(), static_cast<std::streamsize>(head.size()));
-  });
-
-  const ProgramResult result = run(request_.out);
-  reader.join();
-
-  EXPECT_EQ(result.signal, SIGPIPE);
-  EXPECT_EQ(head, tableHead);
-  EXPECT_NE(result.out.find("# FMM apply:"), std::string::npos);
-  EXPECT_EQ(result.out.find("# NORMAL TERMINATION"), std::string::npos);
 }
 
 }  // namespace

@@ -16,7 +16,6 @@
 #include "io/Format.hpp"
 #include "support/RunProgram.hpp"
 #include "support/TemporaryFolder.hpp"
-#include "thread/ThreadPool.hpp"
 
 namespace orvanta {
 namespace {
@@ -90,23 +89,6 @@ TEST(ResultTable, AgreesWithThePlainFormatForAllKindsOfNumbers) {
 
   // Compared as a whole first: a failure must not print megabytes.
   EXPECT_TRUE(text == head + plainRows(values));
-}
-
-TEST(ResultTable, IsTheSameForAnyNumberOfThreads) {
-  const TemporaryFolder folder;
-  std::mt19937_64 random(6);
-  std::vector<double> values(7 * u64{140000} + 7);  // more rows than are formatted at once
-  for (double& value : values) value = std::ldexp(static_cast<double>(random()), -64);
-  const u64 before = velmo::thread::numThreads();
-  std::vector<std::string> texts;
-  for (const u64 threads : {1, 3}) {
-    velmo::thread::setNumThreads(threads);
-    texts.push_back(Table(values).written(folder.path() / "t"));
-  }
-  velmo::thread::setNumThreads(before);
-
-  EXPECT_TRUE(texts[0] == texts[1]);
-  EXPECT_EQ(texts[0].size(), head.size() + values.size() * 25);
 }
 
 TEST(ResultTable, ChecksItsListsAgainstThePoints) {

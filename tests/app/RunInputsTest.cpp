@@ -3,21 +3,17 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "io/Channels.hpp"
 #include "io/Exception.hpp"
 #include "support/ExpectThrow.hpp"
 #include "support/TemporaryFolder.hpp"
-#include "thread/ThreadPool.hpp"
 
 namespace orvanta {
 namespace {
 
-using velmo::kNone;
 using velmo::u64;
 using velmo::test::TemporaryFolder;
 
@@ -43,16 +39,6 @@ TEST(RunInputs, ChooseTheReaderByTheExactExtension) {
   }
 }
 
-TEST(RunInputs, TellOfAMissingPointsFileWhereSomebodyListens) {
-  std::ostringstream words;
-  EXPECT_FALSE(readRunInputs("no such file", {}, ""));
-  velmo::io::warn.setStreams({&words});
-  EXPECT_FALSE(readRunInputs("no such file", {}, ""));
-  velmo::io::warn.setStreams({});
-
-  EXPECT_EQ(words.str(), "Input file \"no such file\" does not exist\n");
-}
-
 TEST(RunInputs, DeriveTheBaseNameOfTheResult) {
   const TemporaryFolder folder;
   const std::string points = folder.write("a.b.xyz", "0\n");
@@ -72,21 +58,6 @@ TEST(RunInputs, DeriveTheBaseNameOfTheResult) {
     EXPECT_EQ(inputs->outputPath, base);
     EXPECT_EQ(inputs->problem.postProc.outBasename, base);
   }
-}
-
-TEST(RunInputs, KeepTheDefaultsOfTheEvaluationWithoutASettingsFile) {
-  const TemporaryFolder folder;
-
-  const auto inputs = readRunInputs(folder.write("p.xyz", "0\n"), {}, "");
-
-  ASSERT_TRUE(inputs);
-  EXPECT_EQ(inputs->problem.bem.tree.leafSize, 500U);
-  EXPECT_EQ(inputs->problem.bem.tree.maxLevel, kNone);
-  EXPECT_EQ(inputs->problem.bem.fmm.leafQuadratureOrder, 13U);
-  EXPECT_EQ(inputs->problem.postEval.fmm.degree, 5U);
-  EXPECT_EQ(inputs->problem.postEval.tree.leafSize, 100U);
-  EXPECT_EQ(inputs->problem.systemSolver.rtol, 1e-4);
-  EXPECT_EQ(inputs->problem.numThreads, 0U);
 }
 
 TEST(DefaultParameters, GuardTheDegreeAndKeepSingularRulesLargeEnough) {
@@ -110,23 +81,6 @@ TEST(DefaultParameters, GuardTheDegreeAndKeepSingularRulesLargeEnough) {
   velmo::conf::ESProblem problem;
   velmo::test::expectThrow<velmo::utility::RuntimeError>(
       [&] { applyParameters(parameters, problem); }, "The FMM expansion degree must be >= 3");
-}
-
-TEST(ThreadSetting, KeepsTheHardwareCountForZero) {
-  const u64 hardware = velmo::thread::numThreads();
-  velmo::conf::ESProblem problem;
-  for (const u64 wanted : {u64{0}, hardware + 1}) {
-    std::ostringstream report;
-    velmo::io::out.setStreams({&report});
-    problem.numThreads = wanted;
-    applyThreadSetting(problem);
-    velmo::io::out.setStreams({});
-
-    const u64 expected = wanted == 0 ? hardware : wanted;
-    EXPECT_EQ(velmo::thread::numThreads(), expected);
-    EXPECT_EQ(report.str(),
-              "# Using " + std::to_string(expected) + " threads per rank\n# Using 1 MPI ranks\n");
-  }
 }
 
 }  // namespace

@@ -139,33 +139,6 @@ TEST(CommandlineInput, TakesItsOptionsFromAResponseFile) {
                                         "The options in '/dev/zero' are longer than 1 MiB");
 }
 
-TEST(CommandlineInput, WritesATemplateThatIsAResponseFile) {
-  const std::filesystem::path before = std::filesystem::current_path();
-  const test::TemporaryFolder folder;
-  std::filesystem::current_path(folder.path());
-  std::string name = "./prog";
-  char* argv[] = {name.data(), nullptr};
-  std::ostringstream messages;
-  {
-    CommandlineInput cli(1, argv, "");
-    cli.requestTemplate();
-    static_cast<void>(cli.requiredParameter<std::string>("in", 'i', "The input"));
-    static_cast<void>(cli.optionalParameter<std::filesystem::path>("set", 's', "a.yaml", "A file"));
-    cli.pages().writeInputTemplate(messages);
-    cli.pages().writeInputTemplate(messages);
-    static_cast<void>(cli.finish(true));
-  }
-  std::stringstream written;
-  written << std::ifstream("prog.inp").rdbuf();
-  std::filesystem::current_path(before);
-
-  EXPECT_EQ(written.str(), "in          # String  The input\nset a.yaml  # unknown A file\n");
-  EXPECT_EQ(messages.str(),
-            "Created an input template file 'prog.inp'\nCall: ./prog @prog.inp\n"
-            "(EE) Trying to generate input file 'prog.inp', but it already exists!\n"
-            "(EE) First remove that existing file, before I can generate a new one\n");
-}
-
 TEST(CommandlineInput, RefusesNamesThatAreTaken) {
   struct Case {
     std::string name;

@@ -26,14 +26,6 @@ TEST(Exchange, IsACopyInTheSameOrderForAnyHandle) {
   }
 }
 
-TEST(Exchange, OfNothingStillHasOneCountAndOneOffset) {
-  const auto received = exchangeRuns<u64>(0, {}, std::vector<u64>{0});
-
-  EXPECT_TRUE(received.buffer.empty());
-  EXPECT_EQ(received.counts, std::vector<u64>{0});
-  EXPECT_EQ(received.offsets, std::vector<u64>{0});
-}
-
 TEST(Exchange, RefusesAListWithoutOneEntryPerRank) {
   for (const std::vector<u64>& counts : {std::vector<u64>{}, std::vector<u64>{0, 0}}) {
     test::expectThrow<std::runtime_error>(

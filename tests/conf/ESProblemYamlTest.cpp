@@ -113,16 +113,6 @@ TEST(ESProblemYaml, WritesKeysInTheirOrderAndVectorsInOneLine) {
             "partId: 8\nvoltage: -1500\ncomment: high voltage");
 }
 
-TEST(ESProblemYaml, WritesAnUnlimitedLevelAsTheLargestNumber) {
-  ESProblem problem;
-  problem.bem.tree.adaptive = false;
-
-  const YAML::Node encoded = encodeESProblem(problem);
-
-  EXPECT_EQ(encoded["bem"]["tree"]["maxLevel"].Scalar(), "18446744073709551615");
-  EXPECT_EQ(decodeESProblem(encoded).bem.tree.maxLevel, kNone);
-}
-
 TEST(ESProblemYaml, DerivesWhatIsUnsetAndIgnoresWhatItDoesNotKnow) {
   const auto decoded = [](const char* from, const char* to) {
     return decodeText(sampleWith(from, to));
@@ -142,28 +132,6 @@ TEST(ESProblemYaml, DerivesWhatIsUnsetAndIgnoresWhatItDoesNotKnow) {
   EXPECT_EQ(decoded("type: CG", "type: ~").postSolver.type, "null");
   EXPECT_TRUE(decoded("updateInTime: false", "").bem.updateInTime);
   EXPECT_TRUE(decoded("vtk: false", "").postProc.vtk);
-}
-
-TEST(ESProblemYaml, CopiesPlacementsWithTheTree) {
-  ESProblem original = decodeText(sampleSettings());
-  const std::string text = encodedText(original);
-  ESProblem copy;
-  copy = original;
-  dynamic_cast<GridScaling&>(*original.domain.placements[0]).factors = {};
-  EXPECT_EQ(encodedText(copy), text);
-
-  const ESProblem moved = std::move(copy);
-  EXPECT_EQ(encodedText(moved), text);
-}
-
-TEST(ESProblemYaml, RefusesToWriteAPlacementOfNoKnownKind) {
-  ESProblem problem = decodeText(sampleSettings());
-  problem.domain.placements[0]->type = "shear";
-  try {
-    FAIL() << encodedText(problem);
-  } catch (const std::runtime_error& failure) {
-    EXPECT_STREQ(failure.what(), "This transformation is not implemented: shear");
-  }
 }
 
 }  // namespace

@@ -12,7 +12,6 @@
 
 #include "conf/ESProblemYaml.hpp"
 #include "conf/SampleSettings.hpp"
-#include "support/TextMutation.hpp"
 
 namespace velmo::conf {
 namespace {
@@ -111,29 +110,6 @@ TEST(KeyGuardDeathTest, LosesNothingThatWasPrintedBefore) {
   };
   EXPECT_EXIT(printAndFail(), ::testing::KilledBySignal(SIGABRT),
               "^first second\n\\(EE\\) Unknown exception\n\\(EE\\) when trying to read \"k\"\n$");
-}
-
-/// Decodes a text that may be no settings at all, in a process that says how it went.
-void decodeAltered(const std::string& text) {
-  try {
-    decodeAloud(text);
-  } catch (const YAML::Exception&) {
-    // The text is no YAML, or no mapping.
-  }
-  std::cerr << "decoded";
-  _exit(0);
-}
-
-TEST(KeyGuardDeathTest, EndsWellOrInWordsOnAlteredSettings) {
-  const auto endedWell = [](int status) {
-    return WIFEXITED(status) ? WEXITSTATUS(status) == 0 : WTERMSIG(status) == SIGABRT;
-  };
-  const u64 count = test::numMutations(100);
-  for (u64 seed = 0; seed < count && !HasFailure(); ++seed) {
-    const std::string text = test::mutatedText(sampleSettings(), seed);
-    SCOPED_TRACE(text);
-    EXPECT_EXIT(decodeAltered(text), endedWell, "decoded$|when trying to read \"[A-Za-z]+\"\n$");
-  }
 }
 
 }  // namespace

@@ -46,18 +46,6 @@ TEST_F(LoadYamlFile, AppendsIncludesAndKeepsTheFirstDefinition) {
   EXPECT_EQ(root["d"].as<std::string>(), "from absolute");
 }
 
-TEST_F(LoadYamlFile, JoinsTextsWithoutASeparator) {
-  write("rest.yaml", " go\nb: 2\n");
-  const YAML::Node root = loadYamlFile(write("main.yaml", "includes: [rest.yaml]\na: let"));
-  EXPECT_EQ(root["a"].as<std::string>(), "let go");
-  EXPECT_EQ(root["b"].as<int>(), 2);
-}
-
-TEST_F(LoadYamlFile, ReadsTextsThatAreNoMapping) {
-  EXPECT_TRUE(loadYamlFile(write("empty.yaml", "")).IsNull());
-  EXPECT_EQ(loadYamlFile(write("scalar.yaml", "includes")).as<std::string>(), "includes");
-}
-
 TEST_F(LoadYamlFile, TellsWhichFileIsBad) {
   const auto folder = folder_.string();
   const auto main = write("main.yaml", "includes: [sub/none.yaml]\n");

@@ -57,20 +57,6 @@ TEST(SchemaWriter, WritesEachKindOfItem) {
   for (const auto& [write, text] : cases) EXPECT_EQ(written(write), text);
 }
 
-TEST(SchemaWriter, ListsTheRequiredKeysOfEachObjectAlone) {
-  const auto text = written([](SchemaWriter& writer) {
-    writer.object(kItem, [](SchemaWriter& outer) {
-      outer.boolean({.key = "a", .title = "A", .isRequired = true});
-      outer.object({.key = "b", .title = "B", .isRequired = true}, [](SchemaWriter&) {});
-    });
-  });
-  EXPECT_EQ(text.substr(0, 8), "\"k\": {\n ");
-  EXPECT_NE(text.find("\n      \"required\" : [],\n      \"unevaluatedProperties\": false\n    }"),
-            std::string::npos);
-  EXPECT_NE(text.find("\n  \"required\" : [\"a\", \"b\" ],\n  \"unevaluatedProperties\": false\n}"),
-            std::string::npos);
-}
-
 TEST(SchemaWriter, RefusesAConstantWithoutValueAndAnUnknownSolver) {
   const auto message = [](const std::function<void()>& action) -> std::string {
     try {

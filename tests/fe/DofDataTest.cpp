@@ -18,27 +18,6 @@ topo::Grid<2> twoElements() { return {2, {0, 1, 2, 2, 1, 3, 4}, {0, 3, 7}, {0, 0
 
 std::vector<u64> copy(std::span<const u64> dofs) { return {dofs.begin(), dofs.end()}; }
 
-TEST(DofDataLayout, AddressesUniformAndVaryingSlices) {
-  const DofDataLayout uniform(4, 12, true);
-  DofDataLayout varying(3, 0, false);
-  varying.setCount(0, 2);
-  varying.setCount(1, 0);
-  varying.setCount(2, 5);
-  EXPECT_FALSE(varying.isFinalized());
-  varying.finalize();
-  varying.finalize();
-
-  EXPECT_TRUE(uniform.isFinalized());
-  EXPECT_EQ(uniform.startOf(4), 12U);
-  EXPECT_EQ(uniform.countOf(2), 3U);
-  EXPECT_TRUE(varying.isFinalized());
-  EXPECT_EQ(varying.startOf(2), 2U);
-  EXPECT_EQ(varying.startOf(3), 7U);
-  EXPECT_EQ(varying.countOf(1), 0U);
-  test::expectThrow<std::out_of_range>([&] { (void)varying.countOf(3); },
-                                       "invalid vector subscript");
-}
-
 TEST(DofDataLayout, RefusesTotalsThatDontFit) {
   test::expectThrow<RuntimeError>([] { const DofDataLayout layout(10, 0, true); },
                                   "For compressed addressing need numTotalDofs");
@@ -91,20 +70,6 @@ TEST(DofData, NumbersElementLocalFunctionsInElementOrder) {
     EXPECT_EQ(dofs.get<0>().maxDofsPerEntity, nQuadrilateral);
     EXPECT_EQ(dofs.dofsOfEntity(grid, 1, buffer), nQuadrilateral);
     EXPECT_EQ(buffer, expected);
-  }
-}
-
-TEST(DofData, KeepsTheValuesOfAPointTogether) {
-  const topo::Grid<0> cloud(3, {5, 6, 9}, {0, 0, 0});
-  for (const u64 k : {1U, 3U}) {
-    const DofData dofs = vertexDofs(cloud, k);
-    std::vector<u64> buffer(k);
-    EXPECT_EQ(dofs.numDofs(), 3 * k);
-    EXPECT_TRUE(dofs.get<0>().isCompressed());
-    for (u64 point = 0; point < 3; ++point) {
-      EXPECT_EQ(dofs.dofsOfEntity(cloud, point, buffer), k);
-      for (u64 c = 0; c < k; ++c) EXPECT_EQ(buffer[c], point * k + c);
-    }
   }
 }
 

@@ -17,17 +17,6 @@ using List = ShapeFunList<2, 3>;
 constexpr std::array kElements{ReferenceType::Quadrilateral, ReferenceType::Triangle,
                                ReferenceType::Triangle};
 
-TEST(ShapeFunList, CountsFunctionsOnElementsOnly) {
-  for (u64 p = 0; p <= 4; ++p) {
-    const List list(p);
-    const std::array<u64, 8> expected{0, 0, (p + 1) * (p + 2) / 2, (p + 1) * (p + 1), 0, 0, 0, 0};
-    EXPECT_EQ(list.order, p);
-    EXPECT_EQ(list.count, expected);
-    for (u64 t = 0; t < 8; ++t)
-      EXPECT_EQ(list.numDofs(static_cast<ReferenceType>(t)), expected[t] * list.multiplicity[t]);
-  }
-}
-
 TEST(ShapeFunList, EvaluatesAllThreeWaysAlike) {
   constexpr u64 kCount = 9;
   const List list(3);
@@ -48,16 +37,6 @@ TEST(ShapeFunList, EvaluatesAllThreeWaysAlike) {
     EXPECT_EQ(direct, basis);
     EXPECT_EQ(erased, basis);
   }
-}
-
-TEST(ShapeFunList, LeavesTheOutputOfAShapeOnlyEvaluatorAlone) {
-  const List::Bases bases{sfun::TriangleL2Basis(0), sfun::QuadrilateralL2Basis(0)};
-  const std::array<double, 2> point{0.5, 0.25};
-  double value = 17.0;
-  List::BasisFunction_<2>::invoke(true, bases)({point.data(), 2}, {&value, 1, 1});
-  EXPECT_EQ(value, 17.0);
-  List::BasisFunction_<2>::invoke(false, bases)({point.data(), 2}, {&value, 1, 1});
-  EXPECT_EQ(value, 2.0);
 }
 
 TEST(ShapeFunList, RefusesOtherShapes) {
@@ -92,19 +71,6 @@ TEST(ShapeCache, HoldsWeightedFunctionsWithTheirIntegralsAsColumnSums) {
       }
     }
   }
-}
-
-TEST(ShapeCache, KeepsTheFirstBlockOfAKey) {
-  ShapeCache cache;
-  cache.add(kElements, List(1), quad::SurfaceRuleSet(5));
-  const auto before = cache.get(1, BasisKind::L2, 2);
-  cache.add(std::span(kElements).first(1), List(2), quad::SurfaceRuleSet(5));
-  EXPECT_EQ(cache.get(1, BasisKind::L2, 2).data, before.data);
-  test::expectThrow<RuntimeError>(
-      [&] { cache.add(std::span(kElements).first(1), List(1), quad::SurfaceRuleSet(5)); },
-      "The basis L2/1 has been cached for other elements");
-  cache.add(kElements, List(1), quad::SurfaceRuleSet(8));
-  EXPECT_EQ(cache.matrix(1, BasisKind::L2, ReferenceType::Triangle).rows, 7U);
 }
 
 TEST(ShapeCache, RefusesWhatItDoesNotHold) {

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 
 #include "fmm/ExpansionTools.hpp"
@@ -53,22 +52,6 @@ Coefficients explicitValues(Explicit harmonic, u64 degree, const Vector& x) {
   return out;
 }
 
-/// Central difference with an error of h^4, which leaves some 14 digits in long double.
-Coefficients differences(Explicit harmonic, u64 degree, const Vector& x, std::size_t axis) {
-  constexpr Long h = 1e-4L;
-  Coefficients out;
-  for (u64 n = 0; n <= degree; ++n)
-    for (u64 m = 0; m <= n; ++m) {
-      const auto at = [&](Long step) {
-        std::array<Long, 3> y{x[0], x[1], x[2]};
-        y[axis] += step * h;
-        return harmonic(n, m, y);
-      };
-      out.emplace_back((Long{8} * (at(1) - at(-1)) - (at(2) - at(-2))) / (12 * h));
-    }
-  return out;
-}
-
 const Vector kPlaces[] = {{0.3, -0.7, 0.45}, {-1.1, 0.2, -0.6}, {0.8, 0.0, 0.0},  {0.0, 0.0, -0.9},
                           {0.0, 0.0, 1.3},   {1e-9, 2e-9, 0.5}, {0.4, 0.4, 1e-12}};
 
@@ -92,33 +75,6 @@ TEST(SolidHarmonics, EqualTheirExplicitSums) {
     EXPECT_LT(largestError(Kind::Local, columnOf(singular, q, block),
                            explicitValues(explicitSingular, kDegree, kPlaces[q])),
               8 * kDegree * kEps);
-  }
-}
-
-/// Largest error of a degree of gradient block `axis`, relative to the harmonics of that degree.
-double gradientError(Kind kind, const Vector& x, std::size_t axis) {
-  constexpr u64 kDegree = 9;
-  const u64 block = numCoefficients(kDegree);
-  const bool isRegular = kind == Kind::Multipole;
-  const Explicit harmonic = isRegular ? explicitRegular : explicitSingular;
-  Coefficients gradient(3 * block);
-  (isRegular ? regularGradient : singularGradient)(kDegree, x, gradient);
-  Coefficients error = differences(harmonic, kDegree, x, axis);
-  for (u64 i = 0; i < block; ++i) error[i] -= gradient[axis * block + i];
-  const Coefficients values = explicitValues(harmonic, kDegree, x);
-  double largest = 0.0;
-  for (u64 n = 0; n <= kDegree; ++n)
-    largest = std::max(largest, degreeNorm(kind, error, n) / degreeNorm(kind, values, n));
-  return largest;
-}
-
-TEST(SolidHarmonics, GradientsEqualDifferencesOfTheExplicitSums) {
-  for (const Vector& x : {kPlaces[0], kPlaces[1], kPlaces[2], kPlaces[3]}) {
-    for (std::size_t axis = 0; axis < 3; ++axis) {
-      // Degree 9 has h^4 (n+1) ... (n+5) / (30 r^5) in S, below 2e-10 here.
-      EXPECT_LT(gradientError(Kind::Multipole, x, axis), 1e-11);
-      EXPECT_LT(gradientError(Kind::Local, x, axis), 1e-9);
-    }
   }
 }
 

@@ -2,9 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <stdexcept>
-#include <string>
 #include <utility>
 
 #include "fmm/ExpansionTools.hpp"
@@ -91,16 +89,6 @@ TEST(RotationTable, RotatesEveryOffsetOfTheInteractionStencil) {
   EXPECT_FALSE(table.registered(0.0, std::atan2(4.0, 1.0)));
 }
 
-TEST(RotationTable, LeavesAnExpansionAloneForNoTurn) {
-  const RotationTable table(kDegree);
-  const Coefficients c = expand(Kind::Multipole, {{{0.3, -0.2, 0.7}}, {1.0}}, {}, 9);
-  Coefficients out(c.size());
-  for (const Family& family : kFamilies) {
-    (table.*family.forward)(0.0, 0.0, c, out);
-    EXPECT_EQ(out, c);
-  }
-}
-
 TEST(RotationTable, RefusesWhatItDoesNotHold) {
   const Angles direction{1.0, 0.5};
   const RotationTable table(4, std::span(&direction, 1));
@@ -116,17 +104,11 @@ TEST(RotationTable, RefusesWhatItDoesNotHold) {
                                 "Constructed with too low a degree");
     }
   }
+  expectThrow<RuntimeError>([] { static_cast<void>(PhaseTable(5, 0.7)(-6)); },
+                            "Index -6is outside of precomputed range +/-5");
   const Angles tooLarge{6.5, 0.0};
   expectThrow<utility::DomainError>([&] { RotationTable(4, std::span(&tooLarge, 1)); },
                                     "Angle theta out or range [0,2 pi) : 6.500000");
-}
-
-TEST(PhaseTable, TellsItsLimit) {
-  const PhaseTable phases(5, 0.7);
-  for (const std::int64_t m : {6, -6})
-    expectThrow<RuntimeError>(
-        [&] { static_cast<void>(phases(m)); },
-        "Index " + std::to_string(m) + "is outside of precomputed range +/-5");
 }
 
 }  // namespace

@@ -50,28 +50,12 @@ TEST(TopologyOf, TakesTheElementsOfDimensionTwo) {
 
   const topo::Grid<2> topology = surfaceTopology(data);
   const Geometry::Grid geometry = surfaceGeometry(data);
-  const SurfaceElements elements = surfaceElements(topology, geometry);
 
   EXPECT_EQ(topology.entityCounts(), (std::array<u64, 8>{5, 6, 1, 1, 0, 0, 0, 0}));
   EXPECT_EQ(topology.elementTags, (std::vector<u64>{5, 3}));
   EXPECT_EQ(geometry.elementTypes, (std::vector<u64>{304, 203}));
   EXPECT_EQ(geometry.order, 1U);
   EXPECT_EQ(geometry.highOrderNodes, nullptr);
-  EXPECT_DOUBLE_EQ(elements.areas[0], 1.0);
-  EXPECT_EQ(elements.nodes(1)[3], 2.0);
-}
-
-TEST(TopologyOf, APointCloudKeepsItsElementOrder) {
-  const GridData data = cloud();
-  const topo::Grid<0> topology = pointTopology(data);
-  const Coordinates coordinates(data);
-
-  EXPECT_EQ(topology.vertices, data.connectivity);
-  EXPECT_EQ(coordinates.position(30)[0], 1.0);
-  EXPECT_EQ(coordinates.position(10)[2], 6.0);
-  EXPECT_EQ(coordinates.values()[0], 4.0);
-  expectThrow<std::out_of_range>([&] { (void)coordinates.position(11); },
-                                 "invalid unordered_map<K, T> key");
 }
 
 TEST(Geometry, StoresTheNodesBeyondTheVertices) {
@@ -127,14 +111,40 @@ TEST(Geometry, RefusesDamagedConnectivityBeforeItIsRead) {
     data.offsets = offsets;
     expectThrow<utility::RuntimeError>([&] { (void)surfaceTopology(data); }, tooShort);
   }
-  GridData unknownNode = strip();
-  unknownNode.connectivity[7] = 51;
-  expectThrow<std::out_of_range>(
-      [&] { (void)surfaceElements(surfaceTopology(unknownNode), surfaceGeometry(unknownNode)); },
-      "invalid unordered_map<K, T> key");
-  expectThrow<utility::RuntimeError>(
-      [&] { (void)surfaceElements(surfaceTopology(strip()), Geometry::Grid()); },
-      "surfaceElements: topology and geometry have different elements");
+}
+
+TEST(SurfaceElements, CollectsElementsInAnyOrderAndRefusesWhatDoesNotFit) {
+  GridData data;
+  data.numElements = 2;
+  data.numNodes = 5;
+  data.coordinates = strip().coordinates;
+  data.nodeIds = strip().nodeIds;
+  data.elementTypes = {304, 203};
+  data.offsets = {0, 4, 7};
+  data.connectivity = {10, 20, 30, 40, 20, 50, 30};
+  const std::vector<std::uint32_t> order{1, 0};
+
+  const SurfaceElements elements = surfaceElements(data, order);
+
+  EXPECT_EQ(elements.nodes(0)[3], 2.0);
+  EXPECT_DOUBLE_EQ(elements.areas[1], 1.0);
+  EXPECT_EQ(elements.codes, (std::vector<u64>{203, 304}));
+  GridData bad = data;
+  bad.connectivity[5] = 51;
+  expectThrow<std::out_of_range>([&] { (void)surfaceElements(bad); },
+                                 "invalid unordered_map<K, T> key");
+  bad = data;
+  bad.offsets[2] = 6;
+  expectThrow<utility::RuntimeError>([&] { (void)surfaceElements(bad); },
+                                     "Element 1 does not hold the 3 nodes of its type");
+  bad = data;
+  bad.coordinates.resize(14);
+  expectThrow<utility::RuntimeError>([&] { (void)surfaceElements(bad); },
+                                     "surfaceElements: the lists don't fit together");
+  bad = data;
+  bad.elementTypes[1] = 404;
+  expectThrow<utility::RuntimeError>([&] { (void)surfaceElements(bad); },
+                                     "surfaceElements: a Tet4 is no surface");
 }
 
 TEST(Coordinates, RefuseWhatIsNoPointCloud) {

@@ -32,23 +32,6 @@ GridData threeElements() {
   return grid;
 }
 
-TEST(PointCloud, HasOneTaggedPointElementPerNode) {
-  const std::array<double, 6> coordinates{1, 2, 3, 4, 5, 6};
-
-  const GridData cloud = makePointCloud(coordinates, 2);
-  const GridData named = makePointCloud(coordinates, 2, std::array<u64, 2>{8, 9});
-
-  EXPECT_EQ(cloud.coordinates, std::vector<double>(coordinates.begin(), coordinates.end()));
-  EXPECT_EQ(cloud.numElements, 2);
-  EXPECT_EQ(cloud.offsets, (std::vector<u64>{0, 1, 2}));
-  EXPECT_EQ(cloud.elementTags, (std::vector<u64>{1, 1}));
-  EXPECT_EQ(cloud.elementTypes, (std::vector<u64>{0, 0}));
-  EXPECT_EQ(cloud.connectivity, (std::vector<u64>{0, 1}));
-  EXPECT_EQ(named.nodeIds, (std::vector<u64>{8, 9}));
-  EXPECT_EQ(named.connectivity, named.nodeIds);
-  EXPECT_EQ(makePointCloud({}, 0), GridData{});
-}
-
 TEST(PointCloud, TakesTheNodesOfASpatialMeshOnly) {
   GridData mesh = threeElements();
   EXPECT_EQ(pointCloudOfNodes(mesh), makePointCloud(mesh.coordinates, 9));
@@ -87,21 +70,6 @@ TEST(ElementsToPoints, RefusesWhatItCannotFind) {
   expectThrow<std::runtime_error>(run(threeElements(), 8), "Provided coordinate span is too small");
   expectThrow<std::runtime_error>(run(unknownNode, 9), "ElementsToPoints: node 6 not found");
   expectThrow<std::runtime_error>(run(shortList, 9), "ElementsToPoints: entity id 12 not found 12");
-}
-
-TEST(FilterElements, KeepsElementsOfTheRangeWithTheirNodes) {
-  const GridData grid = threeElements();
-
-  const GridData kept = FilterElements(grid, std::array<u64, 6>{102, 99, 100, 102, 103, 0}, 100);
-
-  EXPECT_EQ(kept.elementTypes, (std::vector<u64>{203, 304}));
-  EXPECT_EQ(kept.elementTags, (std::vector<u64>{4, 6}));
-  EXPECT_EQ(kept.offsets, (std::vector<u64>{0, 3, 7}));
-  EXPECT_EQ(kept.connectivity, (std::vector<u64>{7, 2, 3, 19, 5, 2, 3}));
-  EXPECT_EQ(kept.nodeIds, (std::vector<u64>{2, 3, 5, 7, 19}));
-  EXPECT_EQ(kept.numNodes, 5);
-  EXPECT_EQ(elementNodes(kept, 1), elementNodes(grid, 2));
-  EXPECT_EQ(FilterElements(GridData{}, std::array<u64, 1>{0}, 0), GridData{});
 }
 
 TEST(FilterElements, RefusesANumberPastTheTypes) {

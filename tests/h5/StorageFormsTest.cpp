@@ -231,14 +231,6 @@ TEST_F(VirtualDatasets, RefuseToLeadInACircle) {
   expectRefusal("a.h5", "self", "'self' of '.' takes entries from itself");
   join("a.h5", "named", {{"a.h5", "named", 10}});
   expectRefusal("a.h5", "named", "'named' of 'a.h5' takes entries from itself");
-  const hsize_t zero = 0, one = 1, ten = 10, endless = H5S_UNLIMITED;
-  const Dataspace growing(H5Screate_simple(1, &ten, &endless));
-  H5Sselect_hyperslab(growing.get(), H5S_SELECT_SET, &zero, nullptr, &one, &endless);
-  PropertyList form = plain();
-  H5Pset_virtual(form.get(), growing.get(), "c.h5", "growing", growing.get());
-  (void)DatasetHandle(H5Dcreate2(open("c.h5").get(), "growing", H5T_NATIVE_DOUBLE, growing.get(),
-                                 H5P_DEFAULT, form.get(), H5P_DEFAULT));
-  expectRefusal("c.h5", "growing", "'growing' of 'c.h5' takes entries from itself");
   join("a.h5", "pair", {{"b.h5", "pair", 10}});
   join("b.h5", "pair", {{"a.h5", "pair", 10}});
   expectRefusal("a.h5", "pair", "'pair' of 'a.h5' takes entries from itself");
@@ -248,40 +240,6 @@ TEST_F(VirtualDatasets, RefuseToLeadInACircle) {
     join("a.h5", std::to_string(i).c_str(), {{".", std::to_string(i - 1).c_str(), 10}});
   EXPECT_EQ(read("a.h5", "8"), ramp(10));
   expectRefusal("a.h5", "9", "'/9' leads through more than 8 virtual datasets");
-}
-
-TEST_F(VirtualDatasets, GiveTheSolutionOfTheRawFile) {
-  // The top file of the small solution: all its datasets lie in another file.
-  samples::SolutionFile raw = test::smallSolution();
-  raw.write(path("raw.h5"));
-  samples::SolutionFile top = raw;
-  for (samples::Part& part : top.parts)
-    if (!part.isAttribute) part.stored = samples::Stored::Missing;
-  top.parts.push_back({"/VTKHDF/PointData/Other", samples::Ints{}});  // keeps the groups
-  top.parts.push_back({"/VTKHDF/CellData/Other", samples::Ints{}});
-  top.write(path("top.h5"));
-  {
-    const File home = open("top.h5");
-    const File source = open("raw.h5");
-    for (const samples::Part& part : raw.parts) {
-      if (part.isAttribute) continue;
-      const DatasetHandle dataset = dopen2(source.get(), part.path);
-      const Dataspace space = dget_space(dataset.get());
-      const Datatype type(H5Dget_type(dataset.get()));
-      PropertyList form = plain();
-      H5Pset_virtual(form.get(), space.get(), "raw.h5", part.path.c_str(), space.get());
-      const DatasetHandle copy(H5Dcreate2(home.get(), part.path.c_str(), type.get(), space.get(),
-                                          H5P_DEFAULT, form.get(), H5P_DEFAULT));
-      ASSERT_GE(copy.get(), 0) << part.path;
-    }
-  }
-
-  const VtkHdfSolution solution = readSolution(0, path("top.h5"));
-  const VtkHdfSolution expected = readSolution(0, path("raw.h5"));
-
-  EXPECT_EQ(solution.charges, expected.charges);
-  EXPECT_EQ(solution.grid.coordinates, expected.grid.coordinates);
-  EXPECT_EQ(solution.grid.connectivity, expected.grid.connectivity);
 }
 
 TEST_F(StorageForms, OfASolutionHoldItsValuesButNeedNotHoldZeros) {

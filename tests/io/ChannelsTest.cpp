@@ -12,22 +12,6 @@
 namespace velmo::io {
 namespace {
 
-// Static objects write before main() and while the process ends.
-struct StaticWriter {
-  bool wasGood = false;
-  StaticWriter() {
-    std::ostringstream target;
-    out.setStreams({&target});
-    out << "early" << std::endl;
-    wasGood = out.good() && target.str() == "early\n";
-    out.setStreams({});
-  }
-  ~StaticWriter() { warn << "late" << std::endl; }
-};
-const StaticWriter staticWriter;
-
-TEST(StreamBundle, IsThereForStaticObjects) { EXPECT_TRUE(staticWriter.wasGood); }
-
 TEST(StreamBundle, HandsOutWholeLinesOnlyToEachStream) {
   std::ostringstream first;
   std::ostringstream second;

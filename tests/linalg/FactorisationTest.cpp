@@ -71,27 +71,6 @@ TEST(ThinQR, GivesOrthonormalColumnsAndUpperTriangleWhoseProductIsTheInput) {
   }
 }
 
-TEST(QRPseudoInverse, IsALeftInverseThatIgnoresTheOrthogonalComplement) {
-  constexpr u64 m = 12, n = 5;
-  const OwnedMatrix matrix = wellConditioned(m, n);
-  const ThinQRDecomposition qr(matrix.view());
-  std::vector<double> residual(m, 1.0);  // minus its projection on the columns of Q
-  std::vector<double> coefficients(n);
-  for (u64 j = 0; j < n; ++j)
-    for (u64 i = 0; i < m; ++i) coefficients[j] += qr.Q->view()(i, j);
-  for (u64 j = 0; j < n; ++j)
-    for (u64 i = 0; i < m; ++i) residual[i] -= qr.Q->view()(i, j) * coefficients[j];
-
-  const QRPseudoInverse pseudo(matrix.view());
-
-  OwnedMatrix product(n, n);
-  matMatMult(pseudo.matrix.view(), matrix.view(), product.view());
-  EXPECT_LE(distanceFromIdentity(product.view()), 32 * kEps);
-  OwnedMatrix image(n, 1);
-  matMatMult(pseudo.matrix.view(), MatrixView<const double>(residual.data(), m, 1), image.view());
-  for (const double value : image.values) EXPECT_NEAR(value, 0.0, 32 * kEps);
-}
-
 TEST(Factorisations, RefuseWhatTheyCannotFactorise) {
   const struct {
     std::function<void()> call;

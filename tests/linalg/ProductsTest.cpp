@@ -98,11 +98,6 @@ TEST(Products, BetaZeroDoesNotReadTheOldResult) {
   EXPECT_EQ(none, 0.0);
 }
 
-TEST(Products, DotSumsTheProductsOfEntries) {
-  std::vector<double> x{1.0, 2.0, 3.0}, y{4.0, -5.0, 6.0};
-  EXPECT_EQ(dot(MatrixView<double, -1, 1>(x), MatrixView<double, -1, 1>(y)), 12.0);
-}
-
 TEST(Products, RefuseSizesThatDoNotFitInTheStatedOrder) {
   std::vector<double> data(16);
   std::vector<Complex> values(16);

@@ -51,26 +51,6 @@ TEST(RuleFamily, TakesTableRulesAndCollapsedRulesByRange) {
   }
 }
 
-TEST(RuleFamily, HoldsSmallerRulesOverARangeThanTheirBlocksHaveRoomFor) {
-  const RuleFamily<2> squares = quadFamily(1, 10);
-  EXPECT_EQ(squares.orders, (std::vector<u64>{1, 3, 5, 7, 9, 11}));
-  EXPECT_EQ(squares.weights.sizes, (std::vector<u64>{1, 4, 9, 16, 25, 36}));
-  const std::vector<long> usedInSquares{1, 4, 4, 9, 9, 16};
-  for (u64 k = 0; k < 6; ++k) {
-    const auto weights = squares.weights.block(k);
-    EXPECT_EQ(std::ranges::count_if(weights, [](double w) { return w > 0.0; }), usedInSquares[k]);
-    EXPECT_EQ(std::ranges::count(weights, 0.0),
-              static_cast<long>(weights.size()) - usedInSquares[k]);
-    EXPECT_NEAR(sum(weights), 1.0, 8 * kEps);
-  }
-
-  const RuleFamily<2> triangles = triangleFamily(25, 25);
-  const auto last = triangles.weights.block(2);  // order 25 holds the rule for order 23
-  EXPECT_EQ(triangles.orders.back(), 25U);
-  EXPECT_EQ(last.size(), 169U);
-  EXPECT_EQ(std::ranges::count_if(last, [](double w) { return w > 0.0; }), 144);
-}
-
 TEST(RuleFamily, FallsBackToTheLastRuleWithOneWarningPerLookup) {
   const RuleFamily<2> family = triangleFamily(1, 19);
 

@@ -82,44 +82,6 @@ INSTANTIATE_TEST_SUITE_P(
         Form{"DiscPair", std::make_shared<DiscPair>(1.0, 0.5, 1.0)}),
     [](const auto& form) { return form.param.name; });
 
-struct Spheroid {
-  Vec3 semiAxes;
-  Real inverseCapacitance;  ///< of the charge 4 pi
-};
-
-TEST(ConductingEllipsoid, HasTheCapacitanceOfSphereSpheroidsAndDisc) {
-  const Real f = std::sqrt(1.0L - 0.25L);  // focal distance of the half-axes 1 and 1/2
-  const std::vector<Spheroid> spheroids{
-      {{2.0, 2.0, 2.0}, 0.5L},
-      {{0.5, 0.5, 1.0}, std::log((1.0L + f) / (1.0L - f)) / (2.0L * f)},
-      {{1.0, 0.5, 1.0}, std::atan(f / 0.5L) / f},
-      {{2.0, 2.0, 1e-12}, pi / 4.0L}};
-  for (const Spheroid& s : spheroids) {
-    const ConductingEllipsoid body(s.semiAxes, static_cast<double>(4.0L * pi), {1.0, 0.0, 0.0});
-    expectNear(body.at({1.0L, 0.0L, 0.0L}).potential, s.inverseCapacitance, 1e-12L);
-  }
-}
-
-/// The gradient just outside is minus the density along the normal; outside and inside meet.
-TEST(ConductingEllipsoid, HasTheDensityOfItsSurfaceField) {
-  const Vec3 a{1.0, 0.8, 0.6};
-  const ConductingEllipsoid body(a, 3.0);
-  for (const auto& [theta, phi] : {std::pair{0.4L, 0.3L}, {1.5L, 2.0L}, {2.8L, 4.0L}}) {
-    const RealVec3 x{a[0] * std::sin(theta) * std::cos(phi), a[1] * std::sin(theta) * std::sin(phi),
-                     a[2] * std::cos(theta)};
-    const RealVec3 across{x[0] / (a[0] * a[0]), x[1] / (a[1] * a[1]), x[2] / (a[2] * a[2])};
-    const RealVec3 normal = (1.0L / norm(across)) * across;
-
-    const PointValue outside = body.at(x + 1e-13L * normal);
-
-    EXPECT_LT(norm(outside.gradient + body.density(x) * normal), 1e-11L);
-    expectNear(outside.potential, body.at({}).potential, 1e-12L);
-    expectNear(body.density(0.9L * x), body.density(x), 16 * eps);
-    EXPECT_LE(body.density(x), body.surfaceField());
-  }
-  expectNear(body.density({1.0L, 0.0L, 0.0L}), body.surfaceField(), 16 * eps);
-}
-
 TEST(SphereGap, HasItsVoltagesOnBothSurfaces) {
   for (const auto& [lower, gap] : {std::pair{1.0, 0.5}, {0.6, 0.5}, {0.25, 0.05}, {1.0, 0.01}}) {
     const SphereGap pair({1.0, lower}, gap, 2.0, {0.0, 3.0, 0.0});
@@ -142,25 +104,6 @@ TEST(SphereGap, HasItsVoltagesOnBothSurfaces) {
       "The gap between two spheres must be positive");
 }
 
-/// Equal spheres at +-V carry 4 pi R V sinh(b) sum 1 / sinh(n b), where cosh(b) is the distance of
-/// the centres by the diameter (Maxwell; Smythe, Static and Dynamic Electricity, 5.08).
-TEST(SphereGap, HasTheChargeOfMaxwellsSeries) {
-  SampleRequest request;
-  request.body = Body::SpherePair;
-  request.mesh = {.refine = 10, .geometryOrder = 3};
-  request.densityKind = DensityKind::Exact;
-  const Density density = makeDensity(request, makeMesh(request));
-  const double b = std::acosh(1.25);
-  double expected = 0.0;
-  for (int n = 1; n < 60; ++n) expected += 4.0 * std::numbers::pi * std::sinh(b) / std::sinh(n * b);
-
-  double upper = 0.0;
-  for (u64 e = 0; e < density.numElements() / 2; ++e) upper += density.charges[density.offsets[e]];
-
-  expectNear(upper, expected, 5e-5L);
-  expectNear(density.totalCharge(), 0.0, 1e-12);
-}
-
 TEST(DiscPair, HasTheClosedFormOnItsAxis) {
   const DiscPair pair(0.5, 0.4, 3.0, {0.0, 0.0, 1.0});
   const auto disc = [](Real z) { return 1.5L * (std::sqrt(0.25L + z * z) - std::abs(z)); };
@@ -180,17 +123,6 @@ TEST(DiscPair, HasTheClosedFormOnItsAxis) {
         (void)pair.at({0.5L, 0.0L, 1.0L + Real{0.4} / 2.0L});
       },
       "The field of a disc is infinite on its rim");
-}
-
-TEST(ClosedForm, BelongsToTheBodyOfTheRequest) {
-  SampleRequest request;
-  request.radius = 2.0;
-  request.centre = {1.0, 0.0, 0.0};
-  request.sigma = 0.5;
-  const auto ball = closedForm(request);
-  expectNear(ball->at({5.0L, 0.0L, 0.0L}).potential, 0.5, 1e-15L);  // sigma R^2 / r
-  EXPECT_EQ(ball->at({1.5L, 0.0L, 0.0L}).potential, ball->at({1.0L, 0.0L, 0.0L}).potential);
-  expectNear(ball->surfaceField(), 0.5, 1e-15);
 }
 
 }  // namespace

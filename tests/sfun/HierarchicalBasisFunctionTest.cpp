@@ -147,18 +147,6 @@ TYPED_TEST(HierarchicalBasis, GradientsAreTheSlopesOfTheValues) {
   }
 }
 
-TYPED_TEST(HierarchicalBasis, RaisingTheOrderKeepsTheOldRawFunctions) {
-  const std::vector<double> points = test::samplePoints(TestFixture::kKind, 1);
-  for (u64 p = 1; p <= 6; ++p) {
-    std::vector<double> lower(typename TestFixture::L2Basis(p).numFunctions());
-    std::vector<double> higher(typename TestFixture::L2Basis(p + 1).numFunctions());
-    typename TestFixture::L2Basis(p).evalRaw(view(points), lower.data());
-    typename TestFixture::L2Basis(p + 1).evalRaw(view(points), higher.data());
-    for (const double value : lower)
-      EXPECT_NE(std::find(higher.begin(), higher.end(), value), higher.end()) << "order " << p;
-  }
-}
-
 TYPED_TEST(HierarchicalBasis, RefusesUnknownSubEntitiesAndOrders) {
   const typename TestFixture::L2Basis basis(2);
   const u64 beyond = TestFixture::kD + 1;
@@ -176,38 +164,6 @@ TYPED_TEST(HierarchicalBasis, RefusesUnknownSubEntitiesAndOrders) {
   test::expectThrow<utility::RuntimeError>(
       [] { const typename TestFixture::L2Basis functions(256); },
       "Polynomial order 256 is beyond the largest supported order 255");
-}
-
-TEST(HierarchicalBasisFunction, HasTheExpectedValuesAtVertices) {
-  struct Case {
-    bool triangle;
-    u64 order;
-    double x, y;
-    std::vector<double> values;
-  };
-  const std::vector<Case> cases{
-      {true, 0, 0.7, 0.2, {2.0}},
-      {false, 0, 0.7, 0.2, {1.0}},
-      {true, 1, 1.0, 0.0, {2.0, 4.0 / 3.0, -2.0 / 3.0}},
-      {false, 1, 0.0, 0.0, {1.0, -0.25, -0.25, -0.25}},
-      // The edge functions of order 2 have mean -1/12, the interior one mean 1/9.
-      {true, 2, 0.0, 0.0, {2.0, -2.0 / 3.0, -2.0 / 3.0, 1.0 / 6.0, 1.0 / 6.0, 1.0 / 6.0}},
-      {false,
-       2,
-       1.0,
-       1.0,
-       {1.0, -0.25, 0.75, -0.25, 1.0 / 6.0, 1.0 / 6.0, 1.0 / 6.0, 1.0 / 6.0, -1.0 / 9.0}},
-  };
-  for (const Case& c : cases) {
-    const std::array<double, 2> point{c.x, c.y};
-    std::vector<double> values(c.values.size());
-    if (c.triangle)
-      TriangleL2Basis(c.order).eval({point.data(), 2}, values.data());
-    else
-      QuadrilateralL2Basis(c.order).eval({point.data(), 2}, values.data());
-    for (u64 i = 0; i < values.size(); ++i)
-      EXPECT_NEAR(values[i], c.values[i], 4e-15) << "order " << c.order << " function " << i;
-  }
 }
 
 }  // namespace

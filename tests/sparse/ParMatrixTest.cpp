@@ -50,40 +50,6 @@ void expectNear(std::span<const double> found, std::span<const double> expected)
   for (u64 i = 0; i < found.size(); ++i) EXPECT_NEAR(found[i], expected[i], 64 * kEps) << i;
 }
 
-TEST(ParMatrix, AgreesWithDenseProductsOnRandomPatterns) {
-  constexpr u64 rows = 30, cols = 17;
-  std::mt19937_64 generator(5);
-  std::vector<double> dense(rows * cols);
-  std::vector<u64> rowsInUse, colsInUse;
-  for (int k = 0; k < 200; ++k) {
-    const u64 row = generator() % rows, col = generator() % cols;
-    if (dense[col * rows + row] != 0.0) continue;
-    dense[col * rows + row] = 0.001 * static_cast<double>(1 + generator() % 1000);
-    rowsInUse.push_back(row);
-    colsInUse.push_back(col);
-  }
-  const linalg::MatrixView<const double> A(dense.data(), rows, cols);
-
-  csr::ParMatrix<double> matrix(IndexLayout(0, rows), IndexLayout(0, cols));
-  matrix.allocate(rowsInUse, colsInUse);
-  for (u64 k = 0; k < rowsInUse.size(); ++k)
-    matrix.addValues({&rowsInUse[k], 1}, {&colsInUse[k], 1},
-                     {&dense[colsInUse[k] * rows + rowsInUse[k]], 1, 1});
-
-  for (const bool transposed : {false, true}) {
-    std::vector<double> x = randomValues(transposed ? rows : cols, 6);
-    std::vector<double> y(transposed ? cols : rows);
-    ParVec in(IndexLayout(0, x.size()), View(x));
-    ParVec out(IndexLayout(0, y.size()), View(y));
-    transposed ? matrix.matMultTrans(in, out, 1.5) : matrix.matMult(in, out, 1.5);
-    expectNear(y, denseProduct(A, x, 1.5, transposed));
-    EXPECT_FALSE(in.scattered || out.scattered);
-  }
-  std::vector<double> diagonal(rows);
-  matrix.getDiagonal(View(diagonal));
-  for (u64 i = 0; i < rows; ++i) EXPECT_EQ(diagonal[i], i < cols ? A(i, i) : 0.0);
-}
-
 TEST(ParMatrix, SplitsValuesAndProductsByOwnership) {
   // Rank 0 of two, put together by hand: it owns rows 0 to 2 of 5 and columns 0 to 3 of 6.
   IndexLayout rowLayout, colLayout;
@@ -118,36 +84,6 @@ TEST(ParMatrix, SplitsValuesAndProductsByOwnership) {
     EXPECT_FALSE(in.scattered);
     EXPECT_EQ(in.remote.values, std::vector<double>(2, 0.0));
   }
-}
-
-TEST(ParMatrix, TakesValuesOfManyThreads) {
-  constexpr u64 n = 64;
-  constexpr u64 kThreads = 4;
-  csr::ParMatrix<double> matrix(IndexLayout(0, n), IndexLayout(0, n));
-  std::vector<u64> rows, cols;
-  for (u64 i = 0; i < n * n; ++i) {
-    rows.push_back(i / n);
-    cols.push_back(i % n);
-  }
-  matrix.allocate(rows, cols);
-  const auto runInThreads = [](const std::function<void(u64)>& task) {
-    std::vector<std::thread> threads;
-    threads.reserve(kThreads);
-    for (u64 t = 0; t < kThreads; ++t) threads.emplace_back(task, t);
-    for (std::thread& thread : threads) thread.join();
-  };
-  const std::vector<u64> all = firstIds(n);
-  const std::vector<double> ones(n * n, 1.0);
-
-  runInThreads([&](u64 t) {  // different rows, new columns
-    for (u64 row = t; row < n; row += kThreads)
-      matrix.addValues(std::span(&row, 1), all, {ones.data(), 1, n});
-  });
-  runInThreads([&](u64) {  // the same entries
-    for (int round = 0; round < 20; ++round) matrix.addValues(all, all, {ones.data(), n, n});
-  });
-
-  EXPECT_EQ(matrix.blocks[0].values, std::vector<double>(n * n, 1.0 + 20.0 * kThreads));
 }
 
 TEST(ParMatrix, RefusesWhatItCannotDo) {

@@ -51,34 +51,6 @@ TEST(ParVec, ReadsAndAddsOwnedAndRemoteValues) {
   EXPECT_EQ(vector.get(5), 0.0);
 }
 
-TEST(ParVec, LosesNoAdditionOfConcurrentThreads) {
-  constexpr int kThreads = 4, kRounds = 200000;
-  std::vector<double> owned(3);
-  ParVec vector(layoutOf({0, 3, 5}), View(owned));
-  vector.remote.setIds(std::vector<u64>{3, 4});
-
-  std::vector<std::thread> threads;
-  threads.reserve(kThreads);
-  for (int t = 0; t < kThreads; ++t)
-    threads.emplace_back([&] {
-      for (int i = 0; i < kRounds; ++i)
-        for (u64 index = 0; index < 5; ++index) vector.add(index, 1.0);
-    });
-  for (std::thread& thread : threads) thread.join();
-
-  for (u64 index = 0; index < 5; ++index) EXPECT_EQ(vector.get(index), kThreads * kRounds);
-}
-
-TEST(ExchangePlan, IsEmptyWithOneEntryPerRankInOneProcess) {
-  const ExchangePlan plan(IndexLayout(0, 4), {});
-
-  EXPECT_TRUE(plan.ids.empty());
-  EXPECT_EQ(plan.sendCounts, std::vector<u64>{0});
-  EXPECT_EQ(plan.sendOffsets, std::vector<u64>{0});
-  EXPECT_EQ(plan.receiveCounts, std::vector<u64>{0});
-  EXPECT_TRUE(plan.requestedIds.empty());
-}
-
 TEST(DistributedVectors, RefuseWhatTheyDoNotHold) {
   std::vector<double> owned(2);
   ParVec vector(layoutOf({0, 2, 6}), View(owned));

@@ -6,6 +6,7 @@
 #include <array>
 #include <atomic>
 #include <chrono>
+#include <ctime>
 #include <future>
 #include <numeric>
 #include <stdexcept>
@@ -68,6 +69,29 @@ TEST(ParallelFor, ThrowsTheFirstExceptionInOrderAfterAllTasksRan) {
 
     EXPECT_EQ(thrown, "2");
     EXPECT_EQ(numCalls, 5);
+  }
+}
+
+TEST(ParallelFor, EndsWhileAWorkerIsHeldUpElsewhere) {
+  setNumThreads(2);
+  std::promise<void> release;
+  const std::future<void> held = pool().submit([&] { release.get_future().wait(); });
+
+  EXPECT_EQ(sumByTasks(100), 5050U);
+  EXPECT_EQ(sumByTasks(100), 5050U);
+
+  release.set_value();
+  held.wait();
+}
+
+TEST(ParallelFor, WakesWorkersThatSleepOrAreAboutTo) {
+  for (const u64 threads : {1U, 3U}) {
+    setNumThreads(threads);
+    for (int round = 0; round < 1000; ++round) {
+      // Around the time after which idle workers go to sleep.
+      std::this_thread::sleep_for(std::chrono::microseconds(round % 100));
+      ASSERT_EQ(sumByTasks(2), 3U);
+    }
   }
 }
 
@@ -134,6 +158,17 @@ TEST(ThreadPool, StaysWhenTheWorkerCountIsSetAgain) {
 
   EXPECT_EQ(&pool(), before);
   EXPECT_EQ(numThreads(), 2U);
+}
+
+TEST(ThreadPool, TakesNoProcessorTimeWhileIdle) {
+  setNumThreads(4);
+  (void)sumByTasks(10);
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
+
+  const std::clock_t before = std::clock();  // of the whole process
+  std::this_thread::sleep_for(std::chrono::milliseconds(200));
+
+  EXPECT_LT(std::clock() - before, CLOCKS_PER_SEC / 50);
 }
 
 TEST(ThreadPool, RunsTheTaskOfAnotherPoolsWorkerWhenThatWorkerIsFree) {

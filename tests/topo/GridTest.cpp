@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <set>
-#include <thread>
 #include <utility>
 
 #include "io/Exception.hpp"
@@ -114,17 +113,6 @@ TEST(SurfaceGrid, FindsEntitiesByTheirVerticesInAnyOrder) {
     EXPECT_EQ(grid.index(Entity(vertex.nodes())), vertex.index());
 }
 
-TEST(SurfaceGrid, ConcurrentFirstLookUpsAgree) {
-  const Grid<2> grid = mixedTorus(20, 20, 0, 1);
-  std::array<u64, 4> found{};
-  std::vector<std::jthread> threads;
-  for (u64& result : found)
-    threads.emplace_back([&grid, &result] { result = grid.find(grid.edges().back(), true); });
-  threads.clear();
-
-  for (const u64 result : found) EXPECT_EQ(result, grid.edges().size() - 1);
-}
-
 TEST(SurfaceGrid, SaysWhichSubEntityIsMissing) {
   const Grid<2> grid = twoTriangles();
   const std::vector<u64> none{40, 20, 10};
@@ -178,18 +166,6 @@ TEST(SurfaceGrid, RefusesWhatIsNoSurfaceAndWhatItDoesNotHold) {
                                   "Ownerships has not been created yet");
 }
 
-TEST(SurfaceGrid, OneRankOwnsEverythingAndKeepsItsTags) {
-  Grid<2> grid = twoTriangles();
-
-  grid.createOwnerships(0);
-  grid.finishOwnerships();
-
-  ASSERT_EQ(grid.ownerships->size(), 3U);
-  EXPECT_TRUE((*grid.ownerships)[1].isOwned(4));
-  EXPECT_EQ((*grid.ownerships)[0].sendLists(), std::vector<std::vector<u64>>(1));
-  EXPECT_EQ(grid.uniqueTags(), (std::vector<u64>{3, 7}));
-}
-
 TEST(PointGrid, FindsItsVertices) {
   Grid<0> grid(3, {4, 9, 11}, {1, 1, 1});
 
@@ -209,16 +185,6 @@ TEST(PointGrid, FindsItsVertices) {
         Grid<0>(2, {1}, {1, 1});
       },
       "topo::Grid<0>: connectivity and tags don't have one entry per element");
-}
-
-TEST(Grid, IsEmptyAfterAMove) {
-  Grid<2> from = mixedTorus(3, 4, 0, 1);
-  (void)from.edges();
-  const Grid<2> to = std::move(from);
-  const std::array<u64, 3> triangle{0, 1, 2};
-  EXPECT_EQ(from.find(triangle, false), kNone);
-  EXPECT_EQ(from.numEntities(1), 0U);
-  EXPECT_GT(to.numEntities(1), 0U);
 }
 
 }  // namespace

@@ -37,28 +37,6 @@ INSTANTIATE_TEST_SUITE_P(Shapes, EveryShape,
                          ::testing::Values(Point, Line, Triangle, Quadrilateral, Tetrahedron,
                                            Hexahedron, Prism, Pyramid));
 
-TEST(ReferenceElement, EdgesOfASurfaceShapeRunAroundIt) {
-  for (const ReferenceType type : {Triangle, Quadrilateral}) {
-    const u64 n = numVertices(type);
-    for (u64 edge = 0; edge < n; ++edge) {
-      const auto nodes = getSubEntityNodes(type, 1, edge);
-
-      ASSERT_EQ(nodes.size(), 2U);
-      EXPECT_EQ(nodes[0], edge);
-      EXPECT_EQ(nodes[1], (edge + 1) % n);
-      EXPECT_EQ(getSubEntityNodes(type, 2, edge).front(), edge);
-    }
-    EXPECT_EQ(getSubEntityNodes(type, 0, 0).size(), n);
-  }
-  EXPECT_EQ(getSubEntityNodes(Line, 1, 1).front(), 1U);
-}
-
-TEST(ReferenceElement, KnowsTheBarycentres) {
-  EXPECT_EQ(barycenter(Triangle), (std::array{2.0 / 3.0, 1.0 / 3.0, 0.0}));
-  EXPECT_EQ(barycenter(Hexahedron), (std::array{0.5, 0.5, 0.5}));
-  EXPECT_EQ(barycenter(Pyramid), (std::array{0.375, 0.375, 0.25}));
-}
-
 /// All lattice points (i, j) / order of the shape must occur, each once.
 TEST(ReferenceElement, NodePointsAreTheLatticeOfTheirOrder) {
   for (const ReferenceType type : {Triangle, Quadrilateral}) {

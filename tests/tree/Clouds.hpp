@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <functional>
@@ -8,33 +7,38 @@
 #include <string>
 #include <vector>
 
+#include "conf/MethodSettings.hpp"
 #include "grid/GridData.hpp"
 
 namespace velmo::tree::test {
 
-/// Seeded clouds of points, one after another x, y, z.
-class Cloud {
- public:
-  using Point = std::function<void(std::mt19937_64&, std::size_t, double*)>;
-
-  Cloud(std::string cloudName, Point point)
-      : name(std::move(cloudName)), point_(std::move(point)) {}
-
+/// A kind of cloud: how its points are drawn.
+struct Cloud {
+  /// Seeded points, one after another x, y, z.
   [[nodiscard]] std::vector<double> coordinates(std::size_t n, unsigned seed) const {
     std::mt19937_64 random(seed);
     std::vector<double> result(3 * n);
-    for (std::size_t i = 0; i < n; ++i) point_(random, i, &result[3 * i]);
+    for (std::size_t i = 0; i < n; ++i) draw(random, i, &result[3 * i]);
     return result;
   }
 
   [[nodiscard]] grid::GridData points(std::size_t n, unsigned seed) const {
     return grid::makePointCloud(coordinates(n, seed), n);
   }
+  /// The points as triangles whose vertices lie in one place.
+  [[nodiscard]] grid::GridData triangles(std::size_t n, unsigned seed) const {
+    grid::GridData data = points(n, seed);
+    data.elementTypes.assign(n, 203);
+    data.connectivity.clear();
+    for (u64 i = 0; i < n; ++i) {
+      data.connectivity.insert(data.connectivity.end(), 3, i);
+      data.offsets[i + 1] = 3 * (i + 1);
+    }
+    return data;
+  }
 
   std::string name;
-
- private:
-  Point point_;
+  std::function<void(std::mt19937_64&, std::size_t, double*)> draw;
 };
 
 inline double uniform(std::mt19937_64& random) {
@@ -50,7 +54,6 @@ inline const std::vector<Cloud>& clouds() {
       {"cube", [](auto& r, std::size_t, double* p) { inCube(r, p, 1.0, 0.0); }},
       {"far from the origin", [](auto& r, std::size_t, double* p) { inCube(r, p, 1.0, 1e6); }},
       {"tiny", [](auto& r, std::size_t, double* p) { inCube(r, p, 1e-6, 0.3e-6); }},
-      {"huge", [](auto& r, std::size_t, double* p) { inCube(r, p, 1e6, -7e5); }},
       {"clusters",  // widths fall from 1/4 to 4^-9 of the cube
        [](auto& r, std::size_t i, double* p) {
          const double width = std::pow(0.25, 1.0 + static_cast<double>(i % 9));
@@ -69,11 +72,6 @@ inline const std::vector<Cloud>& clouds() {
          inCube(r, p, 1.0, 0.0);
          p[1] = 0.25;
        }},
-      {"line in x",
-       [](auto& r, std::size_t, double* p) {
-         p[0] = 5 * uniform(r);
-         p[1] = p[2] = -2;
-       }},
       {"line in z",
        [](auto& r, std::size_t, double* p) {
          p[0] = p[1] = 1;
@@ -89,6 +87,19 @@ inline const std::vector<Cloud>& clouds() {
       {"one place", [](auto&, std::size_t, double* p) { p[0] = p[1] = p[2] = 4.25; }},
   };
   return all;
+}
+
+/// The options that every cloud is tried with.
+inline std::vector<Options> allOptions() {
+  std::vector<Options> all;
+  for (const u64 leafSize : {1, 3, 20, 100, 500}) all.push_back({leafSize, 0, true});
+  for (u64 level = 0; level <= 6; ++level) all.push_back({1, level, false});
+  return all;
+}
+
+inline std::string describe(const Cloud& cloud, const Options& opts) {
+  return cloud.name + (opts.adaptive ? ", leaf size " + std::to_string(opts.leafSize)
+                                     : ", level " + std::to_string(opts.maxLevel));
 }
 
 }  // namespace velmo::tree::test

@@ -15,7 +15,7 @@
 #include "support/ExpectThrow.hpp"
 #include "tree/BoundingBox.hpp"
 #include "tree/Clouds.hpp"
-#include "tree/TreeChecks.hpp"
+#include "tree/CompleteOctree.hpp"
 
 namespace velmo::tree {
 namespace {
@@ -54,111 +54,94 @@ TEST(FmmTree, KeepsTheElementsOfBothGridsInSortedOrder) {
   const FmmTree tree(targets, sources, {4, 0, true}, 0, 0);
 
   ASSERT_EQ(tree.numSources(), 60u);
-  ASSERT_EQ(tree.sourceGrid().topology.numElements(), 60u);
-  for (u64 e = 0; e < 60; ++e) {
-    const u64 k = tree.sourceIndex()[e];
-    EXPECT_EQ(tree.sourceOrder()[k], e);
-    EXPECT_EQ(tree.sourceData().elementTags[k], 100 + e);
-    EXPECT_EQ(grid::elementNodes(tree.sourceData(), k), grid::elementNodes(sources, e));
+  std::vector<double> means(3 * 60);
+  grid::vertexMeans(sources, means);
+  std::vector<double> sortedMeans;
+  for (u64 k = 0; k < 60; ++k) {
+    const u64 e = tree.sourceOrder()[k];
+    EXPECT_TRUE(std::ranges::equal(tree.elements().nodes(k), grid::elementNodes(sources, e)));
+    sortedMeans.insert(sortedMeans.end(), &means[3 * e], &means[3 * e] + 3);
   }
   ASSERT_EQ(tree.targetCoordinates().size(), 3 * 45u);
-  for (u64 i = 0; i < 45; ++i) {
-    const u64 k = tree.targetIndex()[i];
-    EXPECT_EQ(tree.targetOrder()[k], i);
-    EXPECT_EQ(tree.targetGrid().topology.vertexIndex(tree.targetData().connectivity[k]), k);
+  for (u64 k = 0; k < 45; ++k)
     for (u64 axis = 0; axis < 3; ++axis)
-      EXPECT_EQ(tree.targetCoordinates()[3 * k + axis], targets.coordinates[3 * i + axis]);
-  }
-}
-
-TEST(FmmTree, SortedGridsGiveTheIdentifiersOfTheTree) {
-  const FmmTree tree(cloud("sphere").points(50, 1), triangleStrip(70), {3, 0, true}, 0, 0);
-  std::vector<double> means(3 * tree.numSources());
-  grid::vertexMeans(tree.sourceData(), means);
-
-  EXPECT_TRUE(std::ranges::equal(tree::pointIdentifiers(means, tree.boundingBox()),
+      EXPECT_EQ(tree.targetCoordinates()[3 * k + axis],
+                targets.coordinates[3 * tree.targetOrder()[k] + axis]);
+  EXPECT_TRUE(std::ranges::equal(tree::pointIdentifiers(sortedMeans, tree.boundingBox()),
                                  tree.tree().sourceIds()));
-  EXPECT_TRUE(
-      std::ranges::equal(tree::pointIdentifiers(tree.targetCoordinates(), tree.boundingBox()),
-                         tree.tree().targetIds()));
-
-  std::vector<Morton> input(tree.distribution().numObjects());
-  std::vector<Morton> sorted(input.size());
-  for (u64 k = 0; k < input.size(); ++k)
-    input[tree.distribution().order[k]] = tree.distribution().ids[k];
-  tree.distribution().toSortedOrder<Morton>(input, sorted);
-  EXPECT_EQ(sorted, tree.distribution().ids);
-  EXPECT_EQ(tree.distribution().owner, std::vector<std::int32_t>(120, 0));
+  EXPECT_TRUE(std::ranges::is_sorted(tree.tree().sourceIds()));
 }
 
-/// Links, levels, marks and ranges of every box against counting by identifiers.
-void expectConsistent(const FmmTree& fmmTree) {
+/// Number of objects inside a cell, by looking at each of them.
+u64 countInside(Morton cell, std::span<const Morton> ids) {
+  return static_cast<u64>(std::ranges::count_if(ids, [&](Morton id) { return cell.holds(id); }));
+}
+
+/// Every box against counting by identifiers: objects, children, leaves, links, levels and marks.
+void expectConsistent(const FmmTree& fmmTree, const tree::Options& opts) {
   const auto& tree = fmmTree.tree();
+  std::vector<Morton> ids;
+  std::ranges::merge(tree.sourceIds(), tree.targetIds(), std::back_inserter(ids));
+  const std::vector<Morton> blocks = tree::computeBlocks(ids);
   const tree::BoxLinks& links = tree.links();
   const auto levelBegins = tree.levelBegins();
   ASSERT_EQ(levelBegins.size(), tree.numLevels + 1);
   ASSERT_EQ(levelBegins.back(), tree.boxes.size());
   std::vector<BoxIndex> leaves;
+  u64 inLeaves = 0;
   for (BoxIndex i = 0; i < links.size(); ++i) {
     const fmm::Box<3>& box = tree.boxes[i];
     const auto level = static_cast<u64>(box.id.level());
     ASSERT_TRUE(levelBegins[level] <= i && i < levelBegins[level + 1]);
     ASSERT_EQ(tree.index(box.id), i);
     ASSERT_EQ(links.parent[i], i == 0 ? tree::kNoBox : tree.index(box.id.parent()));
-    for (unsigned k = 0; k < 8; ++k) {
-      if (box.children.test(k)) {
-        ASSERT_EQ(links.child(i, k), tree.index(box.id.child(k)));
-      }
+    ASSERT_GT(box.numObjects, 0u);
+    ASSERT_EQ(box.numObjects, countInside(box.id, ids));
+    ASSERT_EQ(box.firstObject,
+              *std::ranges::find_if(ids, [&](Morton id) { return box.id.holds(id); }));
+    u64 inChildren = 0;
+    for (unsigned k = 0; k < 8 && level < Morton::kMaxLevel; ++k) {
+      ASSERT_EQ(box.children.test(k), countInside(box.id.child(k), ids) > 0 && !box.isLeaf());
+      if (!box.children.test(k)) continue;
+      ASSERT_EQ(links.child(i, k), tree.index(box.id.child(k)));
+      inChildren += tree.at(box.id.child(k)).numObjects;
     }
+    ASSERT_EQ(inChildren, box.isLeaf() ? 0 : box.numObjects);
+    inLeaves += box.isLeaf() ? box.numObjects : 0;
+    const bool aboveBlocks =
+        std::ranges::any_of(blocks, [&](Morton b) { return box.id.isAncestorOf(b); });
+    const bool fine = opts.adaptive ? box.numObjects <= opts.leafSize : level >= opts.maxLevel;
+    ASSERT_EQ(box.isLeaf(), !aboveBlocks && (fine || level == Morton::kMaxLevel));
     if (box.isLeaf()) leaves.push_back(i);
 
-    const auto expectRange = [&](std::span<const Morton> ids, const ObjectRange& range, bool bit) {
-      ASSERT_EQ(range.count, test::countInside(box.id, ids));
+    const auto expectRange = [&](std::span<const Morton> some, const ObjectRange& range, bool bit) {
+      ASSERT_EQ(range.count, countInside(box.id, some));
       ASSERT_EQ(bit, range.count > 0);
       for (u64 k = range.first; k < range.first + range.count; ++k)
-        ASSERT_TRUE(box.id.holds(ids[k]));
+        ASSERT_TRUE(box.id.holds(some[k]));
     };
     expectRange(tree.sourceIds(), tree.sourceRanges()[i], box.hasSources());
     expectRange(tree.targetIds(), tree.targetRanges()[i], box.hasTargets());
 
     const bits::CellCube cube = bits::cube(box.id);
-    for (u64 axis = 0; axis < 3; ++axis) {
+    for (u64 axis = 0; axis < 3; ++axis)
       ASSERT_EQ(fmmTree.centres()[3 * i + axis],
                 cube.centre[axis] * fmmTree.boundingBox().size() + fmmTree.boundingBox().min[axis]);
-    }
   }
+  EXPECT_EQ(inLeaves, ids.size());
   EXPECT_TRUE(std::ranges::equal(tree.leafPositions(), leaves));
   EXPECT_TRUE(std::ranges::equal(tree.nonHaloLeafPositions(), leaves));
 }
 
-TEST(FmmTree, LinksMarksAndRangesAgreeWithTheIdentifiers) {
+TEST(FmmTree, AgreesWithItsIdentifiersForAllClouds) {
   for (const test::Cloud& points : tree::test::clouds())
-    for (const tree::Options& opts : {tree::Options{1, 0, true}, {12, 0, true}, {1, 4, false}}) {
-      SCOPED_TRACE(points.name + ", " + test::describe(opts));
+    for (const tree::Options& opts : test::allOptions()) {
+      SCOPED_TRACE(test::describe(points, opts));
       ::testing::internal::CaptureStderr();
       const FmmTree tree(points.points(60, 1), triangleStrip(40), opts, 0, 0);
       ::testing::internal::GetCapturedStderr();
-      expectConsistent(tree);
+      expectConsistent(tree, opts);
     }
-}
-
-TEST(SrcTrgTree, TellsTheFirstObjectAndTheCountOfLeaves) {
-  const FmmTree fmmTree(cloud("cube").points(30, 1), triangleStrip(30), {5, 0, true}, 0, 0);
-  const auto& tree = fmmTree.tree();
-  for (const BoxIndex leaf : tree.leafPositions()) {
-    const fmm::Box<3>& box = tree.boxes[leaf];
-    if (!box.hasSources()) continue;
-    const auto [first, count] = tree.sourceDatum(box.id);
-    EXPECT_EQ(count, tree.sourceRanges()[leaf].count);
-    EXPECT_EQ(first, tree.sourceIds()[tree.sourceRanges()[leaf].first]);
-  }
-  expectThrow<RuntimeError>([&] { static_cast<void>(tree.sourceDatum(Morton(1))); },
-                            "Failed to find source datum for ID 1");
-  expectThrow<RuntimeError>([&] { static_cast<void>(tree.targetDatum(Morton(3))); },
-                            "Failed to find target datum for ID 3");
-  expectThrow<std::out_of_range>([&] { static_cast<void>(tree.at(Morton(3))); },
-                                 "invalid unordered_map<K, T> key");
-  EXPECT_FALSE(tree.find(Morton(3)).has_value());
 }
 
 TEST(SrcTrgTree, RefusesWhatHasNotBeenCreatedOrDoesntFit) {
@@ -173,6 +156,15 @@ TEST(SrcTrgTree, RefusesWhatHasNotBeenCreatedOrDoesntFit) {
   empty.boxes.resize(1);
   expectThrow<RuntimeError>([&] { static_cast<void>(empty.find(Morton(1))); },
                             "Lookup tables has not been created");
+
+  const FmmTree full(cloud("cube").points(30, 1), triangleStrip(30), {5, 0, true}, 0, 0);
+  expectThrow<RuntimeError>([&] { static_cast<void>(full.tree().sourceDatum(Morton(1))); },
+                            "Failed to find source datum for ID 1");
+  expectThrow<RuntimeError>([&] { static_cast<void>(full.tree().targetDatum(Morton(3))); },
+                            "Failed to find target datum for ID 3");
+  expectThrow<std::out_of_range>([&] { static_cast<void>(full.tree().at(Morton(3))); },
+                                 "invalid unordered_map<K, T> key");
+  EXPECT_FALSE(full.tree().find(Morton(3)).has_value());
 
   const Morton object(1ULL << 63);
   std::vector<tree::Orthant<3>> gap{{Morton(1), object, 1}, {Morton(64), object, 1}};
@@ -195,20 +187,10 @@ TEST(FmmTree, RefusesBadInput) {
   bad.coordinates[7] = std::numeric_limits<double>::quiet_NaN();
   expectThrow<RuntimeError>([&] { FmmTree(good, bad, {}, 0, 0); },
                             "Coordinates of point 7 are not finite");
-  grid::GridData sharing = good;
-  sharing.connectivity[3] = sharing.connectivity[1];
-  expectThrow<RuntimeError>([&] { FmmTree(sharing, good, {}, 0, 0); },
-                            "Points of the cloud share a node");
   expectThrow<utility::LogicError>([&] { FmmTree(good, good, {}, 5, 0); },
                                    "Interaction lists of kind 5 are not available");
 
   const tree::ParticleDistribution distribution(good, good, 0);
-  std::vector<double> ten(10);
-  std::vector<double> nine(9);
-  expectThrow<RuntimeError>([&] { distribution.toSortedOrder<double>(ten, nine); },
-                            "Provided result container does not have the right size");
-  expectThrow<RuntimeError>([&] { distribution.toSortedOrder<double>(nine, ten); },
-                            "Received strange number of items");
   EXPECT_EQ(distribution.partition.check(Morton(3)), std::vector<int>{0});
   expectThrow<RuntimeError>([] { static_cast<void>(tree::Partition().check(Morton(3))); },
                             "velmo::tree::Partition::check not finalized");

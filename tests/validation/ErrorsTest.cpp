@@ -5,71 +5,71 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <string>
 #include <vector>
 
+#include "io/Exception.hpp"
 #include "samples/SampleRequest.hpp"
+#include "support/ExpectThrow.hpp"
+#include "support/TemporaryFolder.hpp"
 
 namespace velmo::validation {
-
 namespace {
 
-/// Even sphere of radius 1 with the field 1 at its surface.
-std::unique_ptr<samples::ClosedForm> ball() { return closedForm(samples::SampleRequest{}); }
-
-Row exactRow(const samples::Vec3& x) {
-  const samples::PointValue v = ball()->at({x[0], x[1], x[2]});
-  return {x,
-          static_cast<double>(v.potential),
-          {static_cast<double>(v.gradient[0]), static_cast<double>(v.gradient[1]),
-           static_cast<double>(v.gradient[2])}};
-}
-
-/// The exact field is 1/4 and 1/16 here, the potential 1/2 and 1/4.
-std::vector<Row> outside() { return {exactRow({2, 0, 0}), exactRow({0, 0, -4})}; }
-
-TEST(Errors, AreZeroForTheClosedFormItself) {
-  const Errors e = againstClosedForm(outside(), *ball());
-
-  EXPECT_LT(e.potential.largest, 1e-15);
-  EXPECT_LT(e.field.largest, 1e-15);
+Row exactRow(const samples::ClosedForm& form, const samples::Vec3& x) {
+  const samples::PointValue v = form.at({x[0], x[1], x[2]});
+  Row row{x, static_cast<double>(v.potential), {}};
+  for (u64 c = 0; c < 3; ++c) row.gradient[c] = static_cast<double>(v.gradient[c]);
+  return row;
 }
 
 TEST(Errors, AreDividedByWhatTheSetHolds) {
-  std::vector<Row> rows = outside();
+  // An even sphere of radius 1 with the field 1 at its surface. The exact field is 1/4 and 1/16 at
+  // the first points, the potential 1/2 and 1/4; inside there is no field.
+  const auto ball = closedForm(samples::SampleRequest{});
+  const std::vector<Row> exact{exactRow(*ball, {2, 0, 0}), exactRow(*ball, {0, 0, -4})};
+  EXPECT_LT(againstClosedForm(exact, *ball).field.largest, 1e-15);
+
+  std::vector<Row> rows = exact;
   rows[1].potential += 0.1;
   rows[1].gradient[0] += 0.03;
   rows[1].gradient[1] -= 0.04;
-
-  for (const Errors& e : {againstClosedForm(rows, *ball()), againstRun(rows, outside(), *ball())}) {
+  for (const Errors& e : {againstClosedForm(rows, *ball), againstRun(rows, exact, *ball)}) {
     EXPECT_NEAR(e.potential.l2, 0.1 / std::hypot(0.5, 0.25), 1e-14);
     EXPECT_NEAR(e.potential.largest, 0.1 / 0.5, 1e-14);
     EXPECT_NEAR(e.field.l2, 0.05 / std::hypot(1.0 / 4.0, 1.0 / 16.0), 1e-14);
     EXPECT_NEAR(e.field.largest, 0.05 / 0.25, 1e-14);
   }
+
+  rows[0].potential = std::numeric_limits<double>::quiet_NaN();
+  EXPECT_FALSE(againstClosedForm(rows, *ball).potential.largest <= 1e300);
+
+  std::vector<Row> inside{exactRow(*ball, {0.5, 0, 0}), exactRow(*ball, {0, 0.1, 0})};
+  inside[0].gradient[2] = 0.02;
+  EXPECT_NEAR(againstClosedForm(inside, *ball).field.largest, 0.02, 1e-14);
 }
 
-TEST(Errors, OfAFieldThatShouldVanishAreMeasuredByTheSurfaces) {
-  std::vector<Row> rows{exactRow({0.5, 0, 0}), exactRow({0, 0.1, 0})};
-  rows[0].gradient[2] = 0.02;
-
-  const Errors e = againstClosedForm(rows, *ball());
-
-  EXPECT_NEAR(e.field.l2, 0.02 / std::sqrt(2.0), 1e-14);
-  EXPECT_NEAR(e.field.largest, 0.02, 1e-14);
-}
-
-TEST(Errors, AreNoNumberWhereAValueIsNone) {
-  for (u64 bad = 0; bad < 2; ++bad) {
-    std::vector<Row> rows = outside();
-    rows[bad].potential = std::numeric_limits<double>::quiet_NaN();
-
-    const Errors e = againstClosedForm(rows, *ball());
-
-    EXPECT_FALSE(e.potential.l2 <= 1e300);
-    EXPECT_FALSE(e.potential.largest <= 1e300) << "row " << bad;
+TEST(RunResult, IsReadFromWholeTablesAndFinishedReportsOnly) {
+  const test::TemporaryFolder folder;
+  const std::string head = "X,Y,Z,Potential,EFieldX,EFieldY,EFieldZ\n";
+  const auto rows = readTable(folder.write("t.csv", head + " 1.5,-2,3e-3, inf,5,6,7\n"));
+  ASSERT_EQ(rows.size(), 1U);
+  EXPECT_EQ(rows[0].x, (samples::Vec3{1.5, -2.0, 3e-3}));
+  EXPECT_EQ(rows[0].gradient, (samples::Vec3{5.0, 6.0, 7.0}));
+  for (const char* const bad : {"1,2,3,4,5,6\n", "1,2,3,4,5,6,7,8\n", "1,2,3,4,5,6,7x\n", "\n"}) {
+    const std::string path = folder.write("t.csv", head + "1,2,3,4,5,6,7\n" + bad);
+    test::expectThrow<utility::RuntimeError>([&] { (void)readTable(path); },
+                                             "Line 3 of '" + path + "' is not seven numbers");
   }
+
+  const std::string stages = "# Preparation:   0.034s\n# FMM setup:  0.070s\n# FMM apply: 1.2s\n";
+  const std::string log = folder.write("t.log", stages);
+  test::expectThrow<utility::RuntimeError>([&] { (void)readReport(log); },
+                                           "No normal termination in '" + log + "'");
+  const Times times = readReport(folder.write("t.log", stages + "# Total runtime:    1.345s\n"));
+  EXPECT_EQ(times.apply, 1.2);
+  EXPECT_EQ(times.total, 1.345);
 }
 
 }  // namespace
-
 }  // namespace velmo::validation

@@ -1,9 +1,10 @@
-"""orvanta-check: looks at the inputs of orvanta.post without a run and lists all problems.
+"""orvanta-check: checks the inputs of orvanta.post without running it, and lists all problems.
 
   orvanta-check --input=FILE.vtkhdf --points=FILE.xyz [--settings=FILE.yaml] [--output=NAME]
 
-Takes the options of orvanta.post. Lines (EE) tell what would end the run or spoil the result, lines
-(WW) what is probably not meant; then comes what the run will need. Status 1 if there is any (EE).
+Takes the options of orvanta.post. Lines (EE) show what would end the run or spoil the result, lines
+(WW) what is probably a mistake. At the end it shows what the run will need. The status is 1 if
+there is any (EE).
 """
 import os
 import sys
@@ -14,13 +15,13 @@ from . import cli, settings, solution, textfiles
 from .cli import Failure, need
 
 SIGNATURE = b"\x89HDF\r\n\x1a\n"
-# What a run needs: measured with degrees 5 to 16 and leafSize 100 to 500, within some 20 percent.
+# What a run needs: measured with degrees 5 to 16 and leafSize 100 to 500, to about 20 percent.
 BASE_BYTES, POINT_BYTES, ELEMENT_BYTES, RULE_POINT_BYTES = 25e6, 750, 600, 30
 # The leaf size that was best in measurements, and how far from it the time rises by a tenth.
 BEST_LEAF, LARGEST_GOOD_LEAF = 100, 200
-# Points that are looked at for being inside; enough for a share.
+# Number of points that are tested for being inside; enough to estimate a percentage.
 SAMPLE_POINTS = 2000
-# Solid angles of elements that are computed at most, for points inside: a few seconds.
+# Largest number of solid angles to compute in that test; takes a few seconds.
 MOST_ANGLES = 10_000_000
 DEFAULTS = {"fem.order": "0", "bem.tree.leafSize": "500", "bem.tree.adaptive": "true",
             "postEval.fmm.degree": "5", "postEval.fmm.leafQuadratureOrder": "8",
@@ -43,7 +44,7 @@ class Report:
 
 
 def readable(report, path, option):
-    """Whether there is a file to look at."""
+    """Whether there is a file to check."""
     if any(c.isspace() for c in path):
         report.error(path, "has a blank in its name, and orvanta.post reads a name up to its first "
                            "blank; rename it, or make a link without blanks")
@@ -102,7 +103,7 @@ def check_solution(report, path):
 
 
 def check_attributes(report, path, file):
-    """Names and values of the attributes; what isn't there can't be wrong twice."""
+    """Checks names and values of the attributes; a missing group is reported by its datasets."""
     for group, name, expected in (
             ("/VTKHDF", "Type", b"UnstructuredGrid"), ("/VTKHDF", "Version", 2),
             ("/ABB/L2", "BasisType", b"L2"), ("/ABB/L2", "FEOrder", None)):
@@ -139,7 +140,7 @@ def check_points(report, path):
 
 
 def check_xyz(report, path):
-    """Every line of a list of points; the first five wrong ones are named."""
+    """Checks every line of a list of points; reports the first five wrong ones."""
     points, wrong, count, commented = [], 0, None, None
     with textfiles.open_text(path) as file:
         for number, line in enumerate(file, start=1):
@@ -179,7 +180,7 @@ def check_xyz(report, path):
 
 
 def check_count(report, where, words, commented):
-    """The number of points, which must stand alone on the first line that is no comment."""
+    """The number of points, which must be alone on the first line that isn't a comment."""
     if commented is not None and len(words) >= 3:
         report.error(where, f"the number of points must stand here; {commented[1]} on line "
                      f"{commented[0]} is a comment. With numpy.savetxt give comments=''")
@@ -209,7 +210,7 @@ def as_point(words):
 
 
 def check_output(report, output, points):
-    """Whether the table can be written: the program says nothing where it can't."""
+    """Checks that the table can be written, because the program doesn't report it if it can't."""
     base = output or os.path.splitext(points)[0]
     if output is not None and os.path.splitext(output)[1] in (".csv", ".vtk"):
         base = os.path.splitext(output)[0]
@@ -269,7 +270,7 @@ def inside(read, points):
 
 
 def check_places(report, read, points, path):
-    """Points inside of bodies, and points that don't seem to have the unit of the solution."""
+    """Warns about points inside bodies, and points in a unit that seems to be a different one."""
     sample = points[np.random.default_rng(1).permutation(len(points))[:SAMPLE_POINTS]]
     sample = sample[:max(1, MOST_ANGLES // read.num_elements)]
     share = inside(read, sample) if read.is_closed() else np.zeros(1)
@@ -284,12 +285,12 @@ def check_places(report, read, points, path):
 
 
 def rule_points(order, quadrilateral):
-    """About how many points a rule of this order has on an element."""
+    """Approximate number of points of a rule of this order on an element."""
     return (order // 2 + 1) ** 2 if quadrilateral else (order + 2) ** 2 / 5
 
 
 def tell_needs(read, points, values):
-    """What the run will need."""
+    """Prints what the run will need."""
     orders = [int(values[f"postEval.{key}"]) for key in ("quad.order", "fmm.leafQuadratureOrder")]
     orders[1] = orders[1] or int(values["postEval.fmm.degree"]) + 3
     memory = BASE_BYTES + POINT_BYTES * len(points)

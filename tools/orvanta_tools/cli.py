@@ -1,4 +1,4 @@
-"""Options and messages in the form of orvanta.post: (EE) on standard error and status 1."""
+"""Options and messages in the style of orvanta.post: (EE) on standard error and status 1."""
 import argparse
 import importlib
 import os
@@ -11,11 +11,11 @@ DEBIAN_PACKAGES = {"numpy": "python3-numpy", "h5py": "python3-h5py",
 
 
 class Failure(Exception):
-    """What the user is told; the command ends with status 1."""
+    """An error with its message for the user; the command ends with status 1."""
 
 
 def need(module):
-    """The module, or a failure that names the Debian package to install."""
+    """Imports a module, or fails with the name of the Debian package to install."""
     try:
         return importlib.import_module(module)
     except ImportError as error:
@@ -25,7 +25,7 @@ def need(module):
 
 
 class Parser(argparse.ArgumentParser):
-    """Options are written out in full; a wrong one ends with (EE) and status 1."""
+    """Options can't be abbreviated; a wrong one ends with (EE) and status 1."""
 
     def __init__(self, **settings):
         super().__init__(allow_abbrev=False, **settings,
@@ -36,7 +36,7 @@ class Parser(argparse.ArgumentParser):
 
 
 def numbers(count):
-    """Type of an option that takes `count` finite numbers with commas between them."""
+    """Type of an option that takes `count` finite numbers separated by commas."""
     def parse(text):
         try:
             values = tuple(float(word) for word in text.split(","))
@@ -54,20 +54,20 @@ def warn(text):
 
 
 def check_output(path):
-    """Words for the case that is likely to go wrong: orvanta.post ends a file name at a blank."""
+    """Warns about blanks in a file name, because orvanta.post ends a name at its first blank."""
     if any(c.isspace() for c in str(path)):
         warn(f"{path} has a blank in its name; orvanta.post reads a name up to its first blank")
 
 
 def run(command, arguments):
-    """Status of `command(arguments)`: 0, or 1 behind a message about what went wrong."""
+    """Runs `command(arguments)`; returns 0, or 1 after a message about what went wrong."""
     try:
         command(arguments)
         sys.stdout.flush()
     except Failure as failure:
         print(f"(EE) {failure}", file=sys.stderr)
         return 1
-    except BrokenPipeError:  # the reader has seen enough, as in `orvanta-points line ... | head`
+    except BrokenPipeError:  # the reader closed the pipe, as in `orvanta-points line ... | head`
         os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
         return 1
     except OSError as error:

@@ -1,7 +1,7 @@
 """Lines, planes and boxes among the points of a table."""
 import numpy as np
 
-# Coordinates that differ by less than this part of the extent of all points are the same.
+# Coordinates count as equal if they differ by less than this fraction of the extent of all points.
 SAME = 1e-9
 
 
@@ -13,7 +13,7 @@ def directions(points):
     middle = points.mean(axis=0)
     covariance = (points - middle).T @ (points - middle)
     spread, vectors = np.linalg.eigh(covariance)
-    # Squares of extents have half the digits; the extents along the vectors have all.
+    # Squares lose half of the digits, so measure the extents along the vectors.
     extent = np.ptp((points - middle) @ vectors, axis=0)
     scale = max(extent.max(), SAME * np.abs(points).max())
     order = np.argsort(-extent)
@@ -21,7 +21,7 @@ def directions(points):
 
 
 def straight(points):
-    """How many points from the first on move forward along the line of the first two."""
+    """How many of the first points move forward along the line of the first two."""
     step = points[1] - points[0]
     length = np.linalg.norm(step)
     if length == 0:
@@ -34,7 +34,7 @@ def straight(points):
 
 
 def grid_shape(points):
-    """Numbers of points in each direction, the fastest first, of points that make a grid in the
+    """Numbers of points in each direction, the fastest first, if the points form a grid in the
     order in which they stand: every row is the first row moved. Spacings may differ. () if not.
     """
     tolerance = SAME * np.ptp(points, axis=0).max()

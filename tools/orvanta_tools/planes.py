@@ -52,12 +52,12 @@ class Plane:
     def cut(self, triangles):
         """Where triangles (t, 3, 3) meet the plane: segments (s, 2, 2) in its coordinates."""
         height = (triangles - self.origin) @ self.normal
-        # Elements that share a corner in the plane may see it on different sides by rounding.
+        # Rounding may put a corner in the plane on different sides for elements that share it.
         height[np.abs(height) < grids.SAME * np.ptp(triangles.reshape(-1, 3), axis=0).max()] = 0
         above = height >= 0
         mixed = above.any(axis=1) & ~above.all(axis=1)
         corners, height, above = triangles[mixed], height[mixed], above[mixed]
-        # One corner lies alone on its side; both edges from it are cut.
+        # One corner is alone on its side of the plane; both edges from it are cut.
         alone = np.argmax(above == (above.sum(axis=1) == 1)[:, None], axis=1)
         row = np.arange(len(corners))
         ends = []
@@ -74,14 +74,14 @@ def in_words(vector):
 
 
 def crossings(start, direction, triangles):
-    """Where the line start + t direction passes triangles (t, 3, 3): values of t in order, those
-    of neighbouring triangles through one edge joined."""
+    """Where the line start + t direction crosses triangles (t, 3, 3): values of t in order. Values
+    of neighbouring triangles that the line crosses in their common edge are merged."""
     a, b, c = (triangles[:, k] for k in range(3))
     normal = np.cross(b - a, c - a)
     with np.errstate(divide="ignore", invalid="ignore"):
         t = np.sum((a - start) * normal, axis=1) / (normal @ direction)
         hit = start + t[:, None] * direction
-        # Inside where the hit lies on the same side of all edges; those in the edge count too.
+        # A hit is inside if it is on the same side of all edges; hits on an edge count too.
         sides = np.stack([np.sum(np.cross(q - p, hit - p) * normal, axis=1)
                           for p, q in ((a, b), (b, c), (c, a))]) / np.sum(normal**2, axis=1)
     found = np.sort(t[np.isfinite(t) & (sides >= -1e-9).all(axis=0)])

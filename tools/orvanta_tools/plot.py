@@ -1,11 +1,11 @@
-"""orvanta-plot: pictures of results of orvanta.post.
+"""orvanta-plot: draws results of orvanta.post.
 
   orvanta-plot --table=TABLE.csv [--input=FILE.vtkhdf] [--output=FILE.png|.pdf|.svg] [options]
 
-Points on a line give curves, points on a plane maps, other points a view in space. With the
-solution, a line shows where it passes the surface, a map the outline of the electrodes that its
-plane cuts, and a view in space the elements, coloured where each has points of its own
-(orvanta-points surface).
+Points on a line are drawn as curves, points on a plane as maps, other points as a view in space. If
+the solution is given, curves show where the line crosses the surface, maps show the outlines of the
+electrodes that the plane cuts, and a view in space shows the elements, coloured if each has points
+of its own (orvanta-points surface).
 """
 import os
 
@@ -16,12 +16,12 @@ from .cli import Failure, need
 
 NAMES = {"potential": "potential", "field": "|gradient of potential|", "x": "gradient X",
          "y": "gradient Y", "z": "gradient Z"}
-# Colours of values with both signs, white at 0, and of others.
+# Colour maps for values with both signs, white at 0, and for others.
 DIVERGING, RISING = "RdBu_r", "viridis"
 FORMATS = (".png", ".pdf", ".svg")
-# Parts of an edge that a curved element is drawn with.
+# Number of parts into which the edges of curved elements are cut for drawing.
 PARTS = 4
-# Greatest number of arrows, and of places for field lines, along the longer side of a map.
+# Largest number of arrows, and of starting places of field lines, along the longer side of a map.
 ARROWS, LINES = 24, 120
 
 
@@ -38,7 +38,7 @@ class Picture:
             self.num_elements = read.num_elements
 
     def values(self, name):
-        """A quantity of NAMES at all points, with its factor; NaN where it isn't finite."""
+        """A quantity of NAMES at all points, times the factor; NaN where it isn't finite."""
         if name == "potential":
             value = self.table.potential
         elif name == "field":
@@ -63,7 +63,7 @@ class Picture:
         colors = need("matplotlib.colors")
         low, high = np.nanmin(values), np.nanmax(values)
         if name == "field":
-            # A few points close to an edge or charge would leave all others one colour.
+            # A few points close to an edge or charge would otherwise leave one colour to the rest.
             usual = np.nanpercentile(values, 99)
             clip = high > 2 * usual > 0
             high = usual if clip else high
@@ -78,8 +78,8 @@ class Picture:
 
 
 def line_start(points):
-    """Where places on the line of the points count from, its direction, and the axis' label: a
-    coordinate if only that one varies, else the distance from the first point."""
+    """Origin and direction for positions on the line of the points, and the label of the axis: a
+    coordinate if only that one varies, otherwise the distance from the first point."""
     direction = points[np.argmax(np.linalg.norm(points - points[0], axis=1))] - points[0]
     direction /= np.linalg.norm(direction)
     varying = np.flatnonzero(np.abs(direction) > grids.SAME)
@@ -90,7 +90,7 @@ def line_start(points):
 
 
 def draw_passes(axes, picture):
-    """Dashed lines where the line of the points passes the surface."""
+    """Dashed lines where the line of the points crosses the surface."""
     start, direction, _ = line_start(picture.table.points)
     places = (picture.table.points - start) @ direction
     for t in planes.crossings(start, direction, picture.triangles):
@@ -100,7 +100,7 @@ def draw_passes(axes, picture):
 
 
 def draw_line(pictures, pyplot):
-    """Curves of all quantities below each other, those of several tables in one frame."""
+    """Curves of all quantities, one below the other; several tables share a frame."""
     args = pictures[0].args
     figure, axes = pyplot.subplots(len(args.show), 1, sharex=True, squeeze=False,
                                    layout="constrained", figsize=(7, 0.8 + 3.2 * len(args.show)))
@@ -144,7 +144,7 @@ class Map:
         else:
             self.mesh = tri.Triangulation(*self.place.T)
         self.mesh.set_mask(~finite[self.mesh.triangles].all(axis=1))
-        # Inside a conductor the field is 0 but for errors, whose directions and levels say nothing.
+        # Inside a conductor the field is 0 except for errors, whose directions mean nothing.
         size = np.linalg.norm(picture.table.gradient, axis=1)
         self.least = 1e-3 * np.percentile(size[finite], 95)
         self.inside = size <= self.least
@@ -162,7 +162,7 @@ class Map:
 
 def draw_colours(ax, chart, values, norm, colours):
     """The quantity as colours, linear on the triangles between the points."""
-    # Values that triangles with a mask don't show must be numbers all the same.
+    # Values that are hidden by masked triangles must be finite numbers nevertheless.
     return ax.tripcolor(chart.mesh, np.nan_to_num(values), norm=norm, cmap=colours,
                         shading="gouraud", rasterized=True)
 
@@ -202,7 +202,7 @@ def draw_contours(ax, picture, chart, ink):
 
 
 def draw_plane(pictures, pyplot):
-    """Maps beside each other."""
+    """Maps, side by side."""
     picture, = pictures
     collections = need("matplotlib.collections")
     chart = Map(picture)
@@ -287,12 +287,12 @@ def parser():
         help="result of orvanta.post; several ones on lines are drawn into one frame")
     add("-i", "--input", metavar="FILE.vtkhdf", help="solution, to draw its surface")
     add("-o", "--output", metavar="FILE",
-        help="picture, .png, .pdf or .svg (.png beside the table)")
+        help="picture, .png, .pdf or .svg (.png next to the table)")
     add("--show", default="potential,field", metavar="NAMES",
-        help=f"what to draw, out of {','.join(NAMES)} (potential,field)")
+        help=f"what to draw, some of {','.join(NAMES)} (potential,field)")
     add("--log", action="store_true", help="logarithmic scale for the field's magnitude")
     add("--decades", type=float, default=4, metavar="N",
-        help="powers of ten below the greatest value that --log shows (4)")
+        help="powers of ten below the largest value that --log shows (4)")
     add("--equipotentials", type=int, default=0, metavar="N",
         help="about N lines of equal potential")
     add("--arrows", action="store_true", help="arrows of equal length along the gradient")
@@ -303,7 +303,7 @@ def parser():
     add("--potential-unit", default="", metavar="UNIT",
         help="unit of the potential, for the labels")
     add("--factor", type=float, default=1.0, metavar="X",
-        help="multiply potential and gradient, for instance by 1 / permittivity (1)")
+        help="multiply potential and gradient, for example by 1 / permittivity (1)")
     return top
 
 

@@ -1,4 +1,4 @@
-"""orvanta-points: evaluation points for orvanta.post.
+"""orvanta-points: makes evaluation points for orvanta.post.
 
   orvanta-points line    --from=X,Y,Z --to=X,Y,Z --counts=N
   orvanta-points plane   --from=X,Y,Z --to=X,Y,Z --counts=N,M [--corner=X,Y,Z]
@@ -7,7 +7,7 @@
   orvanta-points mesh    --mesh=FILE
   orvanta-points csv     --csv=FILE
 
-Writes an .xyz file, or to the standard output without --output:
+Writes an .xyz file, or to standard output without --output:
   orvanta.post -i s.vtkhdf -p <(orvanta-points line --from=0,0,0 --to=0,0,1 --counts=101) -o line
 """
 import contextlib
@@ -20,7 +20,7 @@ import numpy as np
 from . import cli, solution, textfiles
 from .cli import Failure, need
 
-# A point nearer to the surface than this part of an element's size has no accurate field.
+# Closer to the surface than this fraction of an element's size, the field isn't accurate.
 LEAST_DISTANCE = 0.01
 
 
@@ -87,12 +87,12 @@ def surface(args):
             raise Failure(f"{args.input}: element {bad} has no area, so it has no normal")
         offsets = args.distance * block.sizes()[:, None, None] * normals / lengths
         cells.append(block.positions(reference) + offsets)
-    # Elements may have different numbers of points: triangles n^2 as quadrilaterals do.
+    # Triangles and quadrilaterals both have parts^2 points, so the arrays can be joined.
     return read.in_order(cells).reshape(-1, 3)
 
 
 def cell_centres(shape, parts):
-    """Centres of the parts^2 cells of a reference element; of one part, its centre. (parts^2, 2)"""
+    """Centres of the parts^2 cells of a reference element, shape (parts^2, 2)."""
     if shape == "quad":
         middle = (np.arange(parts) + 0.5) / parts
         return np.stack(np.meshgrid(middle, middle, indexing="ij"), axis=-1).reshape(-1, 2)
@@ -109,9 +109,9 @@ def mesh(args):
     else:
         ours = None
     meshio = need("meshio")
-    with open(args.mesh, "rb"):  # the system's own words for a file that isn't there
+    with open(args.mesh, "rb"):  # the system's own message for a file that doesn't exist
         pass
-    # meshio's readers raise what their formats' libraries raise, or print and end the process.
+    # meshio's readers raise the errors of other libraries, or print and end the process.
     said = io.StringIO()
     try:
         with contextlib.redirect_stdout(said), contextlib.redirect_stderr(said):
@@ -126,7 +126,7 @@ def mesh(args):
 
 
 def csv_table(args):
-    """Columns X, Y, Z of a table with a head line; commas, semicolons or tabs between them."""
+    """Columns X, Y, Z of a table with a header line, separated by commas, semicolons or tabs."""
     with open(args.csv, encoding="utf-8-sig", errors="replace", newline="") as file:
         head = file.readline()
         separator = max(",;\t", key=head.count)
@@ -156,7 +156,7 @@ def parser():
     def add(name, make, text):
         kind = kinds.add_parser(name, help=text, description=text)
         kind.add_argument("-o", "--output", metavar="FILE.xyz",
-                          help="file to write (the standard output)")
+                          help="file to write (standard output)")
         kind.set_defaults(make=make)
         return kind
 
@@ -165,26 +165,26 @@ def parser():
                              ("box", box, "a grid in a box")):
         kind = add(name, make, text)
         kind.add_argument("--from", dest="start", required=True, type=cli.numbers(3),
-                          metavar="X,Y,Z", help="first point")
+                          metavar="X,Y,Z", help="first point or corner")
         kind.add_argument("--to", dest="end", required=True, type=cli.numbers(3), metavar="X,Y,Z",
-                          help="last point, the opposite corner")
+                          help="last point or opposite corner")
         kind.add_argument("--counts", required=True, metavar="N[,M[,K]]",
                           help="points in each direction, ends included")
         if make is plane:
             kind.add_argument("--corner", type=cli.numbers(3), metavar="X,Y,Z",
-                              help="corner between them, for a plane that is not parallel to two "
-                                   "axes")
+                              help="corner between the two, for a plane that is not parallel to "
+                                   "two axes")
     kind = add("surface", surface, "points off the surface of a solution, along its normals")
     kind.add_argument("-i", "--input", required=True, metavar="FILE.vtkhdf", help="solution")
     kind.add_argument("--distance", type=float, default=0.05, metavar="D",
-                      help="from the surface in element sizes sqrt(2 area), negative on the other "
-                           "side (0.05)")
+                      help="distance from the surface in element sizes sqrt(2 area), negative on "
+                           "the other side (0.05)")
     kind.add_argument("--parts", type=int, default=1, metavar="N",
-                      help="cut each edge into N: N^2 points for each element (1)")
+                      help="cut each edge into N parts, for N^2 points per element (1)")
     kind = add("mesh", mesh, "the nodes of a mesh, in any format that meshio reads")
     kind.add_argument("--mesh", required=True, metavar="FILE", help="mesh to read")
     kind = add("csv", csv_table, "the columns X, Y and Z of a table")
-    kind.add_argument("--csv", required=True, metavar="FILE", help="table with a head line")
+    kind.add_argument("--csv", required=True, metavar="FILE", help="table with a header line")
     return top
 
 

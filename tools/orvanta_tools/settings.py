@@ -1,4 +1,4 @@
-"""The settings file: everything that is wrong with it, key by key, by its JSON Schema."""
+"""Checks a settings file key by key against its JSON Schema."""
 import difflib
 import json
 import os
@@ -7,7 +7,7 @@ import re
 
 from .cli import Failure, need
 
-# What a key may hold.
+# Kinds of values, as messages name them.
 TEXT, WHOLE, SIGNED, NUMBER, SWITCH = (
     "a text", "a whole number from 0 on", "a whole number", "a number", "true or false")
 PATTERNS = {TEXT: r".*", WHOLE: r"\d+", SIGNED: r"[+-]?\d+",
@@ -17,7 +17,7 @@ PATTERNS = {TEXT: r".*", WHOLE: r"\d+", SIGNED: r"[+-]?\d+",
 
 
 def read_schema():
-    """The JSON Schema of settings files: installed beside the modules, else made by the build."""
+    """The JSON Schema of settings files: the installed one, or else that of the newest build."""
     here = pathlib.Path(__file__).resolve().parents[1]
     built = sorted(here.parent.glob("build/*/share/settings.schema.json"),
                    key=lambda path: path.stat().st_mtime)
@@ -30,8 +30,8 @@ def read_schema():
 
 
 class Key:
-    """A key of the settings: whether it must be there, and what it holds: a kind, a dict of keys, a
-    list of one Key, or, for blocks of several kinds, a tuple with the keys of each."""
+    """A key of the settings: whether it is required, and what it holds: a kind of value, a dict of
+    keys, a list of one Key, or, for blocks of several kinds, a tuple with the keys of each."""
 
     def __init__(self, item, required, definitions):
         self.required = required
@@ -59,8 +59,8 @@ def keys_of(block, definitions):
 
 
 class Settings:
-    """A settings file with the files it includes; `values` has the scalars that are right, by their
-    keys with dots between, for instance "bem.tree.leafSize"; `lines` where they stand."""
+    """A settings file with the files it includes. `values` has the valid scalars and `lines` the
+    line of each key; both are looked up by keys with dots, such as "bem.tree.leafSize"."""
 
     def __init__(self, path, report):
         self.path, self.report = path, report
@@ -87,7 +87,7 @@ class Settings:
         return f"{self._place(self.lines[key])}, key {key}" if key in self.lines else self.path
 
     def _with_includes(self, yaml):
-        """The text of the file and of those under its key `includes`, one behind the other."""
+        """The text of the file, followed by the texts of the files under its key `includes`."""
         text = self._read(self.path)
         root = yaml.compose(text, Loader=yaml.SafeLoader)
         for key, value in root.value if isinstance(root, yaml.MappingNode) else ():
@@ -103,12 +103,12 @@ class Settings:
             return file.read()
 
     def _place(self, line):
-        """Name and number, from 1, of a line of the joined text."""
+        """File and line number, from 1, of a line of the joined text."""
         first, path = [source for source in self.sources if source[0] <= line][-1]
         return f"{path}, line {line - first + 1}"
 
     def _mapping(self, node, prefix, keys):
-        """The values of a block by key, after a look at which keys it has."""
+        """The values of a block by key; reports missing, unknown and repeated keys."""
         if not hasattr(node, "value") or not isinstance(node.value, list) or node.id != "mapping":
             place = self._place(node.start_mark.line) if node is not None else self.path
             self.report.error(place, f"{prefix.rstrip('.') or 'the file'} must hold the keys "
@@ -172,7 +172,7 @@ class Settings:
             self._check_value(key, form)
 
     def _check_kind(self, node, key, kinds):
-        """A block whose key `type` tells which keys it has."""
+        """Checks a block whose key `type` determines which keys it has."""
         entries = node.value if node.id == "mapping" else ()
         given = [value.value for name, value in entries if name.value == "type"]
         names = {keys["type"].constant: keys for keys in kinds}

@@ -1,4 +1,4 @@
-"""Functions on the reference elements, as orvanta.post has them.
+"""Functions on the reference elements, the same as in orvanta.post.
 
 The triangle is 0 <= y <= x <= 1, the quadrilateral the unit square. Points have the shape (q, 2).
 """
@@ -8,7 +8,7 @@ import numpy as np
 
 CORNERS = {"triangle": np.array([[0, 0], [1, 0], [1, 1]], dtype=float),
            "quad": np.array([[0, 0], [1, 0], [1, 1], [0, 1]], dtype=float)}
-# Nodes of an element give its shape and order; 8 nodes are corners and middles of edges only.
+# The number of nodes determines shape and order; 8 nodes are corners and edge midpoints only.
 SHAPES = {3: ("triangle", 1), 6: ("triangle", 2), 10: ("triangle", 3),
           4: ("quad", 1), 8: ("quad", 2), 9: ("quad", 2), 16: ("quad", 3)}
 

@@ -43,7 +43,7 @@ class Block:
         return np.linalg.norm(self.normals(reference), axis=2) @ weights
 
     def sizes(self):
-        """h = sqrt(2 A), the length in which orvanta.post measures distances, shape (e)."""
+        """h = sqrt(2 A), the unit in which orvanta.post measures distances, shape (e)."""
         return np.sqrt(2 * self.areas())
 
     def density(self, order, reference):
@@ -113,7 +113,7 @@ def read_dataset(file, name):
 
 
 def read_ids(file, name):
-    """Global ids of rows: from 0 on, and none beyond the number of rows."""
+    """Global ids of rows; refuses negative ids and ids beyond the number of rows."""
     ids = read_dataset(file, name).astype(np.int64)
     if len(ids) and not 0 <= ids.min() <= ids.max() < len(ids):
         raise Failure(f"{file.filename}: {name} holds ids from {ids.min()} to {ids.max()} for "
@@ -122,7 +122,7 @@ def read_ids(file, name):
 
 
 def read_pieces(file, name, counts, extra=0):
-    """A dataset cut into the stretches of the pieces, `counts` + `extra` entries each."""
+    """A dataset split into the parts of the pieces, `counts` + `extra` entries each."""
     data = read_dataset(file, name)
     ends = np.cumsum(counts + extra)
     if len(data) != (ends[-1] if len(ends) else 0):
@@ -163,7 +163,7 @@ def sort_into_blocks(path, cells, points):
 
 
 def read_density(file, solution):
-    """Puts the coefficients of all elements in place: element after element, in global order."""
+    """Sorts the coefficients: element after element, in global order."""
     group = "/ABB/L2"
     ids = read_ids(file, f"{group}/GlobalDofIds")
     charges = np.zeros(ids.max(initial=-1) + 1)
@@ -184,7 +184,7 @@ def read_density(file, solution):
 
 
 def read_solution(path, density=False):
-    """The surface of a solution, with its density if asked for."""
+    """Reads the surface of a solution, and its density if requested."""
     h5py = need("h5py")
     with open(path, "rb"):  # the system's own words for a file that isn't there
         pass

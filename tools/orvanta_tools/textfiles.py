@@ -12,7 +12,7 @@ SPACES = re.compile(r"[ \t\r\v\f]+")
 
 
 def open_text(path):
-    """The file as text; a name that leads nowhere, or to a folder, raises OSError."""
+    """Opens the file as text; raises OSError if it doesn't exist or is a folder."""
     return open(path, encoding="utf-8", errors="replace", newline="\n")
 
 
@@ -27,13 +27,13 @@ def lines_with_data(file):
 
 
 def write_xyz(points, file):
-    """Count and coordinates, 17 digits, to an open text file."""
+    """Writes the number of points and the coordinates, with 17 digits, to an open text file."""
     file.write(f"{len(points)}\n")
     np.savetxt(file, points, fmt="%.17g")
 
 
 def require_finite(points, where):
-    """`where(i)` says where point i comes from, as in "points.csv, row 3"."""
+    """Fails if a point isn't finite; `where(i)` says where it comes from: "points.csv, row 3"."""
     bad = np.flatnonzero(~np.isfinite(points).all(axis=1))
     if bad.size:
         x = ", ".join(f"{value:g}" for value in points[bad[0]])
@@ -51,7 +51,7 @@ class Mesh:
 
 
 def mesh_words(path, lines, least, what):
-    """Line number and words of the next line with data, at least `least` of them."""
+    """Line number and words of the next line with data, which must have at least `least` words."""
     for number, line in lines:
         words = [word for word in SPACES.split(line) if word]
         if len(words) < least:
@@ -92,19 +92,19 @@ class Table:
 
     @property
     def finite(self):
-        """Which rows have a potential and a gradient that are numbers, shape (n)."""
+        """Which rows have finite potential and gradient, shape (n)."""
         return np.isfinite(self.potential) & np.isfinite(self.gradient).all(axis=1)
 
 
 def read_table(path):
-    """The table that orvanta.post wrote; values that are not finite stay as they are."""
+    """Reads a table that orvanta.post wrote; potentials and gradients may be infinite or NaN."""
     with open_text(path) as file:
         head = file.readline().strip()
         if head != HEAD:
             raise Failure(f"{path} is no result of orvanta.post: its first line is not {HEAD}")
         start = file.tell()
         with warnings.catch_warnings():
-            warnings.simplefilter("ignore")  # of an empty table, which is refused in our words
+            warnings.simplefilter("ignore")  # about an empty table, which is refused below
             try:
                 rows = np.loadtxt(file, delimiter=",", ndmin=2)
             except ValueError:
@@ -119,7 +119,7 @@ def read_table(path):
 
 
 def bad_row(lines):
-    """Where and how a table is damaged, as "row 3: ..."; lines are those below the head."""
+    """Where and how a table is damaged, as "row 3: ..."; rows count from below the header line."""
     for row, line in enumerate(lines, start=1):
         words = line.strip().split(",")
         if len(words) != 7:
@@ -133,5 +133,5 @@ def bad_row(lines):
 
 
 def beside(path, ending):
-    """The path with `ending` in place of its extension."""
+    """The path with its extension replaced by `ending`."""
     return os.path.splitext(path)[0] + ending

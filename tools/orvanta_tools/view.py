@@ -1,11 +1,11 @@
-"""orvanta-view: results of orvanta.post, and solutions, as files for ParaView.
+"""orvanta-view: converts results of orvanta.post and solutions into files for ParaView.
 
   orvanta-view --table=TABLE.csv [--points=FILE.mesh] [--input=FILE.vtkhdf] [--output=FILE.vtu]
   orvanta-view --input=FILE.vtkhdf [--output=FILE.vtu]
 
-Of a table: potential and E-field at its points, connected where they are a line, a grid on a plane
-or in a box, or the nodes of the .mesh file given. Of a solution: its surface with the charge per
-area, into a file of its own beside that of the table.
+From a table: potential and E-field at its points. The points are connected if they form a line or a
+grid on a plane or in a box, or if they are the nodes of the .mesh file given. From a solution: its
+surface with the charge per area, in a file of its own next to that of the table.
 """
 import os
 
@@ -30,8 +30,8 @@ def element_kind(word):
 
 
 def mesh_cells(path, points):
-    """The cells of a .mesh file whose nodes are the points: surfaces with all their nodes, other
-    elements by their corners."""
+    """The cells of a .mesh file whose nodes are the points: surface elements with all their nodes,
+    other elements with their corners only."""
     mesh = textfiles.read_mesh(path)
     if len(mesh.points) != len(points) or not np.array_equal(mesh.points, points):
         raise Failure(f"{path}: its nodes are not the points of the table")
@@ -54,7 +54,7 @@ def mesh_cells(path, points):
 
 
 def table_grid(table, mesh, minus):
-    """What is drawn of a table, and in words how its points are connected."""
+    """The grid of a table, and a text that says how its points are connected."""
     data = {"Potential": table.potential, "EField": table.gradient}
     if minus:
         data["MinusEField"] = -table.gradient
@@ -90,11 +90,11 @@ def parser():
     top = cli.Parser(prog="orvanta-view", description=__doc__)
     top.add_argument("-t", "--table", metavar="FILE.csv", help="result of orvanta.post")
     top.add_argument("-p", "--points", metavar="FILE.mesh",
-                     help="mesh whose nodes were the points: its elements connect them")
+                     help="mesh whose nodes were the points; its elements connect them")
     top.add_argument("-i", "--input", metavar="FILE.vtkhdf",
                      help="solution: its surface with the charge per area")
     top.add_argument("-o", "--output", metavar="FILE",
-                     help=".vtu or .vtkhdf (.vtu beside the table or solution)")
+                     help=".vtu or .vtkhdf (.vtu next to the table or solution)")
     top.add_argument("--minus", action="store_true",
                      help="add MinusEField: EField is the gradient of the potential and points "
                           "towards positive charges, its negative away from them")

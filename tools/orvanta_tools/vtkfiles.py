@@ -6,10 +6,10 @@ import numpy as np
 from .cli import Failure, need
 
 LINE, TRIANGLE, QUAD, HEXAHEDRON, VERTEX = 3, 5, 9, 12, 1
-# Cell type by node count of a triangle or quadrilateral with the nodes of all orders.
+# Cell type by number of nodes, of triangles and quadrilaterals with the full set of nodes.
 SURFACE_TYPES = {3: TRIANGLE, 4: QUAD, 6: 22, 8: 23, 9: 28, 10: 69, 16: 70}
-# VTK runs along the third and fourth edge in the direction of the first and second, and through the
-# interior row by row; our nodes go round.
+# VTK numbers the third and fourth edge in the direction of the first and second, and the interior
+# row by row; our nodes go around the element.
 QUAD16 = [0, 1, 2, 3, 4, 5, 6, 7, 9, 8, 11, 10, 12, 13, 15, 14]
 
 
@@ -46,7 +46,7 @@ def write(path, grid):
 
 
 def write_vtu(path, grid):
-    """XML with the arrays as raw bytes behind it, each behind its length in eight bytes."""
+    """XML followed by the arrays as raw bytes, each preceded by its length in eight bytes."""
     blocks, offset = [], 0
 
     def array(name, values):
