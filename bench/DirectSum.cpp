@@ -1,5 +1,5 @@
-// The job of orvanta.post without a tree, to measure it against and to check it with:
-//   DirectSum plain|exact NAME [EVERY]
+// The job of orvanta.post without a tree, to compare its speed and results with: DirectSum
+//   plain|exact NAME [EVERY]
 // reads NAME.vtkhdf, NAME.xyz and NAME.yaml, evaluates the first of every EVERY points (1) and
 // writes NAME.plain.csv or NAME.exact.csv.
 //

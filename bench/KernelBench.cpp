@@ -56,8 +56,7 @@ u64 argument(const benchmark::State& state, std::size_t i) {
   return static_cast<u64>(state.range(i));
 }
 
-/// Whether the loop and the plain one give the same sums; a fast loop that is wrong is no
-/// yardstick.
+/// Whether the loop and the plain one give the same sums: times of wrong loops mean nothing.
 bool agreesWithPlainLoop(const PointChargeKernel& kernel, u64 numTargets, u64 numCharges) {
   Scene fast(numTargets, numCharges);
   Scene plain(numTargets, numCharges);

@@ -2,7 +2,7 @@
 
 #include "bem/PointChargeKernel.hpp"
 
-/// The yardstick of the near field: the same sums as `bem::PointChargeKernel`, straight from the
+/// Reference for the near field: the same sums as `bem::PointChargeKernel`, straight from the
 /// coordinates with a square root and a division per pair, as plain C++ loops that the compiler
 /// vectorises for the widest instruction set of this machine.
 namespace velmo::bench {

@@ -49,11 +49,11 @@ class SphereCase {
     return static_cast<u64>(evaluator_->near().numPairs());
   }
 
-  /// Heap bytes that tree and evaluator brought.
+  /// Heap bytes of tree and evaluator.
   [[nodiscard]] u64 treeBytes() const noexcept { return treeBytes_; }
   [[nodiscard]] u64 evaluatorBytes() const noexcept { return evaluatorBytes_; }
 
-  /// Those of them that hold the expansions of the boxes.
+  /// The part of them that contains the expansions of the boxes.
   [[nodiscard]] u64 expansionBytes() const;
 
  private:

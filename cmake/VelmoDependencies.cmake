@@ -1,4 +1,4 @@
-# Every outside library with the oldest version that the project is built and tested with.
+# All external libraries, with the oldest versions that the project is built and tested with.
 
 set(THREADS_PREFER_PTHREAD_FLAG ON)
 find_package(Threads REQUIRED)

@@ -1,14 +1,14 @@
 # Finds an OpenBLAS that several threads may call at once, into VELMO_OPENBLAS_LIBRARY.
 #
-# OpenBLAS comes in three builds, for one thread, for POSIX threads and for OpenMP. Two threads that
-# call the first one at once get wrong products from each other (measured), and the last one is safe
-# for threads of OpenMP only. Wanted is the second; main() sets its own number of threads to 1.
-# Which one a name leads to is a matter of the system, so the library is asked itself.
+# There are three builds of OpenBLAS: for one thread, for POSIX threads and for OpenMP. Two threads
+# that call the first one at the same time get wrong products (measured), and the last one is safe
+# only for OpenMP's own threads. We need the second one; main() sets its number of threads to 1.
+# Which build a name refers to depends on the system, so the library itself is asked.
 
 set(VELMO_OPENBLAS_LIBRARY "" CACHE FILEPATH
     "libopenblas built for POSIX threads; looked for where this is empty")
 
-# velmo_ask_openblas(<library> <result>): "" if the library fits, else why not.
+# velmo_ask_openblas(<library> <result>): "" if the library is suitable, otherwise the reason.
 function(velmo_ask_openblas library result)
   set(source "${CMAKE_BINARY_DIR}/CMakeFiles/velmo_openblas.c")
   file(WRITE "${source}"
@@ -27,8 +27,8 @@ function(velmo_ask_openblas library result)
   endif()
 endfunction()
 
-# What pkg-config names, what CMake's own finder names, and Debian's folder, which has this build
-# also where the system prefers another one.
+# The libraries that pkg-config and CMake's own finder name, and Debian's folder, which has this
+# build even if the system prefers another one.
 function(velmo_openblas_candidates result)
   find_package(PkgConfig QUIET)
   if(PkgConfig_FOUND)

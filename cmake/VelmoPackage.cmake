@@ -1,19 +1,19 @@
-# What `cmake --install` puts where beside the program, which its own folder installs, and the
-# Debian package that CPack makes of it.
+# What `cmake --install` installs besides the program, which its own folder installs, and the Debian
+# package that CPack makes from it.
 
 set(VELMO_MAINTAINER "orvanta.post maintainers <maintainers@orvanta.example>" CACHE STRING
-    "Who stands behind a package built here: name <address>")
+    "Who maintains a package built here: name <address>")
 set(VELMO_HOMEPAGE "https://orvanta.example/post" CACHE STRING
-    "Where a package built here says that the project is at home")
+    "Home page of the project, as a package built here states it")
 
 # An installed program must find the OpenBLAS that it was built with, whichever build the system
-# prefers: the one for a single thread returns wrong products when two threads call it at once.
+# prefers: the single-threaded one returns wrong products when two threads call it at the same time.
 get_filename_component(velmo_openblas_folder "${VELMO_OPENBLAS_LIBRARY}" DIRECTORY)
 if(NOT velmo_openblas_folder IN_LIST CMAKE_CXX_IMPLICIT_LINK_DIRECTORIES)
   set_target_properties(orvanta.post make_sample PROPERTIES
                         INSTALL_RPATH "${velmo_openblas_folder}")
 endif()
-# The scripts of the gallery need it; users have solutions of their own.
+# Only the scripts of the gallery need it, since users have solutions of their own.
 install(TARGETS make_sample DESTINATION "${CMAKE_INSTALL_LIBEXECDIR}/orvanta.post")
 
 set(velmo_tools points view plot check)
@@ -47,7 +47,7 @@ foreach(page orvanta.post orvanta-points orvanta-view orvanta-plot orvanta-check
 endforeach()
 set(velmo_man_page "${PROJECT_BINARY_DIR}/docs/orvanta.post.1")
 
-# A first run with nothing else: a solution, points on a plane, and settings with comments.
+# Inputs for a first run: a solution, points on a plane, and settings with comments.
 set(velmo_sample "${PROJECT_BINARY_DIR}/sample/sample")
 add_custom_command(
   OUTPUT "${velmo_sample}.vtkhdf" "${velmo_sample}.xyz" "${velmo_sample}.yaml"
@@ -67,11 +67,11 @@ install(DIRECTORY examples/cluster examples/gallery DESTINATION "${velmo_example
 
 install(FILES README.md CHANGELOG.md CONTRIBUTING.md CITATION.cff
         DESTINATION "${CMAKE_INSTALL_DOCDIR}")
-# The README's links lead here.
+# The README has links to these.
 install(DIRECTORY docs DESTINATION "${CMAKE_INSTALL_DOCDIR}"
         FILES_MATCHING PATTERN "*.md" PATTERN "*.svg" PATTERN "*.png" PATTERN "*.csv")
 
-# Debian wants these names and forms.
+# Debian requires these names and formats.
 foreach(file copyright changelog)
   configure_file(share/debian/${file}.in "${PROJECT_BINARY_DIR}/debian/${file}" @ONLY)
 endforeach()
@@ -91,7 +91,7 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_PACKAGE_HOMEPAGE "${VELMO_HOMEPAGE}")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# The libraries' own record would accept any build of OpenBLAS.
+# The dependency that dpkg derives from the library would accept any build of OpenBLAS.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "libopenblas0-pthread, python3 (>= 3.11)")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
     "python3-numpy, python3-h5py, python3-matplotlib, python3-yaml")

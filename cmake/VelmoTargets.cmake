@@ -1,5 +1,5 @@
-# What all targets of the project share: language, warnings, sanitizers, and the functions that make
-# libraries and tests.
+# Common parts of all targets: language, warnings, sanitizers, and the functions that make libraries
+# and tests.
 
 include(GoogleTest OPTIONAL)
 
@@ -8,7 +8,7 @@ target_compile_features(velmo_options INTERFACE cxx_std_20)
 target_include_directories(velmo_options INTERFACE "${CMAKE_SOURCE_DIR}/src")
 target_compile_options(velmo_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion
-  # Square roots vectorise only when they need not set errno; no value changes.
+  # Square roots vectorise only if they don't have to set errno; no value changes.
   -fno-math-errno)
 if(VELMO_WARNINGS_AS_ERRORS)
   target_compile_options(velmo_options INTERFACE -Werror)
@@ -59,10 +59,10 @@ endfunction()
 
 # velmo_multiversion(<name> <stem>)
 # Adds the sources <stem>Baseline.cpp, <stem>Avx2.cpp and <stem>Avx512.cpp to library <name>, each
-# built for its instruction set. Which one runs is decided at run time.
+# compiled for its instruction set. The choice is made at run time.
 function(velmo_multiversion name stem)
   target_sources(velmo_${name} PRIVATE ${stem}Baseline.cpp ${stem}Avx2.cpp ${stem}Avx512.cpp)
-  # Vectors wider than the set's registers never cross a call, so their calling convention is moot.
+  # Vectors wider than the set's registers are never passed to a call, so their ABI doesn't matter.
   set_source_files_properties(${stem}Baseline.cpp PROPERTIES COMPILE_OPTIONS "-Wno-psabi")
   set_source_files_properties(${stem}Avx2.cpp PROPERTIES
     COMPILE_OPTIONS "-Wno-psabi;-march=x86-64-v3")

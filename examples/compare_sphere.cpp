@@ -127,7 +127,7 @@ struct Side {
     std::cout << io::format("{:<8} {:>8}  {:>13.1e} {:>9.1e}  {:>9.1e} {:>9.1e}\n", name, count,
                             potential.max(), potential.l2(), field.max(), field.l2());
   }
-  /// Whether there is nothing to measure or all of it is small.
+  /// Whether there is nothing to measure or all errors are small.
   [[nodiscard]] bool within(double limit) const {
     return count == 0 || (potential.l2() <= limit && field.l2() <= limit);
   }
@@ -159,7 +159,7 @@ int compare(Words words) {
 }  // namespace
 }  // namespace velmo::samples
 
-/// Tells how far the result for a charged sphere is from its closed form.
+/// Compares the result for a charged sphere with its closed form.
 int main(int argc, char** argv) {
   return velmo::samples::runTool("compare_sphere", argc, argv, velmo::samples::compare);
 }

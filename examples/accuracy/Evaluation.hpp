@@ -24,7 +24,7 @@ struct Method {
   bem::EvalQuadratureSettings quad;
 };
 
-/// A tree of one box, so that every element meets every point by quadrature.
+/// A tree of one box, so that every element is integrated directly for every point.
 [[nodiscard]] Method allNear(const Method& method);
 
 /// Potential and its gradient at each point, in the order of the points.
@@ -43,14 +43,14 @@ struct TreeFigures {
   u64 numV = 0;  ///< entries of the V lists of all boxes
   u64 numW = 0;  ///< of the W lists
   u64 numX = 0;  ///< of the X lists
-  /// How far a node of an element lies outside its leaf at most, in half edges of the leaf.
+  /// Largest distance of an element's node from the element's leaf, in half edges of the leaf.
   double overhang = 0.0;
 };
 
 /// Builds the tree of a problem and measures it.
 [[nodiscard]] TreeFigures treeFigures(const Problem& problem, const tree::Options& options);
 
-/// Greatest error of any point, relative to the greatest value of all points.
+/// Largest error at any point, relative to the largest value at any point.
 struct Errors {
   double potential = 0.0;
   double field = 0.0;  ///< of the vectors' lengths

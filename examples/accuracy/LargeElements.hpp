@@ -23,9 +23,9 @@ struct OddMesh {
 /// equal bits.
 [[nodiscard]] OddMesh randomOddMesh(u64 seed);
 
-/// The errors that a degree may leave: those of a fine mesh, with a margin. Between the degrees 5,
-/// 8 and 12, where they are 2e-3, 2e-4 and 1e-5 for the potential and 2e-2, 2e-3 and 2e-4 for the
-/// field, and below them, their logarithm is linear in the degree.
+/// The largest errors that are allowed for a degree: those of a fine mesh, with a margin. Between
+/// the degrees 5, 8 and 12, where they are 2e-3, 2e-4 and 1e-5 for the potential and 2e-2, 2e-3 and
+/// 2e-4 for the field, and below them, their logarithm is linear in the degree.
 [[nodiscard]] Errors errorLimits(u64 degree);
 
 }  // namespace velmo::accuracy

@@ -20,7 +20,7 @@ using velmo::accuracy::Problem;
 
 constexpr std::array<u64, 9> kDegrees{3, 4, 5, 6, 8, 10, 12, 15, 16};
 
-/// High enough that the rules limit none of the figures.
+/// High enough that the rules don't affect the figures.
 constexpr u64 kLeafOrder = 19;
 constexpr u64 kNearOrder = 12;
 
@@ -45,7 +45,7 @@ std::string describe(const NamedProblem& named, const Problem& problem) {
                            tree.numX, tree.overhang);
 }
 
-/// The errors of one quantity and the mean factor by which a degree more makes them smaller.
+/// The errors of one quantity and the mean factor by which one more degree reduces them.
 std::string describe(const std::array<Errors, kDegrees.size()>& errors, double Errors::*quantity) {
   std::string row;
   for (const Errors& e : errors) row += velmo::io::format("{:.1e} | ", e.*quantity);

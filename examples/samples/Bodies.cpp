@@ -26,7 +26,7 @@ PolygonMesh icosahedron() {
   return mesh;
 }
 
-/// The cube [-1, 1]^3; bits 0, 1 and 2 of a corner's number tell the sides of x, y and z.
+/// The cube [-1, 1]^3; bits 0, 1 and 2 of a corner's number are its sides in x, y and z.
 PolygonMesh cube() {
   PolygonMesh mesh;
   for (u64 corner = 0; corner < 8; ++corner) {
@@ -116,7 +116,7 @@ SurfaceMesh sphere(const MeshOptions& options, double radius, const Vec3& centre
     coarse = refined(icosahedron(), options.refine);
   } else {
     coarse = cut(cube(), options);
-    // Equal angles in place of equal lengths keep the elements of a face alike in size.
+    // Equal angles instead of equal lengths keep the elements of a face similar in size.
     for (Vec3& vertex : coarse.vertices)
       for (double& x : vertex) x = std::tan(0.25 * std::numbers::pi * x);
   }

@@ -26,11 +26,11 @@ class ClosedForm {
   /// Potential and its gradient at a point that is not on the surface.
   [[nodiscard]] virtual PointValue at(const RealVec3& x) const = 0;
 
-  /// Charge per unit of area at a point of the surface. A point beside it, as flat elements have
-  /// them, stands for the one that it is moved to along a ray from the centre of its body.
+  /// Charge per unit of area at a point of the surface. A point next to the surface, as on flat
+  /// elements, is moved to it along a ray from the centre of its body.
   [[nodiscard]] virtual Real density(const RealVec3& x) const = 0;
 
-  /// A field to measure errors by where the exact one is zero: the greatest at a conductor's
+  /// Reference for errors where the exact field is zero: the largest field at a conductor's
   /// surface.
   [[nodiscard]] virtual Real surfaceField() const = 0;
 };

@@ -17,7 +17,8 @@ namespace velmo::samples {
 /// The words of a command line without the name of the program.
 using Words = std::span<const char* const>;
 
-/// Stores the value of an option, which is "" for a flag. Gives false for a value that it refuses.
+/// Stores the value of an option, which is "" for a flag. Returns false for a value that it
+/// refuses.
 using Reader = std::function<bool(std::string_view)>;
 
 /// One option of a tool.
@@ -55,12 +56,13 @@ template <class T>
 }
 /// @}
 
-/// Reads all words in turn. The value of an option follows a "="; behind a name that begins with
-/// dashes it may be the next word, too.
-/// @throws utility::RuntimeError telling the option and what it expects, and what readers throw
+/// Reads all words in turn. The value of an option follows a "="; after a name that begins with
+/// dashes it may also be the next word.
+/// @throws utility::RuntimeError with the option and what it expects, and what readers throw
 void readOptions(const std::vector<Option>& table, Words words);
 
-/// Runs a tool on its words. What it throws goes to the standard error stream behind its name.
+/// Runs a tool on its words. Prints the message of an exception to standard error, after the name
+/// of the tool.
 /// @return the status of the program: that of the tool, 1 after a failure
 [[nodiscard]] int runTool(std::string_view name, int argc, const char* const* argv,
                           const std::function<int(Words)>& tool);

@@ -55,7 +55,8 @@ ConductingEllipsoid::ConductingEllipsoid(const Vec3& semiAxes, double charge, co
 }
 
 Real ConductingEllipsoid::confocalParameter(const RealVec3& d) const {
-  // Convex and falling: Newton's method from the left of the root rises to it.
+  // The function is convex and decreasing, so Newton's method from the left of the root rises to
+  // it.
   Real lambda = std::max(0.0L, dot(d, d) - *std::max_element(squares_.begin(), squares_.end()));
   while (true) {
     const Real excess = weightedSum(d, squares_, lambda, 1) - 1.0L;

@@ -113,7 +113,7 @@ Density scaledTo(Density density, double charge) {
   double magnitude = 0.0;
   for (u64 e = 0; e < density.numElements(); ++e)
     magnitude += std::abs(density.charges[density.offsets[e]]);
-  // Charges that cancel leave rounding noise, which must not be blown up.
+  // Charges that cancel leave rounding noise, which must not be amplified.
   constexpr double kNoise = 1e-10;
   if (!(std::abs(total) > kNoise * magnitude))
     throw utility::RuntimeError("A density without total charge cannot be scaled to one");

@@ -25,7 +25,7 @@ Integrals integrand(Real a, Real rho, Real z, Real t) {
           -side * moment / (distance * (distance + height))};
 }
 
-/// The trapezoidal rule on [0, 2 pi], doubled until it stands; both halves are alike.
+/// The trapezoidal rule on [0, 2 pi], doubled until it converges; the integrand is symmetric.
 Integrals overRim(Real a, Real rho, Real z) {
   constexpr u64 kFirst = 16;
   constexpr u64 kMost = u64{1} << 19U;

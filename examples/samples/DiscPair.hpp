@@ -4,7 +4,8 @@
 
 namespace velmo::samples {
 
-/// Two parallel discs across the z axis with the even densities +sigma (upper) and -sigma (lower).
+/// Two parallel discs across the z axis with the uniform densities +sigma (upper) and -sigma
+/// (lower).
 ///
 /// Green's formula turns the integrals over a disc of radius a into ones over its rim. At the
 /// distance rho from the axis and z above the disc, with D^2 = a^2 + rho^2 - 2 a rho cos t + z^2,

@@ -7,7 +7,7 @@
 #include "io/Types.hpp"
 #include "samples/Points.hpp"
 
-/// The text files that the program reads beside a solution file: points and settings.
+/// The text files that the program reads besides a solution file: points and settings.
 namespace velmo::samples {
 
 /// The settings that this program acts on; the rest of the file is what every problem needs.

@@ -89,7 +89,7 @@ Density makeDensity(const SampleRequest& request, const SurfaceMesh& mesh) {
   const double z0 = request.centre[2];
   const u64 order = request.settings.femOrder;
   if (request.densityKind == DensityKind::Exact) {
-    // What a flat mesh lacks in charge belongs to its error: nothing is scaled.
+    // The charge that a flat mesh lacks is part of its error, so nothing is scaled.
     const auto exact = closedForm(request);
     return projected(mesh, order, [&exact](const double* x) {
       return static_cast<double>(exact->density({x[0], x[1], x[2]}));

@@ -28,7 +28,7 @@ struct Sample {
 /// @throws utility::RuntimeError if the request does not fit together
 [[nodiscard]] Sample makeSample(const SampleRequest& request);
 
-/// Writes `out`.vtkhdf, `out`.xyz and `out`.yaml and tells in a few lines what they hold.
+/// Writes `out`.vtkhdf, `out`.xyz and `out`.yaml and returns a few lines about their contents.
 /// @throws utility::RuntimeError naming the file that cannot be written
 [[nodiscard]] std::string writeSample(const SampleRequest& request, const Sample& sample);
 

@@ -15,8 +15,8 @@ struct PieceOptions {
 };
 
 /// Cuts the surface into slabs with equal numbers of elements along its longest extent. A shared
-/// node belongs to the first piece that holds it. Each piece also carries ghost copies: one layer
-/// of its neighbours' cells, with their coefficients, and all their points that it doesn't own.
+/// node belongs to the first piece that contains it. Each piece also has ghost copies: one layer of
+/// its neighbours' cells, with their coefficients, and all their points that it doesn't own.
 /// @throws utility::RuntimeError "Cannot cut <n> elements into <p> pieces" for 0 pieces and for
 /// more than elements, "Density and mesh have different numbers of elements"
 [[nodiscard]] SolutionFile pieces(const SurfaceMesh& mesh, const Density& density,

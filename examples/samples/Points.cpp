@@ -30,7 +30,7 @@ void requireShell(double rMin, double rMax) {
         io::format("A shell needs 0 <= inner radius <= outer radius, not {} and {}", rMin, rMax));
 }
 
-/// Random point of a reference element that keeps away from its barycentre.
+/// Random point of a reference element, not too close to its barycentre.
 std::array<double, 2> genericPoint(topo::ReferenceType kind, Random& random) {
   constexpr double kMinDistance = 0.05;
   const auto centre = topo::barycenter(kind);

@@ -34,12 +34,12 @@ using Points = std::vector<double>;
 /// Uniform in the box between two opposite corners.
 [[nodiscard]] Points randomInBox(u64 count, const Vec3& low, const Vec3& high, u64 seed);
 
-/// Random reference points of random elements, at least 0.05 away from the barycentre, where the
-/// rules of all orders have their most popular point.
+/// Random reference points of random elements, at least 0.05 away from the barycentre, which is a
+/// point of many rules.
 [[nodiscard]] Points onSurface(u64 count, const SurfaceMesh& mesh, u64 seed);
 
 /// As `onSurface`, but moved along the normals by dMin to dMax sizes of the element, sqrt(2 area);
-/// negative distances lie behind the surface.
+/// negative distances are on the other side of the surface.
 [[nodiscard]] Points offSurface(u64 count, const SurfaceMesh& mesh, double dMin, double dMax,
                                 u64 seed);
 

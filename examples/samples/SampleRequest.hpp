@@ -63,7 +63,7 @@ struct SampleRequest {
 
 /// Reads the options of make_sample: `--name=value` or `--name value` for each.
 /// @param words without the name of the program
-/// @throws utility::RuntimeError telling the option and what it expects
+/// @throws utility::RuntimeError with the option and what it expects
 [[nodiscard]] SampleRequest parseRequest(Words words);
 
 /// The options with their values, meanings and defaults.

@@ -122,7 +122,7 @@ void writePart(hid_t group, const std::string& name, const Part& part) {
                                                                        : H5T_NATIVE_DOUBLE;
   const void* const list =
       std::visit([](const auto& l) -> const void* { return l.data(); }, part.values);
-  // A text of variable length goes by the address of its address.
+  // A text of variable length is passed by the address of its address.
   const void* const values = part.stored == Stored::VariableText ? &list : list;
   if (part.isAttribute) {
     const h5::Attribute attribute(checked(

@@ -14,9 +14,9 @@ namespace velmo::samples {
 using Ints = std::vector<std::int64_t>;
 using Doubles = std::vector<double>;
 
-/// How a part lies in the file. Numbers are little-endian, but for `BigInt32`; `FixedText` has the
-/// length of its text, and `Missing` leaves the part out. Numbers declared as a text or as a
-/// compound, and a text declared as numbers, are created but hold nothing.
+/// How a part is stored in the file. Numbers are little-endian, except `BigInt32`; `FixedText` has
+/// the length of its text, and `Missing` omits the part. Numbers declared as a text or as a
+/// compound, and a text declared as numbers, are created but stay empty.
 enum class Stored {
   UInt8,
   Int32,
@@ -63,8 +63,8 @@ struct StorageOptions {
 };
 
 /// A solution file (`.vtkhdf`) as plain data: each part may be altered before it is written. The
-/// pieces of a run on several ranks lie one behind the other in each array. A new one holds all
-/// parts that the format asks for, with empty arrays, for a density of order 0.
+/// pieces of a run on several ranks follow each other in each array. A new object has all parts
+/// that the format requires, with empty arrays, for a density of order 0.
 struct SolutionFile {
   /// Parts in other groups are not written.
   std::vector<std::string> groups{"/VTKHDF", "/VTKHDF/PointData", "/VTKHDF/CellData", "/ABB",

@@ -9,7 +9,7 @@ namespace velmo::samples {
 
 namespace {
 
-/// A charge this much below the first one of its series ends it.
+/// The series ends at a charge that is smaller than the first one by this factor.
 constexpr Real kNegligible = 1e-20L;
 
 }  // namespace
@@ -40,7 +40,7 @@ void SphereGap::addImages(std::size_t first) {
 
 PointValue SphereGap::ofImages(const RealVec3& x) const {
   PointValue sum;
-  // Smallest first: nothing is lost to rounding.
+  // Smallest first, so that rounding loses nothing.
   std::for_each(images_.rbegin(), images_.rend(), [&](const PointCharge& q) {
     const RealVec3 d = x - q.place;
     const Real inverse = 1.0L / norm(d);

@@ -10,9 +10,9 @@ namespace velmo::samples {
 
 /// A surface of triangles and quadrilaterals of one geometric order.
 ///
-/// The nodes of an element stand in the order of the node points of its reference element:
-/// vertices, inner points of each edge in edge order, interior. Neighbours share the nodes of their
-/// common edge. The vertices run counter-clockwise seen from the side that the normal points to.
+/// The nodes of an element are in the order of the node points of its reference element: vertices,
+/// inner points of each edge in edge order, interior. Neighbours share the nodes of their common
+/// edge. The vertices run counter-clockwise seen from the side that the normal points to.
 struct SurfaceMesh {
   std::vector<double> coordinates;  ///< shape (numNodes, 3), node after node
   std::vector<u64> elementTypes;    ///< shape (numElements), such as 203 or 309
@@ -32,10 +32,10 @@ struct SurfaceMesh {
   [[nodiscard]] std::span<const u64> vertices(u64 element) const;
 };
 
-/// The same surface as the solution reader gives it: ids are positions, all tags 0.
+/// The same surface as the solution reader returns it: ids are positions, all tags 0.
 [[nodiscard]] grid::GridData gridData(const SurfaceMesh& mesh);
 
-/// Two surfaces as one: nodes and elements of `b` behind those of `a`.
+/// Two surfaces as one: nodes and elements of `b` after those of `a`.
 [[nodiscard]] SurfaceMesh merged(SurfaceMesh a, const SurfaceMesh& b);
 
 /// The same surface with its nodes and its elements numbered in random order.

@@ -18,7 +18,7 @@ class Sums {
   void add(Real error, Real exact) {
     errorSquares_ += error * error;
     exactSquares_ += exact * exact;
-    // A value that is no number becomes the greatest error and stays it.
+    // A NaN becomes the largest error and stays it.
     if (!(error <= largestError_) && !std::isnan(largestError_)) largestError_ = error;
     largestExact_ = std::fmax(largestExact_, exact);
     ++count_;

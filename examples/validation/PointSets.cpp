@@ -16,7 +16,7 @@ using samples::operator-;
 
 constexpr double kDepth = 0.8;
 
-/// Radius of a sphere around the body's centre that holds the body.
+/// Radius of a sphere around the body's centre that encloses the body.
 double enclosingRadius(const SampleRequest& request) {
   switch (request.body) {
     case Body::Ellipsoid:
@@ -66,7 +66,7 @@ Points inside(const SampleRequest& request) {
   }
 }
 
-/// From 2 to 98 per cent of the way between the surfaces.
+/// From 2 to 98 percent of the way between the surfaces.
 Points gapAxis(const SampleRequest& request, u64 count) {
   if (request.body != Body::SpherePair && request.body != Body::DiscPair) return {};
   const Vec3 up{0.0, 0.0, 0.48 * request.gap};

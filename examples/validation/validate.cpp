@@ -64,7 +64,7 @@ double elementSize(const samples::SurfaceMesh& mesh) {
   return std::sqrt(2.0 * area / static_cast<double>(mesh.numElements()));
 }
 
-/// The columns that tell what was run.
+/// The columns that describe the run.
 std::string describe(const SampleRequest& request, const samples::SurfaceMesh& mesh) {
   const auto& settings = request.settings;
   const bool triangles = request.mesh.elements == samples::Elements::Triangles;
@@ -112,7 +112,7 @@ std::vector<Row> tableOf(const std::filesystem::path& path, const samples::Point
   return rows;
 }
 
-/// Prints the line of one set and tells whether its errors are within the bounds.
+/// Prints the line of one set; returns whether its errors are within the bounds.
 bool measure(const Task& task, const std::string& head, const PointSet& set,
              std::span<const Row> rows, std::span<const Row> reference, const std::string& tail) {
   const auto exact = closedForm(task.request);
@@ -178,7 +178,7 @@ samples::Reader word(std::string& value) {
   };
 }
 
-/// Words with dashes are those of the sample, the others this tool's own.
+/// Words with dashes are options of the sample, the others are for this tool.
 Task taskOf(Words words) {
   Task task;
   std::vector<const char*> ofSample{"--density=exact"};

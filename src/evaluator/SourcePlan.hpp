@@ -47,6 +47,8 @@ struct SourcePlan {
   std::vector<BoxElements> moments;   ///< P2M, by box, a leaf or home to large elements, if used
   std::vector<BoxElements> received;  ///< P2L, by receiving box
   ElementRuns direct;  ///< elements that meet all targets in and below a box by quadrature
+  /// Per element: 1 if some target meets it by quadrature, through a list U or directly.
+  std::vector<std::uint8_t> meetsTargets;
   /// Per box: 1 if its multipole isn't zero and a list of the box, or of one above it, asks for it.
   std::vector<std::uint8_t> hasMoments;
 };

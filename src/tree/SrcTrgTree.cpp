@@ -6,6 +6,8 @@
 
 #include "io/Exception.hpp"
 #include "io/Format.hpp"
+#include "thread/ParallelFor.hpp"
+#include "tree/SortedIdentifiers.hpp"
 
 namespace velmo::tree {
 
@@ -66,15 +68,18 @@ void Tree::mark(std::vector<Morton> targets, std::vector<Morton> sources) {
 
 std::vector<ObjectRange> Tree::rangesOf_(std::span<const Morton> ids) const {
   std::vector<ObjectRange> ranges(boxes.size());
-  for (const BoxIndex leaf : nonHaloLeafPositions()) {
-    const fmm::Box<3>& box = boxes[leaf];
-    const auto begin = std::ranges::lower_bound(ids, box.firstObject);
-    const auto end = std::upper_bound(begin, ids.end(), box.id, bits::TruncatedLess());
-    const auto count = static_cast<u64>(end - begin);
-    if (count > box.numObjects)
-      throw utility::RuntimeError("Found more targets than objects in leaf");
-    if (count > 0) ranges[leaf] = {static_cast<u64>(begin - ids.begin()), count};
-  }
+  const std::span<const BoxIndex> leaves = nonHaloLeafPositions();
+  constexpr u64 kPiece = 256;
+  thread::forPieces(leaves.size(), kPiece, [&](u64 first, u64 end) {
+    for (const BoxIndex leaf : leaves.subspan(first, end - first)) {
+      const fmm::Box<3>& box = boxes[leaf];
+      const auto inside = pointsInside(box.id, ids);
+      if (inside.size() > box.numObjects)
+        throw utility::RuntimeError("Found more targets than objects in leaf");
+      if (!inside.empty())
+        ranges[leaf] = {static_cast<u64>(inside.data() - ids.data()), inside.size()};
+    }
+  });
   // Objects of one box follow each other in the sorted list, so children join to one stretch.
   for (BoxIndex box = links_.size(); box-- > 1;) {
     if (ranges[box].count == 0) continue;

@@ -2,6 +2,7 @@
 # cluster_test.sh SCRIPTS PROGRAM MAKE_SAMPLE: the scripts of examples/cluster against their promises.
 set -euo pipefail
 
+/usr/bin/python3 -c 'import numpy' || exit 77
 scripts=$1
 program=$2
 make_sample=$3
@@ -40,7 +41,7 @@ splits_as_the_program_reads() {
     $'-.5\t+1e-3  7.' $'8 9 10\r' >odd.xyz
   printf '11 12 13' >>odd.xyz
   "$scripts/split_points" odd.xyz 2
-  expect 'first slice' "$(cat odd.0001.xyz)" $'3\n1 2 3\n4 5 6;\n-.5 +1e-3 7.'
+  expect 'first slice' "$(cat odd.0001.xyz)" $'3\n1 2 3\n-.5 +1e-3 7.\n4 5 6'
   expect 'second slice' "$(cat odd.0002.xyz)" $'2\n8 9 10\n11 12 13'
 
   evaluate odd.xyz
@@ -55,8 +56,34 @@ splits_as_the_program_reads() {
     "$scripts/split_points" --force odd.xyz "$n"
     expect "$n slices" "$(ls odd.0*)" "$(printf 'odd.%04d.xyz\n' $(seq "$n"))"
     expect "points of $n slices" "$(for s in odd.0*.xyz; do tail -n +2 "$s"; done)" \
-      $'1 2 3\n4 5 6;\n-.5 +1e-3 7.\n8 9 10\n11 12 13'
+      $'1 2 3\n-.5 +1e-3 7.\n4 5 6\n8 9 10\n11 12 13'
   done
+}
+
+slices_are_compact_and_put_back() {
+  # A grid of 4 x 4 x 4 points in mixed order, the first one twice: stretches of an eighth of the
+  # curve are the eight smaller cubes.
+  {
+    echo 65
+    for k in $(seq 0 63); do
+      i=$((k * 37 % 64))
+      echo "$((i % 4)) $((i / 4 % 4)) $((i / 16))"
+    done
+    echo '0 0 0'
+  } >cube.xyz
+  "$scripts/split_points" cube.xyz 8
+  expect 'cubes' "$(for s in cube.0*.xyz; do
+    tail -n +2 "$s" | awk '{ print int($1 / 2) int($2 / 2) int($3 / 2) }' | sort | uniq -c | xargs
+  done)" "$(printf '%s\n' '9 000' '8 100' '8 010' '8 110' '8 001' '8 101' '8 011' '8 111')"
+  expect 'rows of the order' "$(while read -r k; do sed -n "$((k + 1))p" cube.xyz; done <cube.order)" \
+    "$(tail -qn +2 cube.0*.xyz)"
+  expect 'equal points' "$(head -n 2 cube.order | xargs)" '1 65'
+
+  for i in $(seq 8); do evaluate cube.000$i.xyz; done
+  "$scripts/merge_tables" cube.xyz 8 >/dev/null
+  expect 'points in the order of the list' \
+    "$(tail -n +2 cube.csv | awk -F, '{ print $1 + 0, $2 + 0, $3 + 0 }')" "$(tail -n +2 cube.xyz)"
+  expect 'rows' "$(tail -n +2 cube.csv | sort)" "$(tail -qn +2 cube.0*.csv | sort)"
 }
 
 refuses_bad_points() {
@@ -74,6 +101,7 @@ line 3: expected a number, got #|1|1\n1 2\n# 3\n
 expected the number of points, got 1.5|1|1.5 2 3\n
 2 points are too few for 3 slices|3|2\n1 2 3\n4 5 6\n
 no number of points found|1|# nothing\n
+point 2 is out of the range of numbers: 1e400 2 3|1|2\n1 2 3\n1e400 2 3\n
 must lie in 1 to 9999, not 0|0|1\n1 2 3\n
 END
   printf '1\n1 2 3\n4 5 6\n' >long.xyz
@@ -103,7 +131,7 @@ merges_only_whole_sets() {
   spoilt() { refuses "$1" "$scripts/merge_tables" set.xyz 2; cp good.csv set.0002.csv; }
 
   rm set.0002.csv
-  spoilt 'table ./set.0002.csv is missing'
+  spoilt 'table set.0002.csv is missing'
   : >set.0002.csv
   spoilt 'set.0002.csv: empty'
   sed -i '$d' set.0002.csv
@@ -123,11 +151,17 @@ merges_only_whole_sets() {
   cp set.0001.csv set.0002.csv
   spoilt 'row 1 belongs to another point'
   refuses '1 slices have 2 points' "$scripts/merge_tables" set.xyz 1
-  refuses 'slice ./set.0003.xyz is missing' "$scripts/merge_tables" set.xyz 3
+  refuses 'slice set.0003.xyz is missing' "$scripts/merge_tables" set.xyz 3
+  cp set.order good.order
+  sed -i '2s/.*/4/' set.order
+  refuses 'set.order does not hold each number from 1 to 4 once' "$scripts/merge_tables" set.xyz 2
+  rm set.order
+  refuses 'set.order is missing' "$scripts/merge_tables" set.xyz 2
+  mv good.order set.order
   expect 'no table after refusals' "$(compgen -G 'set.csv*' || true)" ''
 
   "$scripts/merge_tables" --output=t.csv set.xyz 2 >/dev/null
-  expect 'merged rows' "$(tail -n +2 t.csv)" "$(tail -qn +2 set.0001.csv set.0002.csv)"
+  expect 'merged rows' "$(tail -n +2 t.csv | sort)" "$(tail -qn +2 set.000[12].csv | sort)"
 }
 
 slices_agree_with_the_whole() {
@@ -157,6 +191,7 @@ slices_agree_with_the_whole() {
 
 "$make_sample" --refine=8 --count=1000 --degree=8 --leaf-size=50 --threads=1 --out="$work/sample" >/dev/null
 splits_as_the_program_reads
+slices_are_compact_and_put_back
 refuses_bad_points
 refuses_names_with_blanks
 merges_only_whole_sets

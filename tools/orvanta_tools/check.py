@@ -16,7 +16,9 @@ from .cli import Failure, need
 
 SIGNATURE = b"\x89HDF\r\n\x1a\n"
 # What a run needs: measured with degrees 5 to 16 and leafSize 100 to 500, to about 20 percent.
-BASE_BYTES, POINT_BYTES, ELEMENT_BYTES, RULE_POINT_BYTES = 25e6, 750, 600, 30
+BASE_BYTES, POINT_BYTES, ELEMENT_BYTES, COEFFICIENT_BYTES, RULE_POINT_BYTES = 23e6, 160, 200, 24, 32
+# Boxes with expansions: this times min(points, elements) / leafSize.
+BOXES_PER_LEAF = 8
 # The leaf size that was best in measurements, and how far from it the time rises by a tenth.
 BEST_LEAF, LARGEST_GOOD_LEAF = 100, 200
 # Number of points that are tested for being inside; enough to estimate a percentage.
@@ -286,18 +288,20 @@ def check_places(report, read, points, path):
 
 def rule_points(order, quadrilateral):
     """Approximate number of points of a rule of this order on an element."""
-    return (order // 2 + 1) ** 2 if quadrilateral else (order + 2) ** 2 / 5
+    return (order // 2 + 1) ** 2 if quadrilateral else (order + 2) ** 2 / 6.2
 
 
 def tell_needs(read, points, values):
     """Prints what the run will need."""
-    orders = [int(values[f"postEval.{key}"]) for key in ("quad.order", "fmm.leafQuadratureOrder")]
-    orders[1] = orders[1] or int(values["postEval.fmm.degree"]) + 3
+    order, degree = int(values["postEval.quad.order"]), int(values["postEval.fmm.degree"])
     memory = BASE_BYTES + POINT_BYTES * len(points)
     for block in read.blocks:
-        quadrilateral = block.basis.shape == "quad"
-        memory += len(block.ids) * (ELEMENT_BYTES + RULE_POINT_BYTES * sum(
-            rule_points(order, quadrilateral) for order in orders))
+        memory += (len(block.ids) * (ELEMENT_BYTES + RULE_POINT_BYTES * rule_points(
+            order, block.basis.shape == "quad")) + COEFFICIENT_BYTES * block.coefficients.size)
+    # A multipole and a local expansion per box, of 16 bytes a coefficient.
+    leaf = max(1, int(values["bem.tree.leafSize"]))
+    boxes = BOXES_PER_LEAF * min(len(points), read.num_elements) / leaf
+    memory += boxes * 16 * (degree + 1) * (degree + 2)
     sizes = read.in_order([block.sizes() for block in read.blocks])
     print(f"elements: {read.num_elements}, sizes {sizes.min():.4g} to {sizes.max():.4g}, "
           f"density of order {read.order}")
