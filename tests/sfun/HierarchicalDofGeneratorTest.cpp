@@ -51,27 +51,5 @@ TEST(HierarchicalDofGenerator, ReproducesAllPolynomialsUpToItsOrderAndNoFurther)
   }
 }
 
-TEST(InterpolationBlockMatrix, RefusesMisuse) {
-  const std::array<double, 2> block{1.0, 2.0};
-  std::array<double, 1> one{};
-  InterpolationBlockMatrix matrix;
-  matrix.insert(0, {block.data(), 1, 1});
-  test::expectThrow<RuntimeError>(
-      [&] {
-        matrix.insert(0, {block.data(), 1, 1});
-      },
-      "velmo::sfun::InterpolationBlockMatrix::insert:Matrix block already exists!");
-  test::expectThrow<RuntimeError>([&] { matrix.solve(one, one); },
-                                  "InterpolationBlockMatrix::solve:finish() has not been called!");
-  matrix.finish();
-  test::expectThrow<RuntimeError>([&] { matrix.solve({}, one); },
-                                  "InterpolationBlockMatrix::solve:Rhs is insufficient!");
-  test::expectThrow<RuntimeError>([&] { matrix.solve(one, {}); },
-                                  "InterpolationBlockMatrix::solve:Sol is insufficient!");
-  InterpolationBlockMatrix oblong;
-  oblong.insert(0, {block.data(), 1, 2});
-  test::expectThrow<RuntimeError>([&] { oblong.finish(); }, "Matrix is not square!");
-}
-
 }  // namespace
 }  // namespace velmo::sfun

@@ -158,17 +158,6 @@ IndexLayout layoutOf(std::vector<u64> offsets) {
   return layout;
 }
 
-TEST(IndexLayout, FindsOwnersAcrossEmptyRanks) {
-  const IndexLayout single(0, 7);
-  EXPECT_EQ(single.offsets, (std::vector<u64>{0, 7}));
-  EXPECT_EQ(single.ownerOf(6), 0U);
-
-  const IndexLayout several = layoutOf({0, 0, 3, 3, 5});
-  EXPECT_EQ(several.ownerOf(0), 1U);
-  EXPECT_EQ(several.ownerOf(2), 1U);
-  EXPECT_EQ(several.ownerOf(3), 3U);
-}
-
 TEST(DistributedVectors, RefuseWhatTheyDoNotHold) {
   std::vector<double> owned(2);
   ParVec vector(layoutOf({0, 2, 6}), View(owned));

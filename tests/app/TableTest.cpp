@@ -1,19 +1,23 @@
-#include "app/ResultTable.hpp"
-
 #include <gtest/gtest.h>
 
 #include <bit>
 #include <cmath>
+#include <cstdint>
 #include <filesystem>
 #include <limits>
 #include <random>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "app/ResultTable.hpp"
+#include "app/RunInputs.hpp"
 #include "grid/GridData.hpp"
 #include "io/Channels.hpp"
+#include "io/Exception.hpp"
 #include "io/Format.hpp"
+#include "support/ExpectThrow.hpp"
 #include "support/RunProgram.hpp"
 #include "support/TemporaryFolder.hpp"
 
@@ -137,6 +141,27 @@ TEST(Extrema, AreThoseOfAllPiecesTogether) {
         "E-field(Y):  [ +1.00000000E+00 : +3.00000000E+00 ]\n",
         "E-field(Z):  [ +1.00000000E+00 : +1.00000000E+00 ]\n", "magnitude:    3.74165739E+00\n"})
     EXPECT_NE(text.find(line), std::string::npos) << line << text;
+}
+
+TEST(RunInputs, DeriveTheBaseNameOfTheResult) {
+  const TemporaryFolder folder;
+  const std::string points = folder.write("a.b.xyz", "0\n");
+  const std::vector<std::pair<std::string, std::string>> cases{
+      {"", (folder.path() / "a.b").string()},
+      {"res", "res"},
+      {"res.csv", "res"},
+      {"dir/res.vtk", "dir/res"},
+      {"res.txt", "res.txt"},
+      {"res.CSV", "res.CSV"},
+      // Text that YAML would read as something else than a string.
+      {"~", "~"},
+      {"- a: 'b' #c", "- a: 'b' #c"}};
+  for (const auto& [output, base] : cases) {
+    const auto inputs = readRunInputs(points, {}, output);
+    ASSERT_TRUE(inputs);
+    EXPECT_EQ(inputs->outputPath, base);
+    EXPECT_EQ(inputs->problem.postProc.outBasename, base);
+  }
 }
 
 }  // namespace
