@@ -1,8 +1,9 @@
 """The page of bench/run: text between the markers of docs/performance.md, a plot and all figures.
 
 A figure is one case: method (fmm or direct), triangles, degree, leaf, share of the points that were
-computed, seconds of the stages, peak in MiB, errors. Expansions are compared at the leaf size with
-the shortest whole run of their size and degree.
+computed, seconds of the whole run, peak in MiB, page faults, seconds of the stages, serial (share of a
+run on one thread outside of parallel loops, at the best leaf size only), errors. Expansions are
+compared at the leaf size with the shortest whole run of their size and degree.
 """
 import csv
 import math
@@ -87,30 +88,34 @@ def seconds_text(value):
 
 def cost_table(figures, threads):
     yield ("| triangles = points | degree | leaf size | whole run | peak memory "
-           "| points per second and core | error of the potential | error of the field |")
-    yield "|--:|--:|--:|--:|--:|--:|--:|--:|"
+           "| per object | page faults | points per second and core | error of the potential "
+           "| error of the field |")
+    yield "|--:|--:|--:|--:|--:|--:|--:|--:|--:|--:|"
     for size in figures.large:
         for figure in [*(figures.best(size, degree) for degree in figures.degrees),
                        figures.direct(size)]:
             fmm = figure["method"] == "fmm"
             how = f"{figure['degree']} | {figure['leaf']}" if fmm else "direct sum | "
             about = "" if figure["share"] == 1 else "about "
-            peak = f"{figure['peak']:.0f} MiB" if figure["peak"] else ""
+            peak = (f"{figure['peak']:.0f} MiB | {2 ** 20 * figure['peak'] / (2 * size):,.0f} bytes"
+                    if figure["peak"] else " | ")
             yield (f"| {size:,} | {how} | {about}{seconds_text(figure['whole'])} | {peak} | "
+                   f"{figure['faults']:,} | "
                    f"{digits(size / evaluation(figure) / threads)} | "
                    f"{figure['potential error']:.0e} | {figure['field error']:.0e} |")
 
 
 def stage_table(figures):
     yield ("| triangles = points | degree | input | preparation | FMM setup | FMM apply | start, "
-           "table, exit |")
-    yield "|--:|--:|--:|--:|--:|--:|--:|"
+           "table, exit | outside of parallel loops |")
+    yield "|--:|--:|--:|--:|--:|--:|--:|--:|"
     for size in figures.large:
         for degree in figures.degrees:
             figure = figures.best(size, degree)
             cells = [f"{part:.3f} s, {100 * part / figure['whole']:.0f} %"
                      for part in stages(figure)]
-            yield f"| {size:,} | {degree} | {' | '.join(cells)} |"
+            yield (f"| {size:,} | {degree} | {' | '.join(cells)} | "
+                   f"{100 * figure['serial']:.0f} % |")
 
 
 def leaf_text(figures):

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -91,8 +92,12 @@ void checkDistances(const GridData& grid, const std::string& kind, const Box& sm
   });
 }
 
-/// x 2^-power, without a call where nothing changes.
-double scaled(double x, int power) noexcept { return power == 0 ? x : std::ldexp(x, -power); }
+/// x 2^-power, rounded once. The product is that, too, where the factor is a normal number.
+double scaled(double x, int power) noexcept {
+  constexpr int kLimit = std::numeric_limits<double>::max_exponent - 2;
+  if (power < -kLimit || power > kLimit) return std::ldexp(x, -power);
+  return x * std::bit_cast<double>(static_cast<u64>(kLimit + 1 - power) << 52);
+}
 
 }  // namespace
 

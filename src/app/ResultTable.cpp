@@ -2,51 +2,41 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
+#include <atomic>
 #include <cmath>
+#include <condition_variable>
 #include <fstream>
 #include <limits>
+#include <memory>
+#include <mutex>
 #include <ostream>
+#include <utility>
 #include <vector>
 
+#include "app/NumberText.hpp"
 #include "io/Channels.hpp"
 #include "io/CheckedAccess.hpp"
 #include "io/Format.hpp"
 #include "io/Progress.hpp"
 #include "io/StageReport.hpp"
+#include "io/Types.hpp"
 #include "thread/ParallelFor.hpp"
 
 namespace orvanta {
 
 namespace io = velmo::io;
+using velmo::kNone;
 using velmo::u64;
 
 namespace {
 
 constexpr u64 kNumColumns = 7;
-constexpr u64 kRowsPerChunk = 4096;
-constexpr u64 kChunksPerWave = 32;
+constexpr u64 kRowsPerPiece = 1024;
+constexpr u64 kPointsPerPiece = 4096;
 
-/// Room for one number: sign, 18 digits, point, exponent of three digits, separator.
-constexpr u64 kNumberWidth = 32;
-
-/// Appends `value` as the format {:> .17E} prints it, a blank in the sign place of a number that is
-/// not negative, at a tenth of the format's time.
-char* appendNumber(char* out, double value) {
-  if (!std::signbit(value)) *out++ = ' ';
-  char* const end =
-      std::to_chars(out, out + kNumberWidth, value, std::chars_format::scientific, 17).ptr;
-  for (char* c = out; c != end; ++c)
-    if (*c >= 'a' && *c <= 'z') *c = static_cast<char>(*c - 'a' + 'A');
-  return end;
-}
-
-/// The rows [first, end) as text.
-std::string formatRows(u64 first, u64 end, const double* coordinates, const double* potential,
-                       const double* field) {
-  std::string text;
-  text.resize((end - first) * kNumColumns * kNumberWidth);
-  char* out = text.data();
+/// Writes the rows [first, end) as text to `out` and returns behind it.
+char* formatRows(char* out, u64 first, u64 end, const double* coordinates, const double* potential,
+                 const double* field) {
   for (u64 i = first; i < end; ++i) {
     const std::array<double, kNumColumns> row{
         coordinates[3 * i], coordinates[3 * i + 1], coordinates[3 * i + 2], potential[i],
@@ -57,14 +47,66 @@ std::string formatRows(u64 first, u64 end, const double* coordinates, const doub
     }
     out[-1] = '\n';
   }
-  text.resize(static_cast<std::size_t>(out - text.data()));
-  return text;
+  return out;
 }
 
-struct Chunk {
-  u64 first;
-  u64 end;
-  std::string text;
+/// Writes pieces of text in order while others are made. Each piece has a slot of a ring; a thread
+/// that has made one writes it and those behind it that are ready, unless another thread is writing
+/// already and will come to it.
+///
+/// A thread waits for a slot only where a piece in front of its own, which another thread has
+/// begun, is not yet written: pieces that are begun in order never wait for each other in a circle.
+class OrderedWriter {
+ public:
+  OrderedWriter(std::ostream& out, u64 numSlots, u64 slotSize)
+      : out_(out),
+        slotSize_(slotSize),
+        text_(std::make_unique_for_overwrite<char[]>(numSlots * slotSize)),
+        sizes_(numSlots, kNone) {}
+
+  /// Room for the text of a piece, once the piece that had its slot is written.
+  [[nodiscard]] char* slotOf(u64 piece) {
+    std::unique_lock lock(mutex_);
+    written_.wait(lock, [&] { return piece < numWritten_ + sizes_.size(); });
+    return slot_(piece);
+  }
+
+  /// Nothing need be made for a stream that has failed, but each piece must be put.
+  [[nodiscard]] bool failed() const noexcept { return failed_; }
+
+  /// Hands over a piece whose text stands in its slot.
+  void put(u64 piece, u64 size) {
+    std::unique_lock lock(mutex_);
+    sizes_[piece % sizes_.size()] = size;
+    if (isWriting_) return;
+    isWriting_ = true;
+    while (true) {
+      u64& ready = sizes_[numWritten_ % sizes_.size()];
+      if (ready == kNone) break;
+      const char* const text = slot_(numWritten_);
+      const u64 length = std::exchange(ready, kNone);
+      lock.unlock();
+      out_.write(text, static_cast<std::streamsize>(length));
+      failed_ = !out_.good();
+      lock.lock();
+      ++numWritten_;
+      written_.notify_all();
+    }
+    isWriting_ = false;
+  }
+
+ private:
+  [[nodiscard]] char* slot_(u64 piece) { return &text_[piece % sizes_.size() * slotSize_]; }
+
+  std::ostream& out_;
+  const u64 slotSize_;
+  std::unique_ptr<char[]> text_;
+  std::atomic<bool> failed_ = false;
+  std::mutex mutex_;        ///< of all below
+  std::vector<u64> sizes_;  ///< of the text in each slot; kNone while it is not ready
+  u64 numWritten_ = 0;
+  bool isWriting_ = false;
+  std::condition_variable written_;
 };
 
 /// Smallest and largest value; no value leaves the start values.
@@ -76,10 +118,36 @@ struct Range {
     if (value < min) min = value;
     if (value > max) max = value;
   }
+  void add(const Range& range) {
+    if (range.min < min) min = range.min;
+    if (range.max > max) max = range.max;
+  }
   [[nodiscard]] std::string text() const {
     return io::format("[ {:<+14.8E} : {:<+14.8E} ]\n", min, max);
   }
 };
+
+/// Ranges of the potential and of the components of the field, and its greatest magnitude.
+struct Extrema {
+  std::array<Range, 4> ranges;
+  double magnitude = 0.0;
+
+  void add(const Extrema& other) {
+    for (u64 i = 0; i < ranges.size(); ++i) ranges[i].add(other.ranges[i]);
+    if (other.magnitude > magnitude) magnitude = other.magnitude;
+  }
+};
+
+Extrema extremaOf(std::span<const double> potential, std::span<const double> field) {
+  Extrema extrema;
+  for (u64 i = 0; i < potential.size(); ++i) {
+    extrema.ranges[0].add(potential[i]);
+    for (u64 c = 0; c < 3; ++c) extrema.ranges[1 + c].add(field[3 * i + c]);
+    const double length = std::hypot(field[3 * i], field[3 * i + 1], field[3 * i + 2]);
+    if (length > extrema.magnitude) extrema.magnitude = length;
+  }
+  return extrema;
+}
 
 }  // namespace
 
@@ -98,39 +166,38 @@ std::filesystem::path writeResults(const std::string& basename, const velmo::gri
     (void)velmo::utility::checkedAt(field, 3 * numPoints - 1);
   }
   const io::Progress progress("Writing the table", static_cast<double>(numPoints));
-  // Rows are formatted by all threads and written in order; nothing to do for a file that failed.
-  for (u64 begin = 0; begin < numPoints && file.good(); begin += kChunksPerWave * kRowsPerChunk) {
-    std::vector<Chunk> wave;
-    const u64 waveEnd = std::min(numPoints, begin + kChunksPerWave * kRowsPerChunk);
-    for (u64 first = begin; first < waveEnd; first += kRowsPerChunk)
-      wave.push_back({first, std::min(waveEnd, first + kRowsPerChunk), {}});
-    velmo::thread::parallelFor(wave.begin(), wave.end(), [&](Chunk& chunk) {
-      chunk.text = formatRows(chunk.first, chunk.end, points.coordinates.data(), potential.data(),
-                              field.data());
-    });
-    for (const Chunk& chunk : wave) {
-      file.write(chunk.text.data(), static_cast<std::streamsize>(chunk.text.size()));
-      io::addWorkDone(static_cast<double>(chunk.end - chunk.first));
-    }
-  }
+  const u64 numPieces = (numPoints + kRowsPerPiece - 1) / kRowsPerPiece;
+  OrderedWriter writer(file, std::min(numPieces, 2 * velmo::thread::numThreads()),
+                       kRowsPerPiece * kNumColumns * kNumberWidth);
+  velmo::thread::forPieces(numPoints, kRowsPerPiece, [&](u64 first, u64 end) {
+    const u64 piece = first / kRowsPerPiece;
+    char* const text = writer.slotOf(piece);
+    u64 size = 0;
+    if (!writer.failed())
+      size = static_cast<u64>(
+          formatRows(text, first, end, points.coordinates.data(), potential.data(), field.data()) -
+          text);
+    writer.put(piece, size);
+    io::addWorkDone(static_cast<double>(end - first));
+  });
   return path;
 }
 
 void reportExtrema(std::span<const double> potential, std::span<const double> field) {
-  std::array<Range, 4> ranges;
-  double magnitude = 0.0;
-  for (u64 i = 0; i < potential.size(); ++i) {
-    ranges[0].add(potential[i]);
-    for (u64 c = 0; c < 3; ++c) ranges[1 + c].add(field[3 * i + c]);
-    const double length = std::hypot(field[3 * i], field[3 * i + 1], field[3 * i + 2]);
-    if (length > magnitude) magnitude = length;
-  }
+  Extrema extrema;
+  std::vector<Extrema> parts((potential.size() + kPointsPerPiece - 1) / kPointsPerPiece);
+  velmo::thread::forPieces(potential.size(), kPointsPerPiece, [&](u64 first, u64 end) {
+    parts[first / kPointsPerPiece] = extremaOf(potential.subspan(first, end - first),
+                                               field.subspan(3 * first, 3 * (end - first)));
+  });
+  // In order: of zeros with different signs the first one stays.
+  for (const Extrema& part : parts) extrema.add(part);
   io::out << io::kSingleRule << "# Field extrema\n" << io::kSingleRule;
-  io::out << "  Range of potential:   " << ranges[0].text();
-  io::out << "  Range of E-field(X):  " << ranges[1].text();
-  io::out << "  Range of E-field(Y):  " << ranges[2].text();
-  io::out << "  Range of E-field(Z):  " << ranges[3].text();
-  io::out << "  Max eField magnitude: " << io::format("   {:<14.8E}\n", magnitude);
+  io::out << "  Range of potential:   " << extrema.ranges[0].text();
+  io::out << "  Range of E-field(X):  " << extrema.ranges[1].text();
+  io::out << "  Range of E-field(Y):  " << extrema.ranges[2].text();
+  io::out << "  Range of E-field(Z):  " << extrema.ranges[3].text();
+  io::out << "  Max eField magnitude: " << io::format("   {:<14.8E}\n", extrema.magnitude);
 }
 
 }  // namespace orvanta

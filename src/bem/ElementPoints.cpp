@@ -1,12 +1,27 @@
 #include "bem/ElementPoints.hpp"
 
 #include <algorithm>
+#include <array>
 
 #include "grid/ElementGeometry.hpp"
 #include "grid/ElementTypes.hpp"
 #include "thread/ParallelFor.hpp"
 
 namespace velmo::bem {
+namespace {
+
+/// Charges at `kCount` points from `q` on; few enough that the sums stay in registers.
+template <u64 kCount>
+void sumBlock(const linalg::MatrixView<const double>& phi, u64 q, const double* coefficients,
+              double* charges) noexcept {
+  std::array<double, kCount> sums{};
+  const double* column = phi.data + q;
+  for (u64 i = 0; i < phi.cols; ++i, column += phi.rows)
+    for (u64 k = 0; k < kCount; ++k) sums[k] += coefficients[i] * column[k];
+  std::copy_n(sums.data(), kCount, charges);
+}
+
+}  // namespace
 
 ElementRule::ElementRule(const grid::SurfaceElements& elements, const quad::SurfaceRuleSet& rules)
     : elements_(&elements) {
@@ -41,7 +56,8 @@ void ElementRule::place(u64 first, u64 end, double* x, double* y, double* z) con
 }
 
 ElementPoints::ElementPoints(const grid::SurfaceElements& elements,
-                             const quad::SurfaceRuleSet& rules) {
+                             const quad::SurfaceRuleSet& rules,
+                             std::span<const std::uint8_t> used) {
   const ElementRule rule(elements, rules);
   const u64 numElements = elements.numElements();
   offsets.resize(numElements + 1, 0);
@@ -49,8 +65,10 @@ ElementPoints::ElementPoints(const grid::SurfaceElements& elements,
   for (io::UnfilledVector<double>* const row : {&x, &y, &z}) row->resize(offsets.back());
   constexpr u64 kPiece = 1024;
   thread::forPieces(numElements, kPiece, [&](u64 first, u64 end) {
-    const u64 q = offsets[first];
-    rule.place(first, end, x.data() + q, y.data() + q, z.data() + q);
+    forEachUsedRun(used, first, end, [&](u64 begin, u64 behind) {
+      const u64 q = offsets[begin];
+      rule.place(begin, behind, x.data() + q, y.data() + q, z.data() + q);
+    });
   });
 }
 
@@ -78,9 +96,9 @@ void chargesAtPoints(const grid::SurfaceElements& elements, WeightedShapes shape
                      u64 end, const double* coefficients, double* charges) noexcept {
   for (u64 e = first; e < end; ++e) {
     const linalg::MatrixView<const double>& phi = shapes.of(elements.shapes[e]);
-    std::fill_n(charges, phi.rows, 0.0);
-    for (u64 i = 0; i < phi.cols; ++i)
-      for (u64 q = 0; q < phi.rows; ++q) charges[q] += coefficients[i] * phi(q, i);
+    u64 q = 0;
+    for (; q + 8 <= phi.rows; q += 8) sumBlock<8>(phi, q, coefficients, charges + q);
+    for (; q < phi.rows; ++q) sumBlock<1>(phi, q, coefficients, charges + q);
     charges += phi.rows;
     coefficients += phi.cols;
   }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -52,13 +53,28 @@ class ElementRule {
 /// contiguous range of point charges. Unit of the input. Built once, read-only afterwards, shared
 /// by all threads.
 struct ElementPoints {
-  ElementPoints(const grid::SurfaceElements& elements, const quad::SurfaceRuleSet& rules);
+  /// @param used 1 for each element whose points are needed, empty for all; the places of the
+  /// others
+  ///   are left unset
+  ElementPoints(const grid::SurfaceElements& elements, const quad::SurfaceRuleSet& rules,
+                std::span<const std::uint8_t> used = {});
 
   std::vector<u64> offsets;      ///< shape (numElements + 1)
   io::UnfilledVector<double> x;  ///< shape (offsets.back()), as y and z
   io::UnfilledVector<double> y;
   io::UnfilledVector<double> z;
 };
+
+/// Calls `visit(begin, behind)` for the runs of used elements in [first, end), ascending.
+/// @param used 1 for each used element; empty if all are
+template <class Visit>
+void forEachUsedRun(std::span<const std::uint8_t> used, u64 first, u64 end, const Visit& visit) {
+  if (used.empty()) return visit(first, end);
+  for (u64 begin = first, behind = first; begin < end; begin = behind) {
+    while (behind < end && used[behind] == used[begin]) ++behind;
+    if (used[begin] != 0) visit(begin, behind);
+  }
+}
 
 /// First coefficient of each element when every element's coefficients follow those of the element
 /// before, shape (numElements + 1).

@@ -16,13 +16,15 @@ constexpr u64 kPiece = 2048;
 NearFieldQuadrature::NearFieldQuadrature(const grid::SurfaceElements& elements,
                                          const fe::ShapeFunList<2, 3>& forGradient,
                                          const fe::ShapeFunList<2, 3>& forPotential,
-                                         const EvalQuadratureSettings& settings)
+                                         const EvalQuadratureSettings& settings,
+                                         std::span<const std::uint8_t> used)
     : elements_(&elements),
       minRelDist_(settings.minRelDist),
+      used_(used),
       rules_(quad::requireOrder(settings.order)),
       gradientOrder_(forGradient.order),
       potentialOrder_(forPotential.order),
-      points_(elements, rules_),
+      points_(elements, rules_, used),
       gradientDofs_(gradientOrder_ == potentialOrder_ ? std::vector<u64>()
                                                       : dofOffsets(elements, forGradient)),
       potentialDofs_(dofOffsets(elements, forPotential)),
@@ -57,8 +59,10 @@ SourceCharges NearFieldQuadrature::charges(u64 order, std::span<const u64> dofs,
   thread::forPieces(elements_->numElements(), kPiece, [&](u64 first, u64 end) {
     for (u64 i = dofs[first]; i < dofs[end]; ++i)
       result.coefficients[i] = math::kOneOverFourPi * coefficients[i];
-    chargesAtPoints(*elements_, shapes, first, end, result.coefficients.data() + dofs[first],
-                    result.atPoints.data() + points_.offsets[first]);
+    forEachUsedRun(used_, first, end, [&](u64 begin, u64 behind) {
+      chargesAtPoints(*elements_, shapes, begin, behind, result.coefficients.data() + dofs[begin],
+                      result.atPoints.data() + points_.offsets[begin]);
+    });
   });
   return result;
 }

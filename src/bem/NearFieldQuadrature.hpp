@@ -45,13 +45,16 @@ class NearFieldQuadrature {
  public:
   /// @param forGradient  shape functions of the density that gives the gradient
   /// @param forPotential shape functions of the density that gives the potential
+  /// @param used         1 for each element that will be asked for: the others get no points and no
+  ///   charges; empty for all. Referred to
   /// @param settings     `order` and `minRelDist` are read, `maxLevel` is not
   /// @throws utility::RuntimeError "0-th order not allowed", "Quadrature order <order> is above
   ///   100", and what the tables of cells throw for too large ones
   NearFieldQuadrature(const grid::SurfaceElements& elements,
                       const fe::ShapeFunList<2, 3>& forGradient,
                       const fe::ShapeFunList<2, 3>& forPotential,
-                      const EvalQuadratureSettings& settings);
+                      const EvalQuadratureSettings& settings,
+                      std::span<const std::uint8_t> used = {});
 
   /// Distance in element sizes below which a target is near.
   [[nodiscard]] double minRelDist() const noexcept { return minRelDist_; }
@@ -86,6 +89,7 @@ class NearFieldQuadrature {
 
   const grid::SurfaceElements* elements_;
   double minRelDist_;
+  std::span<const std::uint8_t> used_;
   quad::SurfaceRuleSet rules_;
   u64 gradientOrder_;   ///< polynomial order of the density that gives the gradient
   u64 potentialOrder_;  ///< the same for the potential

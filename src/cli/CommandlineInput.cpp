@@ -53,6 +53,7 @@ std::string readText(const std::string& path) {
     file.read(block.data(), block.size());
     text.append(block.data(), static_cast<std::size_t>(file.gcount()));
   }
+  if (file.bad()) throw std::runtime_error("Expecting a file at: " + path);
   if (text.size() > kMaxSize)
     throw std::runtime_error("The options in '" + path + "' are longer than 1 MiB");
   return text;

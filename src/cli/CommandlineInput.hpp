@@ -35,7 +35,7 @@ class CommandlineInput {
  public:
   /// @param description text for the usage page
   /// @throws std::runtime_error "Expecting a file at: <path>" for a response file that can't be
-  ///         opened, "The options in '<path>' are longer than 1 MiB"
+  ///         read, "The options in '<path>' are longer than 1 MiB"
   CommandlineInput(int argc, char** argv, std::string description);
   CommandlineInput(const CommandlineInput&) = delete;
   CommandlineInput& operator=(const CommandlineInput&) = delete;

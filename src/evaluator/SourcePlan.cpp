@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <utility>
 
 #include "thread/ParallelFor.hpp"
 
@@ -67,7 +68,10 @@ class Planner {
       : tree_(tree),
         reach_(reach),
         numBoxes_(tree.tree().boxes.size()),
-        rootReach_(kHomeReach * 0.5 * std::sqrt(3.0) * tree.boundingBox().size()) {}
+        reachOfLevel_(tree.tree().numLevels) {
+    double limit = kHomeReach * 0.5 * std::sqrt(3.0) * tree.boundingBox().size();
+    for (double& ofLevel : reachOfLevel_) ofLevel = std::exchange(limit, 0.5 * limit);
+  }
 
   void findHomes(SourcePlan& plan) {
     const std::span<const BoxIndex> leaves = tree_.tree().nonHaloLeafPositions();
@@ -118,6 +122,20 @@ class Planner {
     }
   }
 
+  void markElements(SourcePlan& plan) const {
+    plan.meetsTargets.assign(tree_.numSources(), 0);
+    const auto mark = [&plan](const ObjectRange& elements) {
+      std::fill_n(plan.meetsTargets.begin() + static_cast<std::ptrdiff_t>(elements.first),
+                  elements.count, std::uint8_t{1});
+    };
+    std::vector<std::uint8_t> marked(numBoxes_, 0);
+    for (const auto& box : tree_.tree().boxes)
+      for (const BoxIndex source : box.positions(ListKind::U))
+        if (std::exchange(marked[source], std::uint8_t{1}) == 0)
+          mark(tree_.tree().sourceRanges()[source]);
+    for (const ObjectRange& run : plan.direct.runs) mark(run);
+  }
+
  private:
   /// An element that doesn't fit its leaf.
   struct Displaced {
@@ -145,8 +163,7 @@ class Planner {
     const auto& links = tree_.tree().links();
     if (links.level[leaf] < kFirstFarLevel) return leaf;
     for (BoxIndex box = leaf; links.level[box] >= kFirstFarLevel; box = links.parent[box]) {
-      const double limit = std::ldexp(rootReach_, -static_cast<int>(links.level[box]));
-      if (reach_.farthest(element, centreOf(box)) <= limit) return box;
+      if (reach_.farthest(element, centreOf(box)) <= reachOfLevel_[links.level[box]]) return box;
     }
     return kNoBox;
   }
@@ -230,7 +247,7 @@ class Planner {
   const tree::FmmTree& tree_;
   const ElementReach& reach_;
   u64 numBoxes_;
-  double rootReach_;
+  std::vector<double> reachOfLevel_;  ///< how far an element may reach from the centre of its box
   /// For each box the elements below it whose home is above it; empty if all elements fit.
   std::vector<std::vector<ObjectRange>> displaced_;
 };
@@ -242,6 +259,7 @@ SourcePlan::SourcePlan(const tree::FmmTree& tree, const ElementReach& reach) {
   planner.findHomes(*this);
   planner.keepUsed(*this);
   planner.shareLists(*this);
+  planner.markElements(*this);
 }
 
 }  // namespace velmo::evaluator

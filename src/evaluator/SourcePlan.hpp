@@ -48,6 +48,8 @@ struct SourcePlan {
   std::vector<BoxElements> moments;   ///< P2M, by box: a leaf or a home of large elements, if used
   std::vector<BoxElements> received;  ///< P2L, by receiving box
   ElementRuns direct;  ///< elements that are integrated directly for all targets in and below a box
+  /// For each element: 1 if it is integrated for some target, through a list U or directly.
+  std::vector<std::uint8_t> meetsTargets;
   /// For each box: 1 if its multipole isn't zero and a list of the box, or of an ancestor, uses it.
   std::vector<std::uint8_t> hasMoments;
 };

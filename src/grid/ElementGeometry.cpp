@@ -5,6 +5,7 @@
 #include <cassert>
 #include <cmath>
 #include <stdexcept>
+#include <type_traits>
 
 #include "grid/ElementTypes.hpp"
 #include "quad/SurfaceRuleSet.hpp"
@@ -24,6 +25,23 @@ void forEachBatch(geom::ReferencePoints points, const Work& work) {
   }
 }
 
+/// Sums over the nodes at `kCount` points; few enough that all sums stay in registers.
+template <u64 kCount>
+void sumBlock(std::span<const double> nodes, const double* values, u64 stride, double* x, double* y,
+              double* z) noexcept {
+  std::array<double, kCount> sumX{};
+  std::array<double, kCount> sumY{};
+  std::array<double, kCount> sumZ{};
+  for (u64 k = 0; k < nodes.size(); k += 3, values += stride) {
+    for (u64 q = 0; q < kCount; ++q) sumX[q] += values[q] * nodes[k];
+    for (u64 q = 0; q < kCount; ++q) sumY[q] += values[q] * nodes[k + 1];
+    for (u64 q = 0; q < kCount; ++q) sumZ[q] += values[q] * nodes[k + 2];
+  }
+  std::copy_n(sumX.data(), kCount, x);
+  std::copy_n(sumY.data(), kCount, y);
+  std::copy_n(sumZ.data(), kCount, z);
+}
+
 }  // namespace
 
 const sfun::NodalBasis& geometricBasis(u64 code) {
@@ -34,31 +52,29 @@ const sfun::NodalBasis& geometricBasis(u64 code) {
   return sfun::lagrangeBasis(referenceTypeOf(code), orderOf(code));
 }
 
+void nodalRows(std::span<const double> nodes, const double* values, u64 numPoints, double* x,
+               double* y, double* z) noexcept {
+  u64 first = 0;
+  const auto sum = [&]<u64 kCount>(std::integral_constant<u64, kCount> /*count*/) {
+    for (; first + kCount <= numPoints; first += kCount)
+      sumBlock<kCount>(nodes, values + first, numPoints, x + first, y + first, z + first);
+  };
+  sum(std::integral_constant<u64, 8>());
+  sum(std::integral_constant<u64, 4>());
+  sum(std::integral_constant<u64, 1>());
+}
+
 void nodalSum(std::span<const double> nodes, const double* values, u64 numPoints,
               double* out) noexcept {
-  // One row per component keeps the loop over points contiguous in all its operands.
   std::array<double, kBatch> x;
   std::array<double, kBatch> y;
   std::array<double, kBatch> z;
-  const u64 numNodes = nodes.size() / 3;
-  for (u64 first = 0; first < numPoints; first += kBatch) {
-    const u64 count = std::min(kBatch, numPoints - first);
-    std::fill_n(x.begin(), count, 0.0);
-    std::fill_n(y.begin(), count, 0.0);
-    std::fill_n(z.begin(), count, 0.0);
-    for (u64 k = 0; k < numNodes; ++k) {
-      const double* const column = values + k * numPoints + first;
-      for (u64 q = 0; q < count; ++q) {
-        x[q] += column[q] * nodes[3 * k];
-        y[q] += column[q] * nodes[3 * k + 1];
-        z[q] += column[q] * nodes[3 * k + 2];
-      }
-    }
-    for (u64 q = 0; q < count; ++q) {
-      out[3 * (first + q)] = x[q];
-      out[3 * (first + q) + 1] = y[q];
-      out[3 * (first + q) + 2] = z[q];
-    }
+  assert(numPoints <= kBatch);
+  nodalRows(nodes, values, numPoints, x.data(), y.data(), z.data());
+  for (u64 q = 0; q < numPoints; ++q) {
+    out[3 * q] = x[q];
+    out[3 * q + 1] = y[q];
+    out[3 * q + 2] = z[q];
   }
 }
 

@@ -19,13 +19,19 @@ namespace velmo::grid {
 /// The most nodes that a surface element has: a quadrilateral of order 3.
 inline constexpr u64 kMaxSurfaceNodes = 16;
 
-/// out(q) = sum over k of values(q, k) nodes(k), the map of an element or one of its derivatives.
+/// out(q) = sum over k of values(q, k) nodes(k), the map of an element or one of its derivatives,
+/// component by component.
 ///
-/// Called once per element and batch of points, so it needs no workspace and doesn't allocate.
+/// Called once per element, so it doesn't allocate.
 ///
-/// @param nodes  node coordinates, shape (numNodes, 3), row-major
-/// @param values basis values, shape (numPoints, numNodes), column-major
-/// @param out    shape (numPoints, 3), row-major
+/// @param nodes   node coordinates, shape (numNodes, 3), row-major
+/// @param values  basis values, shape (numPoints, numNodes), column-major
+/// @param x, y, z components of the sums, shape (numPoints)
+void nodalRows(std::span<const double> nodes, const double* values, u64 numPoints, double* x,
+               double* y, double* z) noexcept;
+
+/// The same with the components of each point side by side: `out` has the shape (numPoints, 3),
+/// row-major. @pre numPoints <= 32
 void nodalSum(std::span<const double> nodes, const double* values, u64 numPoints,
               double* out) noexcept;
 

@@ -78,6 +78,8 @@ void LineScanner::readLine_() {
     stream_.clear();
     buffer_.resize(std::min(2 * buffer_.size(), kMaxLine + 1));
   }
+  // What came before a failing read may be half a number; nobody looks at the badbit.
+  if (stream_.bad()) stream_.setstate(std::ios_base::failbit);
   stream_.exceptions(mask);
   // The count includes the line end, which the end of the file may stand for.
   line_ = {buffer_.data(), stream_.eof() ? count : count - 1};

@@ -138,17 +138,7 @@ std::vector<topo::ReferenceType> SurfaceElements::codeShapes() const {
 
 void SurfaceElements::positionsFromValues(u64 e, std::span<const double> values, double* x,
                                           double* y, double* z) const noexcept {
-  const std::span<const double> x_k = nodes(e);
-  const u64 numPoints = values.size() / numNodes(e);
-  for (double* const row : {x, y, z}) std::fill_n(row, numPoints, 0.0);
-  for (u64 k = 0; k < numNodes(e); ++k) {
-    const double* const basis = values.data() + k * numPoints;
-    for (u64 q = 0; q < numPoints; ++q) {
-      x[q] += basis[q] * x_k[3 * k];
-      y[q] += basis[q] * x_k[3 * k + 1];
-      z[q] += basis[q] * x_k[3 * k + 2];
-    }
-  }
+  nodalRows(nodes(e), values.data(), values.size() / numNodes(e), x, y, z);
 }
 
 SurfaceElements surfaceElements(const GridData& grid, std::span<const std::uint32_t> order) {

@@ -68,37 +68,15 @@ TEST(Driver, EndsBeforeItsFirstLineWhenAParameterIsMissing) {
     std::string err;
   };
   const std::vector<Case> cases{
-      {{"--points=p.xyz"}, "[CLI] (EE) Failed to find --input | -i\n"},
       {{"-x"},
        "[CLI] (EE) Failed to find --input | -i\n[CLI] (EE) Failed to find --points | -p\n"
        "[CLI] (WW) Did not make use of: -x\n"},
-      {{"--input", "s", "-p", "p.xyz"}, "[CLI] (EE) Parameter '--input' has no value\n"},
       {{"@no-such-file"}, "(EE) [RANK 0]: Expecting a file at: no-such-file\n"}};
   for (const Case& c : cases) {
     const ProgramResult result = run(c.arguments);
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.out, "");
     EXPECT_EQ(result.err, c.err);
-  }
-}
-
-TEST(Driver, ReportsStagesAndThreadsUntilTheSolutionFails) {
-  const TemporaryFolder folder;
-  folder.write("p.xyz", "2\n0 0 0\n1 0 0\n");
-  folder.write("empty.xyz", "0\n");
-  folder.write("run.inp", "# a run\ninput none.vtkhdf\np p.xyz # points\n");
-  for (const std::vector<std::string>& arguments :
-       {std::vector<std::string>{"-i", "none.vtkhdf", "-p", "p.xyz"},
-        {"--input=none.vtkhdf", "--points=empty.xyz"},
-        {"@run.inp"}}) {
-    const ProgramResult result = run(arguments, folder.path());
-    EXPECT_EQ(result.status, 1);
-    // The file library's own lines stand before ours.
-    EXPECT_TRUE(result.err.ends_with("(EE) [RANK 0]: Cannot open file 'none.vtkhdf'\n"))
-        << result.err;
-    EXPECT_TRUE(result.out.starts_with(inputHead + "# Input:  ")) << result.out;
-    EXPECT_NE(result.out.find(" threads per rank\n# Using 1 MPI ranks\n" + doubleRule),
-              std::string::npos);
   }
 }
 

@@ -2,13 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <map>
-#include <set>
-#include <string>
 #include <vector>
 
 #include "accuracy/Evaluation.hpp"
-#include "accuracy/Problems.hpp"
 #include "samples/Bodies.hpp"
 #include "samples/ClosedForm.hpp"
 
@@ -88,37 +84,6 @@ TEST(Evaluation, ConvergesToTheChargedSphereAsTheMeshIsRefined) {
     EXPECT_GT(slope, c.slope) << about;
     EXPECT_GT(fieldSlope, c.slope - 0.1) << about;
   }
-}
-
-TEST(Evaluation, GainsWithTheDegreeOfTheExpansions) {
-  // Small problems of the collection, among them flat, curved and clustered ones.
-  const std::set<std::string> names{"triangles, density of order 2", "curved quadrilaterals, shell",
-                                    "plate of quadrilaterals", "box, uniform tree",
-                                    "big and small sphere"};
-  u64 numTested = 0;
-  for (const velmo::accuracy::NamedProblem& named : velmo::accuracy::problems()) {
-    if (!names.contains(named.name)) continue;
-    SCOPED_TRACE(named.name);
-    ++numTested;
-    const Problem problem = named.make();
-    Method method{.tree = named.tree, .fmm = {.leafQuadratureOrder = 15}, .quad = {}};
-    method.quad.order = 8;
-    const Values expected = evaluate(problem, velmo::accuracy::allNear(method));
-    std::map<u64, Errors> errors;
-    for (const u64 degree : {3, 5, 8, 12}) {
-      method.fmm.degree = degree;
-      errors[degree] = velmo::accuracy::errors(evaluate(problem, method), expected);
-    }
-
-    // The far field takes part, and each degree gains a factor of at least 1.7.
-    EXPECT_GT(errors[3].potential, 1e-4);
-    EXPECT_LT(errors[5].potential, 5e-4);
-    EXPECT_LT(errors[8].potential, 3e-5);
-    EXPECT_LT(errors[8].field, 4e-4);
-    EXPECT_LT(errors[12].potential, std::min(2e-6, errors[3].potential / 118.0));
-    EXPECT_LT(errors[12].field, std::min(4e-5, errors[3].field / 118.0));
-  }
-  EXPECT_EQ(numTested, names.size());
 }
 
 }  // namespace

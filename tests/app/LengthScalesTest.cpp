@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <numbers>
 #include <string>
 
 #include "app/ProcessPost.hpp"
@@ -63,26 +62,6 @@ TEST_F(LengthScales, GiveTheSameBitsForAllDegreesUpTo80) {
       EXPECT_EQ(table.values.field, expected.values.field) << degree << " " << power;
       sample_ = original;
     }
-  }
-}
-
-TEST_F(LengthScales, OfAFarPointSpoilNoRow) {
-  const Table expected = evaluate();
-  request_.settings.fmm.degree = 80;
-  for (const double distance : {1e5, 1e70}) {
-    SCOPED_TRACE(distance);
-    sample_.points.insert(sample_.points.end(), {distance, 0.0, 0.0});
-
-    Values values = evaluate().values;
-
-    const double charge = sample_.density.totalCharge();
-    EXPECT_NEAR(values.potential.back() * 4.0 * std::numbers::pi * distance / charge, 1.0, 1e-4);
-    values.potential.pop_back();
-    values.field.resize(3 * values.potential.size());
-    const Errors e = velmo::accuracy::errors(values, expected.values);
-    EXPECT_LT(e.potential, 1e-3);
-    EXPECT_LT(e.field, 1e-2);
-    sample_.points.resize(sample_.points.size() - 3);
   }
 }
 

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <cstdlib>
 #include <iostream>
@@ -63,22 +62,10 @@ void operator delete(void* memory, std::size_t, std::align_val_t) noexcept { std
 namespace orvanta {
 namespace {
 
-/// Keeps what is written without taking memory.
-class FixedText : public std::streambuf {
- public:
-  FixedText() { clear(); }
-  void clear() { setp(text_.data(), text_.data() + text_.size()); }
-  [[nodiscard]] std::string text() const { return {pbase(), pptr()}; }
-
- private:
-  std::array<char, 1 << 16> text_{};
-};
-
 /// How a run ended.
 struct Ending {
   bool threw = false;
   int status = -1;
-  std::string report;
 };
 
 class OutOfMemory : public ::testing::Test {
@@ -93,8 +80,8 @@ class OutOfMemory : public ::testing::Test {
     const std::string base = request.out.string();
     words_ = {"orvanta.post", "--input=" + base + ".vtkhdf", "--points=" + base + ".xyz",
               "--settings=" + base + ".yaml", "--output=" + base};
-    cout_ = std::cout.rdbuf(&text_);
-    cerr_ = std::cerr.rdbuf(&errors_);
+    cout_ = std::cout.rdbuf(nullptr);
+    cerr_ = std::cerr.rdbuf(nullptr);
   }
   ~OutOfMemory() override {
     std::cout.rdbuf(cout_);
@@ -109,8 +96,6 @@ class OutOfMemory : public ::testing::Test {
     velmo::thread::setNumThreads(3);
     (void)velmo::thread::pool();
     fs::remove(folder_.path() / "s.csv");
-    text_.clear();
-    errors_.clear();
     Ending ending;
     numAllocations = 0;
     failsForEver = forEver;
@@ -126,14 +111,11 @@ class OutOfMemory : public ::testing::Test {
     velmo::io::out.clear();
     std::cout.clear();
     std::cerr.clear();
-    ending.report = text_.text();
     return ending;
   }
 
   TemporaryFolder folder_;
   std::vector<std::string> words_;
-  FixedText text_;
-  FixedText errors_;
   std::streambuf* cout_ = nullptr;
   std::streambuf* cerr_ = nullptr;
 };
@@ -147,7 +129,6 @@ TEST_F(OutOfMemory, EndsInAnExceptionOrInTheWholeResult) {
   ASSERT_EQ(whole.status, 0);
   ASSERT_LE(std::abs(count - before), count / 10);
   const std::string table = readFile(folder_.path() / "s.csv");
-  const auto numLines = std::ranges::count(whole.report, '\n');
   const auto numRuns = static_cast<std::int64_t>(velmo::test::numMutations(400));
   const std::int64_t stride = std::max<std::int64_t>(1, count / numRuns);
   std::int64_t numThrown = 0;
@@ -160,12 +141,9 @@ TEST_F(OutOfMemory, EndsInAnExceptionOrInTheWholeResult) {
       if (ending.threw) continue;
       EXPECT_EQ(ending.status, 0);
       EXPECT_EQ(readFile(folder_.path() / "s.csv"), table);
-      EXPECT_EQ(std::ranges::count(ending.report, '\n'), numLines) << ending.report;
     }
 
   EXPECT_GT(numThrown, numRuns / 2);
-  RecordProperty("allocations", static_cast<int>(count));
-  RecordProperty("exceptions", static_cast<int>(numThrown));
 }
 
 }  // namespace

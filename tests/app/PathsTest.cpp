@@ -111,17 +111,6 @@ TEST_F(Paths, MayHoldAllButBlanks) {
   }
 }
 
-TEST_F(Paths, EndAtTheirFirstBlankButForQuotedSettings) {
-  fs::copy_file(path("s.yaml"), path("a \"b\" \\c.yaml"));
-  fs::copy_file(path("s.yaml"), path("b\tc.yaml"));
-  const std::string quoted = R"(--settings="a \"b\" \\c.yaml")";
-  expectTableAt("o.csv", {"--input=s.vtkhdf x", "--points=s.xyz\nx", "--output=o x", quoted});
-  expectTableAt("s.csv", {"-i", " s.vtkhdf", "-p", "\ts.xyz", "-s", "\"b\tc.yaml\""});
-  expectRefusal("(E) YAML file 'a' not found\n",
-                {"--input=s.vtkhdf", "--points=s.xyz", "--settings=a \"b\" \\c.yaml"});
-  expectRefusal("Cannot open file ''\n", {"--input= ", "--points=s.xyz", "--settings=s.yaml"});
-}
-
 TEST_F(Paths, EndTheRunWellWhereTheTableCannotBeWritten) {
   fs::create_symlink("/dev/full", path("full.csv"));
   fs::create_symlink("loop.csv", path("loop.csv"));

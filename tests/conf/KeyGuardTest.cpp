@@ -100,17 +100,5 @@ TEST(KeyGuardDeathTest, TellsParserFailuresApart) {
               "\n\\(EE\\) when trying to read \"solver\"\n$");
 }
 
-TEST(KeyGuardDeathTest, LosesNothingThatWasPrintedBefore) {
-  const auto printAndFail = [] {
-    dup2(STDERR_FILENO, STDOUT_FILENO);
-    std::setvbuf(stdout, nullptr, _IOFBF, 1U << 16U);
-    std::printf("first ");
-    std::cout << "second";
-    guardKey("k", [] { throw 1; });
-  };
-  EXPECT_EXIT(printAndFail(), ::testing::KilledBySignal(SIGABRT),
-              "^first second\n\\(EE\\) Unknown exception\n\\(EE\\) when trying to read \"k\"\n$");
-}
-
 }  // namespace
 }  // namespace velmo::conf

@@ -67,19 +67,5 @@ TEST_F(LoadYamlFile, TellsWhichFileIsBad) {
   EXPECT_THROW(static_cast<void>(loadYamlFile(syntax)), YAML::ParserException);
 }
 
-TEST_F(LoadYamlFile, SurvivesTextsMadeToOverwhelmIt) {
-  std::string bomb = "a0: &a0 [x, x]\n";
-  for (int i = 1; i < 60; ++i) bomb += io::format("a{0}: &a{0} [*a{1}, *a{1}]\n", i, i - 1);
-  EXPECT_EQ(loadYamlFile(write("bomb.yaml", bomb + "b: 1\n"))["b"].as<int>(), 1);
-
-  for (const std::string token : {"[", "{a: ", "- ", "? ", "[{a: "}) {
-    std::string nested;
-    for (int i = 0; i < 100000; ++i) nested += token;
-    EXPECT_THROW(static_cast<void>(loadYamlFile(write("nested.yaml", nested))),
-                 YAML::ParserException)
-        << token;
-  }
-}
-
 }  // namespace
 }  // namespace velmo::conf

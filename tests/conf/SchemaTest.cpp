@@ -3,74 +3,13 @@
 #include <gtest/gtest.h>
 #include <yaml-cpp/yaml.h>
 
-#include <array>
-#include <functional>
-#include <set>
 #include <sstream>
-#include <stdexcept>
 #include <string>
-#include <vector>
 
 #include "conf/ESProblemYaml.hpp"
-#include "conf/SchemaWriter.hpp"
 
 namespace velmo::conf {
 namespace {
-
-std::string written(const SchemaWriter::Members& write) {
-  std::ostringstream stream;
-  SchemaWriter writer(stream);
-  write(writer);
-  return stream.str();
-}
-
-const SchemaItem kItem{.key = "k", .title = "T"};
-
-TEST(SchemaWriter, WritesEachKindOfItem) {
-  const std::array<std::string_view, 2> choices{"A", "B"};
-  struct {
-    SchemaWriter::Members write;
-    std::string text;
-  } const cases[] = {
-      {[](auto& w) {
-         w.integer({.key = "k", .title = "T", .description = R"(a "b" \)"}, -1);
-         w.number({.key = "l", .title = "U"});
-       },
-       "\"k\" : {\n  \"type\" : \"integer\",\n  \"default\" : -1,\n  \"title\" : \"T\",\n"
-       "  \"description\" : \"a \\\"b\\\" \\\\\"\n},\n"
-       "\"l\" : {\n  \"type\" : \"number\",\n  \"title\" : \"U\"\n}"},
-      {[](auto& w) { w.number(kItem, 1e-20); },
-       "\"k\" : {\n  \"type\" : \"number\",\n  \"default\" : 1e-20,\n  \"title\" : \"T\"\n}"},
-      {[](auto& w) { w.boolean(kItem, true); },
-       "\"k\" : {\n  \"type\" : \"boolean\",\n  \"default\" : true,\n"
-       "  \"format\" : \"checkbox\",\n  \"title\" : \"T\"\n}"},
-      {[](auto& w) { w.constString(kItem, "v"); },
-       "\"k\" : {\n  \"type\" : \"string\",\n  \"const\" : \"v\",\n  \"title\" : \"T\"\n}"},
-      {[&](auto& w) { w.enumeration(kItem, choices, "B"); },
-       "\"k\" : { \n  \"type\" : \"string\",\n  \"enum\" : [\n    \"A\",\n    \"B\"\n  ],\n"
-       "  \"title\" : \"T\",\n  \"default\" : \"B\"\n}"},
-      {[&](auto& w) { w.array(kItem, 3, false, [&](auto& items) { items.oneOf(choices); }); },
-       "\"k\" : {\n  \"type\" : \"array\",\n  \"title\" : \"T\",\n  \"items\" : {\n"
-       "    \"oneOf\"  : [\n      { \"$ref\" : \"#/$defs/A\"  }, \n"
-       "      { \"$ref\" : \"#/$defs/B\"  }\n    ]\n  },\n"
-       "  \"minItems\" : 3,\n  \"uniqueItems\" : false\n}"}};
-  for (const auto& [write, text] : cases) EXPECT_EQ(written(write), text);
-}
-
-TEST(SchemaWriter, RefusesAConstantWithoutValueAndAnUnknownSolver) {
-  const auto message = [](const std::function<void()>& action) -> std::string {
-    try {
-      action();
-    } catch (const std::runtime_error& failure) {
-      return failure.what();
-    }
-    return "no failure";
-  };
-  EXPECT_EQ(message([] { written([](auto& w) { w.constString(kItem, {}); }); }),
-            "Cannot set const value without default");
-  EXPECT_EQ(message([] { static_cast<void>(toText(static_cast<SolverType>(7))); }),
-            "Cannot identify solver type");
-}
 
 /// Each key of an encoded block stands in its schema, with the same value as default.
 void expectDescribed(const YAML::Node& block, const YAML::Node& schema) {

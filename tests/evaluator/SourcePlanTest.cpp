@@ -3,12 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
 #include <vector>
 
 #include "accuracy/LargeElements.hpp"
-#include "grid/ElementGeometry.hpp"
 #include "grid/GridData.hpp"
 #include "support/TextMutation.hpp"
 
@@ -69,64 +66,6 @@ TEST(SourcePlan, LetsEveryElementMeetEveryTargetOnce) {
       }
   }
   EXPECT_GT(numDirect, 10000U);
-}
-
-TEST(SourcePlan, IsThatOfTheListsAloneOnOrdinaryMeshes) {
-  for (const accuracy::NamedProblem& named : accuracy::problems()) {
-    SCOPED_TRACE(named.name);
-    const World world(named.make(), named.tree);
-    const auto& tree = world.tree.tree();
-    u64 numLeaves = 0;
-    u64 numReceived = 0;
-    std::vector<bool> asked(tree.boxes.size());  // by a list of the box or of one above it
-    for (const auto& box : tree.boxes) {
-      for (const ListKind kind : {ListKind::V, ListKind::W})
-        for (const BoxIndex source : box.positions(kind)) asked[source] = true;
-      numReceived += box.positions(ListKind::X).size();
-    }
-    for (BoxIndex box = 1; box < tree.boxes.size(); ++box) {
-      if (asked[tree.links().parent[box]]) asked[box] = true;
-      numLeaves += tree.boxes[box].isLeaf() && tree.boxes[box].hasSources() && asked[box] ? 1 : 0;
-    }
-    EXPECT_TRUE(world.plan.direct.runs.empty());
-    EXPECT_EQ(world.plan.moments.size(), numLeaves);
-    EXPECT_EQ(world.plan.received.size(), numReceived);
-  }
-}
-
-TEST(ElementReach, BoundsTheDistancesOfCurvedElements) {
-  u64 numCurved = 0;
-  for (u64 seed = 0; seed < 40; ++seed) {
-    const World world(accuracy::randomOddMesh(seed).problem, {.leafSize = 1000000});
-    for (u64 e = 0; e < world.elements.numElements(); ++e) {
-      const double point[3] = {0.1 * static_cast<double>(e % 7), -0.2, 0.3};
-      double nearest = std::numeric_limits<double>::infinity();
-      double farthest = 0.0;
-      const bool isTriangle = world.elements.shapes[e] == topo::ReferenceType::Triangle;
-      std::vector<double> basis(world.elements.numNodes(e));
-      for (double x = 0.0; x <= 1.0; x += 0.125)
-        for (double y = 0.0; y <= (isTriangle ? x : 1.0); y += 0.125) {
-          const double xi[2] = {x, y};
-          double position[3];
-          grid::geometricBasis(world.elements.types[e]).eval({xi, 2}, basis.data());
-          world.elements.positionsFromValues(e, basis, position, position + 1, position + 2);
-          const double d =
-              std::hypot(position[0] - point[0], position[1] - point[1], position[2] - point[2]);
-          nearest = std::min(nearest, d);
-          farthest = std::max(farthest, d);
-        }
-      const double slack = 1e-12 * farthest;
-      EXPECT_LE(world.reach.nearest(e, point), nearest + slack);
-      EXPECT_GE(world.reach.farthest(e, point), farthest - slack);
-      // The vertices of a flat element are among the points.
-      if (world.elements.numNodes(e) <= 4) {
-        EXPECT_NEAR(world.reach.farthest(e, point), farthest, slack);
-      } else {
-        ++numCurved;
-      }
-    }
-  }
-  EXPECT_GT(numCurved, 500U);
 }
 
 /// The errors against the run with one leaf for all are what the degree may leave.

@@ -97,59 +97,8 @@ TEST_P(EverySurfaceType, AreaOfASphereConvergesWithItsOrder) {
       << coarse << " " << fine;
 }
 
-TEST_P(EverySurfaceType, TablesOfAllElementsAgreeWithTheElementsAlone) {
-  const GridData data = test::sphere(GetParam(), 3);
-  const topo::Grid<2> topology = surfaceTopology(data);
-  const Geometry::Grid geometry = surfaceGeometry(data);
-  const std::vector<double> points = innerPoints();
-  std::vector<double> values(points.size() / 2 * numNodesOf(GetParam()));
-  geometricBasis(GetParam()).eval({points.data(), points.size()}, values.data());
-  const u64 numPoints = points.size() / 2;
-  std::vector<double> fromTable(3 * numPoints);
-  std::vector<double> alone(fromTable.size());
-
-  const SurfaceElements elements = surfaceElements(data);
-
-  ASSERT_EQ(elements.numElements(), data.numElements);
-  for (u64 e = 0; e < elements.numElements(); e += 7) {
-    const ElementGeometry element = geometry.element(topology.elementVertices(e), e);
-    EXPECT_NEAR(elements.areas[e], element.area(), 8 * kEps * element.area());
-    EXPECT_EQ(elements.sizes[e], std::sqrt(2.0 * elements.areas[e]));
-    const std::array<double, 3> barycenter = topo::barycenter(element.shape());
-    Point centre{};
-    element.positions({barycenter.data(), 2}, centre.data());
-    elements.positionsFromValues(e, values, &fromTable[0], &fromTable[numPoints],
-                                 &fromTable[2 * numPoints]);
-    element.positions({points.data(), points.size()}, alone.data());
-    for (u64 axis = 0; axis < 3; ++axis) EXPECT_EQ(elements.centre(e)[axis], centre[axis]);
-    for (u64 i = 0; i < alone.size(); ++i)
-      EXPECT_EQ(fromTable[i % 3 * numPoints + i / 3], alone[i]);
-  }
-}
-
 INSTANTIATE_TEST_SUITE_P(Codes, EverySurfaceType,
                          ::testing::Values(203, 206, 210, 304, 308, 309, 316));
-
-/// The size of an element follows from the four-point rule even where nine points would be better.
-TEST(ElementGeometry, AreaOfAQuadrilateralIsThatOfTheFourPointRule) {
-  const ElementGeometry element = singleElement(304, [](double x, double y) -> Point {
-    return {x, y, 4.0 * x * y};
-  });
-  const auto gauss = [](const std::vector<double>& points, const std::vector<double>& weights) {
-    double sum = 0.0;
-    for (u64 i = 0; i < points.size(); ++i)
-      for (u64 j = 0; j < points.size(); ++j)
-        sum += weights[i] * weights[j] * std::hypot(1.0, 4.0 * points[i], 4.0 * points[j]);
-    return sum;
-  };
-  const double root = 0.5 / std::sqrt(3.0);
-  const double wide = 0.5 * std::sqrt(0.6);
-  const double four = gauss({0.5 - root, 0.5 + root}, {0.5, 0.5});
-  const double nine = gauss({0.5 - wide, 0.5, 0.5 + wide}, {5. / 18, 8. / 18, 5. / 18});
-
-  EXPECT_NEAR(element.area(), four, 16 * kEps);
-  EXPECT_GT(std::abs(four - nine), 1e-3);
-}
 
 }  // namespace
 }  // namespace velmo::grid

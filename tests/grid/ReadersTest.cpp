@@ -3,7 +3,9 @@
 #include <ios>
 #include <sstream>
 #include <stdexcept>
+#include <streambuf>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "grid/PointReaders.hpp"
@@ -50,6 +52,34 @@ TEST(XyzReader, EndsInTheStreamsOwnFailure) {
         "1\n1 + 2 3\n", " # no comment\n0\n", "18446744073709551615\n1 2 3\n", "-1\n1 2 3\n",
         "18446744073709551616\n1 2 3\n"})
     EXPECT_THROW((void)xyz(text), std::ios_base::failure) << text;
+}
+
+/// Gives some characters, then fails as a file does on a disk that breaks.
+class BreakingText : public std::streambuf {
+ public:
+  explicit BreakingText(std::string text) : text_(std::move(text)) {
+    setg(text_.data(), text_.data(), text_.data() + text_.size());
+  }
+
+ private:
+  int_type underflow() override { throw std::ios_base::failure("broken"); }
+
+  std::string text_;
+};
+
+TEST(XyzReader, TakesNoNumberThatAFailingReadCutsShort) {
+  const std::string text = "2\n1 2 3\n-4 50 0.125\n";
+  for (std::size_t size = 0; size <= text.size(); ++size) {
+    BreakingText buffer(text.substr(0, size));
+    std::istream stream(&buffer);
+    std::vector<double> coordinates;
+    if (size == text.size()) {
+      readXyz(stream, coordinates);
+      EXPECT_EQ(coordinates, (std::vector<double>{1, 2, 3, -4, 50, 0.125}));
+    } else {
+      EXPECT_THROW(readXyz(stream, coordinates), std::ios_base::failure) << size;
+    }
+  }
 }
 
 const std::string kMesh =

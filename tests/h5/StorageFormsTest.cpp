@@ -177,32 +177,6 @@ TEST_F(VirtualDatasets, GiveTheEntriesOfTheirSourcesWhateverTheirSize) {
   EXPECT_EQ(read("ranks/link.h5", "nested"), expected);
 }
 
-TEST_F(VirtualDatasets, MayGrowWithTheirSources) {
-  const hsize_t zero = 0, one = 1, five = 5, ten = 10, endless = H5S_UNLIMITED;
-  for (const char* file : {"block0.h5", "block1.h5"}) create(file, "list%", five);
-  create("block0.h5", "long", ten, chunked(five, false), ten);
-  const File home = open("top.h5");
-  const auto readMapped = [&](const char* name, const Dataspace& target, const char* file,
-                              const char* source, const Dataspace& selection) {
-    PropertyList form = plain();
-    H5Pset_virtual(form.get(), target.get(), file, source, selection.get());
-    const DatasetHandle dataset(H5Dcreate2(home.get(), name, H5T_NATIVE_DOUBLE, target.get(),
-                                           H5P_DEFAULT, form.get(), H5P_DEFAULT));
-    return Dataset(home.get(), name).read<double>();
-  };
-  const Dataspace target(H5Screate_simple(1, &ten, &endless));
-  const Dataspace source(H5Screate_simple(1, &ten, &endless));
-
-  H5Sselect_hyperslab(target.get(), H5S_SELECT_SET, &zero, &five, &endless, &five);
-  std::vector<double> twice = ramp(five);
-  twice.insert(twice.end(), {1000, 1001, 1002, 1003, 1004});
-  EXPECT_EQ(readMapped("blocks", target, "block%b.h5", "list%%", slice(5, 0, 5)), twice);
-
-  H5Sselect_hyperslab(target.get(), H5S_SELECT_SET, &zero, nullptr, &one, &endless);
-  H5Sselect_hyperslab(source.get(), H5S_SELECT_SET, &zero, nullptr, &one, &endless);
-  EXPECT_EQ(readMapped("endless", target, "block0.h5", "long", source), ramp(ten));
-}
-
 TEST_F(VirtualDatasets, RefuseSourcesThatLackEntries) {
   create("full.h5", "list", 10);
   create("bare.h5", "list", 10, plain(), 0);
@@ -240,41 +214,6 @@ TEST_F(VirtualDatasets, RefuseToLeadInACircle) {
     join("a.h5", std::to_string(i).c_str(), {{".", std::to_string(i - 1).c_str(), 10}});
   EXPECT_EQ(read("a.h5", "8"), ramp(10));
   expectRefusal("a.h5", "9", "'/9' leads through more than 8 virtual datasets");
-}
-
-TEST_F(StorageForms, OfASolutionHoldItsValuesButNeedNotHoldZeros) {
-  // One piece without ghosts.
-  samples::SolutionFile file = test::smallSolution();
-  file.ints("NumberOfConnectivityIds") = {3};
-  file.ints("NumberOfPoints") = {3};
-  file.ints("NumberOfCells") = {1};
-  file.doubles("Points").resize(9);
-  file.ints("Types").resize(1);
-  file.ints("Connectivity").resize(3);
-  file.ints("Offsets").resize(2);
-  file.ints("PointData/vtkGlobalIds").resize(3);
-  file.ints("CellData/vtkGlobalIds") = file.ints("GlobalDofIds") = {0};
-  file.ints("NumberOfDofIds") = {1};
-  file.doubles("charges").resize(1);
-  const auto leaveUnwritten = [](samples::Part& part, u64 size) {
-    std::visit([](auto& values) { values.clear(); }, part.values);
-    part.unwritten = size;
-  };
-  leaveUnwritten(file["PointData/vtkGhostType"], 3);
-  leaveUnwritten(file["CellData/vtkGhostType"], 1);
-  leaveUnwritten(file["GhostDofs"], 1);
-  file.write(path("good.h5"));
-  EXPECT_EQ(readSolution(0, path("good.h5")).charges, (std::vector<double>{-2.5}));
-
-  for (const auto& [name, size] : {std::pair("Points", 9), std::pair("charges", 1)}) {
-    samples::SolutionFile faulty = file;
-    leaveUnwritten(faulty[name], static_cast<u64>(size));
-    const std::string where = faulty[name].path;
-    faulty.write(path("bad.h5"));
-    expectThrow<utility::RuntimeError>(
-        [&] { (void)readSolution(0, path("bad.h5")); },
-        "'" + where + "' has entries that were never written; write the file anew");
-  }
 }
 
 }  // namespace

@@ -77,16 +77,5 @@ TEST(ScaledIntegratedLegendreP, IsTheHomogeneousFormWithoutADivision) {
   }
 }
 
-TEST(IntegratedLegendrePolynomials, RefuseOrdersBelowTwo) {
-  for (const u64 n : {u64{0}, u64{1}}) {
-    test::expectThrow<utility::RuntimeError>(
-        [n] { (void)IntegratedLegendreP{}(n, 0.5); },
-        "velmo::math::IntegratedLegendreP::operator():Not be used for order < 2!");
-    test::expectThrow<utility::RuntimeError>(
-        [n] { (void)ScaledIntegratedLegendreP{}(n, 0.5, 1.0); },
-        "velmo::math::ScaledIntegratedLegendreP::operator():Not be used for order < 2!");
-  }
-}
-
 }  // namespace
 }  // namespace velmo::math

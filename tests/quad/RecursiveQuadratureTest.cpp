@@ -74,21 +74,6 @@ TEST(RecursiveQuadrature, TilesTheElementWithoutOverlap) {
   }
 }
 
-/// A target at the image of the barycentre stays at the centre of the inverted child of every
-/// level.
-TEST(RecursiveQuadrature, RefinesOnlyTheInnermostChildForACentredTarget) {
-  const MappedElement element = flatElement(ReferenceType::Triangle);
-  // The three outer children of each level have their centres 2/3 of a vertex distance away.
-  RecursiveQuadrature rule(1, 0.4, 5);
-
-  rule.initialize({2.0 / 3.0, 1.0 / 3.0, 0.0}, element);
-
-  EXPECT_EQ(rule.cells().size(), 4U + 4U * 3U);
-  std::array<int, 6> cellsOfLevel{};
-  for (const CellCode code : rule.cells()) ++cellsOfLevel[cellLevel(code)];
-  EXPECT_EQ(cellsOfLevel, (std::array<int, 6>{0, 3, 3, 3, 3, 4}));
-}
-
 /// int over the unit square of 1/|x - y| for x above its centre, from the closed form of a
 /// rectangle.
 TEST(RecursiveQuadrature, ConvergesToAnAlmostSingularIntegral) {
@@ -114,14 +99,6 @@ TEST(RecursiveQuadrature, ConvergesToAnAlmostSingularIntegral) {
     previous = error;
   }
   EXPECT_LT(previous, 1e-8);
-}
-
-TEST(RecursiveQuadrature, LeavesAnElementWithoutExtentWhole) {
-  const MappedElement place{ReferenceType::Triangle, 0.0,
-                            [](geom::ReferencePoints, double* x) { std::fill_n(x, 3, 2.0); }};
-  RecursiveQuadrature rule(5, 1.0, 5);
-  rule.initialize({2.0, 2.0, 2.0}, place);
-  EXPECT_EQ(rule.numPoints(), 7U);
 }
 
 TEST(RecursiveQuadrature, RefusesOrderZero) {

@@ -78,23 +78,6 @@ TEST(SurfaceRuleSet, ChoosesTheFamilyByShape) {
   EXPECT_EQ(area.weights[4], 0.0);
 }
 
-TEST(SurfaceRuleSet, LeavesOutPointsWithoutWeight) {
-  for (u64 order = 1; order <= kMaxSettingsOrder; ++order) {
-    const SurfaceRuleSet rules(order);
-    for (const auto& [shape, family, area] :
-         {std::tuple(topo::ReferenceType::Triangle, &rules.triangle, 0.5),
-          std::tuple(topo::ReferenceType::Quadrilateral, &rules.quadrilateral, 1.0)}) {
-      const auto used = rules.rule(shape);
-      const auto whole = rule(*family, order);
-      const std::span weights(used.weights, used.numPoints);
-      EXPECT_EQ(used.points, whole.points);
-      EXPECT_EQ(std::ranges::count(weights, 0.0), 0) << order;
-      EXPECT_EQ(sum(weights), sum({whole.weights, whole.numPoints})) << order;
-      EXPECT_NEAR(sum(weights), area, 1e-13) << order;
-    }
-  }
-}
-
 TEST(RuleFamily, RefusesWhatItCannotAnswer) {
   const auto table = [](std::vector<detail_::TriangleRecord> records) {
     return detail_::triangleFamilyOf(records);

@@ -3,27 +3,19 @@
 #include <array>
 #include <cmath>
 #include <functional>
-#include <limits>
 #include <memory>
-#include <numbers>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "io/Exception.hpp"
+#include "io/Types.hpp"
 #include "samples/ClosedForm.hpp"
 #include "samples/ConductingEllipsoid.hpp"
 #include "samples/DiscPair.hpp"
-#include "samples/MakeSample.hpp"
 #include "samples/SphereGap.hpp"
-#include "support/ExpectThrow.hpp"
 
 namespace velmo::samples {
 
 namespace {
-
-constexpr Real eps = std::numeric_limits<Real>::epsilon();
-constexpr Real pi = std::numbers::pi_v<Real>;
 
 void expectNear(Real value, Real expected, Real tolerance) {
   EXPECT_LE(std::abs(value - expected), tolerance) << value << " for " << expected;
@@ -81,49 +73,6 @@ INSTANTIATE_TEST_SUITE_P(
         Form{"SphereGap", std::make_shared<SphereGap>(std::array<double, 2>{1.0, 0.6}, 0.5, 1.0)},
         Form{"DiscPair", std::make_shared<DiscPair>(1.0, 0.5, 1.0)}),
     [](const auto& form) { return form.param.name; });
-
-TEST(SphereGap, HasItsVoltagesOnBothSurfaces) {
-  for (const auto& [lower, gap] : {std::pair{1.0, 0.5}, {0.6, 0.5}, {0.25, 0.05}, {1.0, 0.01}}) {
-    const SphereGap pair({1.0, lower}, gap, 2.0, {0.0, 3.0, 0.0});
-    for (const Real theta : {0.0L, 0.3L, 1.2L, 2.0L, pi}) {
-      const RealVec3 direction{std::sin(theta), 0.0L, std::cos(theta)};
-      const RealVec3 top{0.0L, 3.0L, 0.5L * gap + 1.0L};
-      const RealVec3 bottom{0.0L, 3.0L, -0.5L * gap - lower};
-      const RealVec3 above = top + 1.000000000000001L * direction;
-      const RealVec3 below = bottom + (lower * 1.000000000000001L) * direction;
-      // A shift of 1e-15 in a field of 2 V / gap.
-      expectNear(pair.at(above).potential, 2.0L, 1e-14L / gap);
-      expectNear(pair.at(below).potential, -2.0L, 1e-14L / gap);
-      EXPECT_EQ(pair.at(top + 0.5L * direction).potential, 2.0L);
-    }
-  }
-  test::expectThrow<utility::RuntimeError>(
-      [] {
-        (void)SphereGap({1.0, 1.0}, 0.0, 1.0);
-      },
-      "The gap between two spheres must be positive");
-}
-
-TEST(DiscPair, HasTheClosedFormOnItsAxis) {
-  const DiscPair pair(0.5, 0.4, 3.0, {0.0, 0.0, 1.0});
-  const auto disc = [](Real z) { return 1.5L * (std::sqrt(0.25L + z * z) - std::abs(z)); };
-  const auto slope = [](Real z) {
-    return 1.5L * (z / std::sqrt(0.25L + z * z) - std::copysign(1.0L, z));
-  };
-  for (const Real z : {-4.0L, -0.3L, -0.19L, 0.0L, 0.1L, 0.25L, 2.0L}) {
-    const PointValue value = pair.at({0.0L, 0.0L, 1.0L + z});
-    const Real up = z - Real{0.4} / 2.0L;
-    const Real down = z + Real{0.4} / 2.0L;
-    expectNear(value.potential, disc(up) - disc(down), 64 * eps);
-    expectNear(value.gradient[2], slope(up) - slope(down), 64 * eps);
-    EXPECT_EQ(value.gradient[0], 0.0L);
-  }
-  test::expectThrow<utility::RuntimeError>(
-      [&] {
-        (void)pair.at({0.5L, 0.0L, 1.0L + Real{0.4} / 2.0L});
-      },
-      "The field of a disc is infinite on its rim");
-}
 
 }  // namespace
 

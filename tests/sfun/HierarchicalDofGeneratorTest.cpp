@@ -51,43 +51,6 @@ TEST(HierarchicalDofGenerator, ReproducesAllPolynomialsUpToItsOrderAndNoFurther)
   }
 }
 
-TEST(HierarchicalDofGeneratorStorage, MakesEveryKeyOnce) {
-  using Storage = HierarchicalDofGeneratorStorage<2>;
-  test::expectThrow<RuntimeError>([] { (void)Storage::getInstance(11, false, false); },
-                                  "HierarchicalDofGenerator::getInstance::Data not found!");
-  std::array<const HierarchicalDofGeneratorData*, 4> seen{};
-  std::vector<std::thread> threads;
-  threads.reserve(seen.size());
-  for (auto& place : seen)
-    threads.emplace_back([&place] { place = &Storage::getInstance(11, false); });
-  for (auto& thread : threads) thread.join();
-
-  for (const auto* data : seen) EXPECT_EQ(data, seen[0]);
-  EXPECT_EQ(seen[0]->means.size(), 78U);
-  EXPECT_NE(&Storage::getInstance(2, true), &Storage::getInstance(2, false));
-  test::expectThrow<RuntimeError>([] { Storage::insert(11, false); },
-                                  "sfun::HierarchicalDofGeneratorStorage::insert:Unable to insert "
-                                  "data for key (11, 0)");
-}
-
-TEST(InterpolationBlockMatrix, SolvesBlockAfterBlock) {
-  InterpolationBlockMatrix matrix;
-  const std::array<double, 4> first{2.0, 1.0, 0.0, 4.0};  // [[2, 0], [1, 4]]
-  const std::array<double, 1> second{5.0};
-  matrix.insert(1, {second.data(), 1, 1});
-  matrix.finish();  // of what is there by now
-  matrix.insert(0, {first.data(), 2, 2});
-  matrix.finish();
-  const std::array<double, 3> rhs{6.0, 11.0, 10.0};
-  std::array<double, 3> sol{};
-
-  matrix.solve(rhs, sol);
-
-  EXPECT_DOUBLE_EQ(sol[0], 3.0);
-  EXPECT_DOUBLE_EQ(sol[1], 2.0);
-  EXPECT_DOUBLE_EQ(sol[2], 2.0);
-}
-
 TEST(InterpolationBlockMatrix, RefusesMisuse) {
   const std::array<double, 2> block{1.0, 2.0};
   std::array<double, 1> one{};

@@ -1,7 +1,6 @@
 #include "thread/UsableProcessors.hpp"
 
 #include <gtest/gtest.h>
-#include <sched.h>
 
 #include <algorithm>
 #include <string>
@@ -12,32 +11,6 @@
 
 namespace velmo::thread {
 namespace {
-
-/// Lets the process run on the first `count` of the processors that it has.
-class OnProcessors {
- public:
-  explicit OnProcessors(int count) {
-    sched_getaffinity(0, sizeof before_, &before_);
-    cpu_set_t some;
-    CPU_ZERO(&some);
-    for (int i = 0; i < CPU_SETSIZE && CPU_COUNT(&some) < count; ++i)
-      if (CPU_ISSET(i, &before_)) CPU_SET(i, &some);
-    sched_setaffinity(0, sizeof some, &some);
-  }
-  OnProcessors(const OnProcessors&) = delete;
-  OnProcessors& operator=(const OnProcessors&) = delete;
-  ~OnProcessors() { sched_setaffinity(0, sizeof before_, &before_); }
-
- private:
-  cpu_set_t before_{};
-};
-
-TEST(UsableProcessors, AreThoseOfTheAffinityMask) {
-  const u64 all = usableProcessors("/no such root");
-  const OnProcessors one(1);
-  EXPECT_EQ(usableProcessors("/no such root"), 1);
-  EXPECT_GE(all, 1);
-}
 
 TEST(UsableProcessors, AreNoMoreThanTheControlGroupsGrant) {
   const u64 all = usableProcessors("/no such root");

@@ -1,17 +1,30 @@
-#include "topo/Grid.hpp"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
+#include <random>
 #include <set>
+#include <unordered_map>
 #include <utility>
 
 #include "io/Exception.hpp"
 #include "support/ExpectThrow.hpp"
+#include "topo/Containers.hpp"
+#include "topo/Grid.hpp"
+#include "topo/IdMap.hpp"
 
 namespace velmo::topo {
 namespace {
+
+TEST(Containers, RefuseTheNinthEntry) {
+  TinyVector<u64, 8> values{0, 1, 2, 3, 4, 5, 6, 7};
+  test::expectThrow<std::runtime_error>([&] { values.push_back(8); },
+                                        "TinyVector::CAPACITY exceeded");
+  test::expectThrow<std::runtime_error>([] { (void)TinyVector<u64, 8>(std::vector<u64>(9)); },
+                                        "TinyVector::CAPACITY exceeded");
+  test::expectThrow<std::out_of_range>([] { Bitset<8>().set(8); }, "Bitset::set");
+  test::expectThrow<std::out_of_range>([] { (void)Bitset<8>().test(8); }, "Bitset::test");
+}
 
 using utility::RuntimeError;
 
@@ -95,24 +108,6 @@ TEST(SurfaceGrid, SatisfiesEulersFormulaAndFindsEveryEdgeFromBothSides) {
   }
 }
 
-TEST(SurfaceGrid, FindsEntitiesByTheirVerticesInAnyOrder) {
-  const Grid<2> grid = mixedTorus(5, 4, 100, 2);
-  for (const Entity& element : entitiesOf<0>(grid)) {
-    EntityNodes ids = element.nodes();
-    std::ranges::sort(ids);
-    do {
-      ASSERT_EQ(grid.find(ids, true), element.index());
-    } while (std::ranges::next_permutation(ids).found);
-  }
-  for (const Entity& edge : entitiesOf<1>(grid)) {
-    const std::vector<u64> reversed{edge.nodes()[1], edge.nodes()[0]};
-    EXPECT_EQ(grid.find(edge.nodes(), true), edge.index());
-    EXPECT_EQ(grid.find(reversed, true), edge.index());
-  }
-  for (const Entity& vertex : entitiesOf<2>(grid))
-    EXPECT_EQ(grid.index(Entity(vertex.nodes())), vertex.index());
-}
-
 TEST(SurfaceGrid, SaysWhichSubEntityIsMissing) {
   const Grid<2> grid = twoTriangles();
   const std::vector<u64> none{40, 20, 10};
@@ -121,17 +116,6 @@ TEST(SurfaceGrid, SaysWhichSubEntityIsMissing) {
   test::expectThrow<RuntimeError>([&] { (void)grid.find(none, true); },
                                   "Failing (I) to find subEntity ={ 40 20 10}");
 
-  // Two ids with the same hash, so that the edges {0, hashed} and {0, twin} meet in the table.
-  const u64 hashed = 16506424181608406U;
-  const u64 twin = 5705371797237758335U;
-  const Grid<2> colliding = makeGrid({{0, hashed, 1}});
-  EXPECT_EQ(colliding.find(std::vector{u64{0}, hashed}, true), 0U);
-  EXPECT_EQ(colliding.find(std::vector{u64{0}, twin}, false), kNone);
-  test::expectThrow<RuntimeError>(
-      [&] {
-        (void)colliding.find(std::vector{u64{0}, twin}, true);
-      },
-      "Failing (II) to find subEntity ={ 0 5705371797237758335}");
   test::expectThrow<std::runtime_error>([&] { (void)grid.find(std::vector<u64>(9), false); },
                                         "TinyVector::CAPACITY exceeded");
 }

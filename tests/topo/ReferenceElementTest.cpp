@@ -15,28 +15,6 @@ using enum ReferenceType;
 
 constexpr double kEps = std::numeric_limits<double>::epsilon();
 
-class EveryShape : public ::testing::TestWithParam<ReferenceType> {};
-
-TEST_P(EveryShape, SatisfiesEulersFormula) {
-  const u64 dim = dimension(GetParam());
-  int alternating = 0;
-  for (u64 codim = 0; codim <= dim; ++codim) {
-    const int sign = (dim - codim) % 2 == 0 ? 1 : -1;
-    alternating += sign * static_cast<int>(numSubEntities(GetParam(), codim));
-  }
-
-  EXPECT_EQ(alternating, 1);
-  EXPECT_EQ(numSubEntities(GetParam(), dim), numVertices(GetParam()));
-  EXPECT_EQ(vertices(GetParam()).size(), dim * numVertices(GetParam()));
-  EXPECT_EQ(subEntityType(GetParam(), 0), GetParam());
-  EXPECT_EQ(subEntityType(GetParam(), dim), Point);
-  EXPECT_EQ(subEntityType(GetParam(), dim + 1), None);
-}
-
-INSTANTIATE_TEST_SUITE_P(Shapes, EveryShape,
-                         ::testing::Values(Point, Line, Triangle, Quadrilateral, Tetrahedron,
-                                           Hexahedron, Prism, Pyramid));
-
 /// All lattice points (i, j) / order of the shape must occur, each once.
 TEST(ReferenceElement, NodePointsAreTheLatticeOfTheirOrder) {
   for (const ReferenceType type : {Triangle, Quadrilateral}) {

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numeric>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -89,7 +87,7 @@ TEST(BoundingBox, RefusesWhatIsNoBox) {
 
 TEST(PointIdentifiers, SortLikeAStableSort) {
   std::mt19937_64 random(3);
-  for (const u64 n : {0, 1, 2, 255, 4000}) {
+  for (const u64 n : {0, 1, 255, 100000}) {
     for (const u64 numPlaces : {u64{1}, u64{40}, ~u64{0}}) {
       Ids ids;
       for (u64 i = 0; i < n; ++i) ids.emplace_back(1ULL << 63 | random() % numPlaces);
@@ -178,37 +176,6 @@ TEST(CreateFromBlocks, RefusesBlocksThatDontFit) {
       "their Morton coordinate");
   expectThrow<LogicError>(apply(orthants({Morton(8), Morton(9 * 8)}, 1), points),
                           "CreateFromBlocks::completeTree_: no particle found for orthant 9");
-  try {
-    apply(orthants({Morton(8)}), points)();
-    ADD_FAILURE() << "blocks without points were taken";
-  } catch (const LogicError& error) {
-    EXPECT_EQ(std::string(error.what())
-                  .find("velmo::tree::CreateFromBlocks: Error - block-pointers empty!\n"),
-              0u);
-    EXPECT_NE(std::string(error.what()).find("    8, num. objects=0, first object=0\n"),
-              std::string::npos);
-  }
-}
-
-TEST(LocallyEssentialTree, MergesListsAndAttachesHalos) {
-  const auto node = [](unsigned id, unsigned first, u64 count) {
-    return Orthant<3>(Morton(id), Morton(first), count);
-  };
-  const std::vector<std::vector<Orthant<3>>> lists{{node(1, 7, 3), node(9, 7, 3)},
-                                                   {node(1, 4, 2), node(8, 4, 2)}};
-  auto merged = fmm::mergeOrthants(lists);
-  ASSERT_EQ(merged.size(), 3u);
-  EXPECT_EQ(merged[0].numObjects, 5u);
-  EXPECT_EQ(merged[0].firstObject, Morton(4));
-  EXPECT_EQ(merged[1].id, Morton(8));
-
-  merged[1].flags.set(kHaloBit);
-  fmm::attachHalos(merged);
-  EXPECT_EQ(merged[0].children.bits(), 1);
-  expectThrow<RuntimeError>([&] { fmm::attachHalos(merged); }, "Child already exists!");
-  merged.erase(merged.begin());
-  expectThrow<RuntimeError>([&] { fmm::attachHalos(merged); },
-                            "LookUp: Failed to find object with id 1");
 }
 
 }  // namespace

@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "bits/MortonGrid.hpp"
-#include "support/ExpectThrow.hpp"
 #include "tree/Clouds.hpp"
 #include "tree/FmmTree.hpp"
 
@@ -130,16 +129,6 @@ TEST(InteractionLists, MeetEveryPairOnceForFewObjectsOrNone) {
     EXPECT_EQ(result.missing + result.repeated, 0u) << "of " << result.pairs;
     EXPECT_EQ(tree.tree().boxes.empty(), numTargets + numSources == 0);
   }
-}
-
-TEST(InteractionLists, RefuseToReadAnEmptyListThatSomebodyFilled) {
-  const fmm::Box<3> box;
-  EXPECT_TRUE(box.listV().empty());
-
-  fmm::EmptyList.push_back(Morton::root());
-  velmo::test::expectThrow<utility::RuntimeError>([&] { static_cast<void>(box.listV()); },
-                                                  "EmptyList has been resized!!!");
-  fmm::EmptyList.clear();
 }
 
 }  // namespace

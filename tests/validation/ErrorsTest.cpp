@@ -61,14 +61,6 @@ TEST(RunResult, IsReadFromWholeTablesAndFinishedReportsOnly) {
     test::expectThrow<utility::RuntimeError>([&] { (void)readTable(path); },
                                              "Line 3 of '" + path + "' is not seven numbers");
   }
-
-  const std::string stages = "# Preparation:   0.034s\n# FMM setup:  0.070s\n# FMM apply: 1.2s\n";
-  const std::string log = folder.write("t.log", stages);
-  test::expectThrow<utility::RuntimeError>([&] { (void)readReport(log); },
-                                           "No normal termination in '" + log + "'");
-  const Times times = readReport(folder.write("t.log", stages + "# Total runtime:    1.345s\n"));
-  EXPECT_EQ(times.apply, 1.2);
-  EXPECT_EQ(times.total, 1.345);
 }
 
 }  // namespace
