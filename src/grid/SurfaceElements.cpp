@@ -31,8 +31,8 @@ double affineAreaElement(std::span<const double> nodes) noexcept {
   return element;
 }
 
-/// What the elements of one type share: their geometric basis at the barycentre and its gradients
-/// at the points of the area rule.
+/// Data that the elements of one type share: their geometric basis at the barycentre and its
+/// gradients at the points of the area rule.
 class TypeTable {
  public:
   explicit TypeTable(u64 code)
@@ -96,7 +96,7 @@ class TypeTables {
   std::map<u64, TypeTable> tables_;
 };
 
-/// Elements that one task works on.
+/// Number of elements per task.
 constexpr u64 kPiece = 2048;
 
 /// Types of the elements in their new order.

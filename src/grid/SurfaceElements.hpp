@@ -15,7 +15,7 @@ namespace velmo::grid {
 /// element is the same everywhere, and kernels take its map from two differences of vertices.
 inline constexpr u64 kAffineType = 203;
 
-/// What depends on a surface element alone, for all elements of a grid in a few long arrays, in
+/// Data that depend only on a surface element, for all elements of a grid in a few long arrays, in
 /// the order of the elements. Built once by `surfaceElements`, then read by any number of threads.
 ///
 /// Lengths are in the unit of the grid. All arrays but the last have one entry per
@@ -58,9 +58,10 @@ struct SurfaceElements {
                            double* z) const noexcept;
 };
 
-/// Collects all elements of a surface, in time linear in their number, by all threads. Areas are
+/// Collects all elements of a surface, in time linear in their number, on all threads. Areas are
 /// sum over q of w_q |a x b| with the tangents a, b at the points of the area rule of order 5, as
-/// `ElementGeometry::area` gives them for one element: tests hold this fast form against that one.
+/// `ElementGeometry::area` computes them for one element; tests compare this fast form with that
+/// one.
 /// @param grid  of triangles and quadrilaterals, its node ids ascending
 /// @param order element k of the result is element order[k] of the grid; empty for their own order
 /// @throws utility::RuntimeError "surfaceElements: the lists don't fit together",
