@@ -2,7 +2,6 @@
 
 #include <bit>
 #include <cmath>
-#include <cstdint>
 #include <filesystem>
 #include <limits>
 #include <random>
@@ -15,9 +14,7 @@
 #include "app/RunInputs.hpp"
 #include "grid/GridData.hpp"
 #include "io/Channels.hpp"
-#include "io/Exception.hpp"
 #include "io/Format.hpp"
-#include "support/ExpectThrow.hpp"
 #include "support/RunProgram.hpp"
 #include "support/TemporaryFolder.hpp"
 
@@ -65,17 +62,6 @@ std::string plainRows(const std::vector<double>& values) {
   for (u64 i = 0; i < values.size(); ++i)
     text += velmo::io::format("{:> .{}E}", values[i], 17) + (i % 7 == 6 ? "\n" : ",");
   return text;
-}
-
-TEST(ResultTable, PrintsNumbersToTheLetter) {
-  const TemporaryFolder folder;
-  const Table table({1.0, -2.5e-3, 0.0, -0.0, 1e100, -Limits::denorm_min(), Limits::max()});
-
-  EXPECT_EQ(table.written(folder.path() / "a.b"),
-            head +
-                " 1.00000000000000000E+00,-2.50000000000000005E-03, 0.00000000000000000E+00,"
-                "-0.00000000000000000E+00, 1.00000000000000002E+100,-4.94065645841246544E-324,"
-                " 1.79769313486231571E+308\n");
 }
 
 TEST(ResultTable, AgreesWithThePlainFormatForAllKindsOfNumbers) {

@@ -15,7 +15,6 @@
 #include "conf/LoadYamlFile.hpp"
 #include "conf/SampleSettings.hpp"
 #include "conf/Schema.hpp"
-#include "io/Format.hpp"
 #include "support/TemporaryFolder.hpp"
 
 namespace velmo::conf {
@@ -80,7 +79,6 @@ ESProblem decodeText(const std::string& text) {
   return decodeESProblem(root["esProblem"]);
 }
 
-std::string encodedText(const ESProblem& problem) { return YAML::Dump(encodeESProblem(problem)); }
 
 using Vector = std::array<double, 3>;
 
@@ -146,18 +144,11 @@ TEST(ESProblemYaml, ReadsEachKindOfPlacement) {
   EXPECT_EQ(std::tie(affine.b, affine.comment), std::tuple(Vector{1, 2, 3}, "skew"));
 }
 
-TEST(ESProblemYaml, ReadsBackWhatItWrites) {
-  const YAML::Node encoded = encodeESProblem(decodeText(sampleSettings()));
-  const std::string text = YAML::Dump(encoded);
-
-  EXPECT_EQ(encodedText(decodeESProblem(encoded)), text);
-  EXPECT_EQ(encodedText(decodeESProblem(YAML::Load(text))), text);
-}
-
 TEST(ESProblemYaml, WritesKeysInTheirOrderAndVectorsInOneLine) {
   const YAML::Node encoded = encodeESProblem(decodeText(sampleSettings()));
   const YAML::Node placements = encoded["domain"]["placements"];
 
+  EXPECT_EQ(YAML::Dump(encodeESProblem(decodeESProblem(encoded))), YAML::Dump(encoded));
   EXPECT_EQ(YAML::Dump(placements[1]),
             "type: translation\npartIDs:\n  - 7\n  - 8\nposition: 1\ntimeId: 3\n"
             "shifts: [0.10000000000000001, 0.20000000000000001, 0.29999999999999999]");

@@ -2,16 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
 
-#include "io/Exception.hpp"
 #include "sfun/SamplePoints.hpp"
-#include "support/ExpectThrow.hpp"
 
 namespace velmo::sfun {
 namespace {
-
-using utility::RuntimeError;
 
 /// Largest error of the projection of x^a y^b onto order p.
 template <int D>

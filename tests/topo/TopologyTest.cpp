@@ -4,31 +4,17 @@
 #include <array>
 #include <cmath>
 #include <limits>
-#include <random>
 #include <set>
-#include <unordered_map>
 #include <utility>
 
 #include "io/Exception.hpp"
 #include "support/ExpectThrow.hpp"
-#include "topo/Containers.hpp"
 #include "topo/Entity.hpp"
 #include "topo/Grid.hpp"
-#include "topo/IdMap.hpp"
 #include "topo/ReferenceElement.hpp"
 
 namespace velmo::topo {
 namespace {
-
-TEST(Containers, RefuseTheNinthEntry) {
-  TinyVector<u64, 8> values{0, 1, 2, 3, 4, 5, 6, 7};
-  test::expectThrow<std::runtime_error>([&] { values.push_back(8); },
-                                        "TinyVector::CAPACITY exceeded");
-  test::expectThrow<std::runtime_error>([] { (void)TinyVector<u64, 8>(std::vector<u64>(9)); },
-                                        "TinyVector::CAPACITY exceeded");
-  test::expectThrow<std::out_of_range>([] { Bitset<8>().set(8); }, "Bitset::set");
-  test::expectThrow<std::out_of_range>([] { (void)Bitset<8>().test(8); }, "Bitset::test");
-}
 
 using utility::RuntimeError;
 
