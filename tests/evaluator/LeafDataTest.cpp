@@ -42,9 +42,11 @@ TEST(LeafData, RangesCoverEveryElementAndItsDofsOnce) {
   }
 
   EXPECT_EQ(element, 90U);
+  const tree::FmmTree corners(grid::GridData(), trianglesAt({0, 0, 0, 1, 1, 1}), {1, 0, true}, 0,
+                              0);
   test::expectThrow<std::runtime_error>(
-      [] { (void)LeafElements(tree::FmmTree::Tree()).of(bits::Morton(9)); },
-      "LeafElements box 9 not found: ");
+      [&] { (void)LeafElements(corners.tree()).of(bits::Morton(14)); },
+      "LeafElements box 14 not found: 8 15");
 }
 
 }  // namespace
