@@ -16,13 +16,13 @@ namespace {
 
 constexpr std::size_t kHugePage = std::size_t{2} << 20;
 /// Blocks from this size on are mapped separately, and returned to the system when they are freed.
-constexpr std::size_t kLongArray = std::size_t{1} << 20;
+constexpr std::size_t kLongArray = std::size_t{2} << 20;
 
 void* allocateLong(std::size_t size) noexcept {
   // Setting the threshold keeps it fixed; otherwise the library would raise it with each freed
   // block.
   static const bool ready = mallopt(M_MMAP_THRESHOLD, static_cast<int>(kLongArray)) != 0 &&
-                            mallopt(M_TRIM_THRESHOLD, static_cast<int>(32 * kLongArray)) != 0;
+                            mallopt(M_TRIM_THRESHOLD, static_cast<int>(16 * kLongArray)) != 0;
   void* const place = std::aligned_alloc(kHugePage, (size + kHugePage - 1) / kHugePage * kHugePage);
   // Advice: a system without huge pages ignores it.
   if (ready && place != nullptr) (void)madvise(place, size, MADV_HUGEPAGE);

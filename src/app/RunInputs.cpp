@@ -4,6 +4,7 @@
 #include <yaml-cpp/yaml.h>
 
 #include <algorithm>
+#include <exception>
 #include <fstream>
 #include <ostream>
 #include <sstream>
@@ -101,6 +102,18 @@ conf::ESProblem readProblem(const fs::path& settings) {
   return problem;
 }
 
+/// The number of threads that the settings ask for, as far as it can be known before they are read:
+/// they are read after the points, whose errors are reported first, but the points are read by
+/// threads.
+u64 threadsAskedFor(const fs::path& settings) noexcept {
+  try {
+    if (!fs::is_regular_file(settings)) return 0;
+    return conf::loadYamlFile(settings)[kProblemKey]["numThreads"].as<u64>(0);
+  } catch (const std::exception&) {
+    return 0;  // reported by readProblem()
+  }
+}
+
 // Through YAML and back, so that settings from the program are checked like those from a file.
 conf::ESProblem normalised(const conf::ESProblem& problem) {
   YAML::Node root;
@@ -173,6 +186,8 @@ std::optional<RunInputs> readRunInputs(const std::string& points, const fs::path
       io::warn << "Input file " << pointsPath << " does not exist" << std::endl;
     return std::nullopt;
   }
+  const u64 numThreads = threadsAskedFor(settings);
+  if (numThreads > 0 && numThreads <= kMaxThreads) velmo::thread::setNumThreads(numThreads);
   RunInputs inputs;
   inputs.pointCloud = readPointCloud(pointsPath);
   inputs.numPoints = inputs.pointCloud.numNodes;

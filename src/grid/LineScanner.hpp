@@ -10,6 +10,20 @@
 
 namespace velmo::grid {
 
+/// White space of the classic locale.
+[[nodiscard]] inline bool isBlank(char c) noexcept { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+/// Whether a line that begins with `c` is a comment or empty.
+[[nodiscard]] inline bool beginsComment(char c) noexcept {
+  return c == '#' || c == '\n' || c == '\r';
+}
+
+/// Converts a number of the usual form at the start of the text: digits with an optional sign,
+/// point and exponent, in range, up to white space or the end. Defined for double and u64.
+/// @return behind the number; null for any other text
+template <class T>
+[[nodiscard]] const char* takeUsualNumber(const char* first, const char* last, T& value);
+
 /// Skips whole lines while the next one is empty or begins with "#" (or a carriage return). A line
 /// with blanks before the "#" or a line of blanks is not skipped.
 ///

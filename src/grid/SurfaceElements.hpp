@@ -18,7 +18,7 @@ inline constexpr u64 kAffineType = 203;
 /// Data that depend only on a surface element, for all elements of a grid in a few long arrays, in
 /// the order of the elements. Built once by `surfaceElements`, then read by any number of threads.
 ///
-/// Lengths and areas are in the unit of the grid. All arrays but the last have one entry per
+/// Lengths are in the unit of the grid. All arrays but the last have one entry per
 /// element, `nodeOffsets` one more, and in `coordinates` element e has the rows nodeOffsets[e] to
 /// nodeOffsets[e + 1] - 1.
 struct SurfaceElements {
@@ -26,8 +26,7 @@ struct SurfaceElements {
   std::vector<topo::ReferenceType> shapes;  ///< triangle or quadrilateral
   std::vector<u64> nodeOffsets{0};          ///< first node of each element and the end
   io::UnfilledVector<double> coordinates;   ///< nodes of all elements, vertices first, shape (n, 3)
-  io::UnfilledVector<double> areas;         ///< by the fixed rule of order 5 for areas
-  io::UnfilledVector<double> sizes;         ///< h = sqrt(2 A)
+  io::UnfilledVector<double> sizes;         ///< h = sqrt(2 A), A by the rule of order 5 for areas
   io::UnfilledVector<double> centres;       ///< images of the reference barycentres, shape (n, 3)
 
   /// The codes that occur in `types`, ascending; one entry per code.
