@@ -37,7 +37,8 @@ namespace {
 
 constexpr const char* kProblemKey = "esProblem";
 
-/// Far above any machine's processors; a typing error must not start as many threads as it names.
+/// Far more than any machine's processors, so that a typing error doesn't start millions of
+/// threads.
 constexpr u64 kMaxThreads = 1024;
 
 /// Whether the line of the count is a point: "1 2 3", or "1.5 2 3", of which the count is the 1.
@@ -49,8 +50,8 @@ bool looksLikePoint(const std::string& behindCount) {
   return static_cast<bool>(words >> y >> z);
 }
 
-/// Points that are lost because the count is missing or too small are right by the format, but
-/// hardly meant. Batch jobs see no warning: their standard error stays as it is.
+/// If the count is missing or too small, points are lost; the file is valid, but this is hardly
+/// intended. Batch jobs get no warning, so that their standard error doesn't change.
 void warnOfLostPoints(const fs::path& path, const grid::XyzRest& rest, u64 numPoints) {
   if (isatty(STDERR_FILENO) == 0) return;
   if (looksLikePoint(rest.behindCount))
@@ -66,7 +67,7 @@ void warnOfLostPoints(const fs::path& path, const grid::XyzRest& rest, u64 numPo
 }
 
 grid::GridData readPointCloud(const fs::path& path) {
-  // A file that can't be opened isn't told apart here: the readers make the stream throw.
+  // A file that can't be opened needs no check here, because the readers make the stream throw.
   std::ifstream file(path);
   const io::Progress progress("Reading points");
   if (path.extension() == ".mesh") {
@@ -103,7 +104,7 @@ conf::ESProblem readProblem(const fs::path& settings) {
 
 /// The number of threads that the settings ask for, as far as it can be told before they are read:
 /// they come behind the points, whose faults are reported first, but the points are read by
-/// threads.
+/// threads. A pipe can be read only once.
 u64 threadsAskedFor(const fs::path& settings) noexcept {
   try {
     if (!fs::is_regular_file(settings)) return 0;
@@ -113,7 +114,7 @@ u64 threadsAskedFor(const fs::path& settings) noexcept {
   }
 }
 
-// Through YAML and back, so that settings filled by hand pass the checks of those from a file.
+// Through YAML and back, so that settings from the program are checked like those from a file.
 conf::ESProblem normalised(const conf::ESProblem& problem) {
   YAML::Node root;
   root[kProblemKey] = conf::encodeESProblem(problem);

@@ -26,7 +26,7 @@ struct Header {
   u64 numIncidences;
 };
 
-/// The words between the blanks of a line.
+/// The words of a line, separated by blanks.
 std::vector<std::string> splitAtBlanks(const std::string& line) {
   std::vector<std::string> words;
   std::size_t first = line.find_first_not_of(' ');

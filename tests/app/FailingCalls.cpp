@@ -7,91 +7,82 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 
-/// A library to preload: the n-th of the calls below goes wrong. The environment tells n (FAIL_AT),
-/// whether all later ones but those of printing do so, too (FAIL_EVER), the error number or 0 for
-/// half the bytes (FAIL_WITH), and where to note the calls, one name a line, those that went wrong
-/// with an exclamation mark (FAIL_NOTES).
+/// A library to preload: the call number n of those below goes wrong. FAILING_CALL holds n, the
+/// error number, 0 for half the bytes, and 1 if all later calls but those that print go wrong, too.
+/// The file "notes" gets the names of the calls, those that go wrong with a mark.
 namespace {
-
-long variable(const char* name) {
-  const char* const value = std::getenv(name);
-  return value == nullptr ? -1 : std::strtol(value, nullptr, 10);
-}
 
 template <class Function>
 Function* next(const char* name) {
   return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
-/// Notes a call, and tells whether it goes wrong.
-bool goesWrong(const std::string& name) {
-  static const long first = variable("FAIL_AT");
-  static const bool forEver = variable("FAIL_EVER") > 0;
-  static const char* const path = std::getenv("FAIL_NOTES");
-  static const int notes =
-      next<int(const char*, int, ...)>("open")(path, O_WRONLY | O_APPEND | O_CREAT, 0600);
-  static std::atomic<long> count = 0;
-  const long n = count++;
-  const bool wrong = n == first || (forEver && n > first && first >= 0 && name != "print");
-  const std::string line = name + (wrong ? "!\n" : "\n");
-  if (next<ssize_t(int, const void*, std::size_t)>("write")(notes, line.data(), line.size()) < 0)
-    std::abort();
-  return wrong;
+struct Plan {
+  Plan() {
+    const char* const text = std::getenv("FAILING_CALL");
+    if (text == nullptr || std::sscanf(text, "%ld %d %d", &first, &error, &forEver) != 3)
+      std::abort();
+  }
+  long first = 0;
+  int error = 0;
+  int forEver = 0;
+  int notes = next<decltype(open)>("open")("notes", O_WRONLY | O_APPEND | O_CREAT, 0600);
+  std::atomic<long> count = 0;
+};
+
+Plan& thePlan() {
+  static Plan plan;
+  return plan;
 }
 
-/// A call that moves bytes: fewer of them, or none and an error.
+/// A call that moves bytes: it moves half of them, or gives `failure`.
 template <class Result, class Move>
-Result moved(const char* name, std::size_t size, Result failure, const Move& move) {
-  static const long error = variable("FAIL_WITH");
-  if (!goesWrong(name)) return move(size);
-  if (error == 0) return move(std::max<std::size_t>(size / 2, 1));
-  errno = static_cast<int>(error);
+Result moved(const std::string& name, std::size_t size, Result failure, const Move& move) {
+  Plan& plan = thePlan();
+  const long n = plan.count++;
+  const bool isWrong = n == plan.first || (plan.forEver == 1 && n > plan.first && name != "print");
+  const std::string line = name + (isWrong ? "!\n" : "\n");
+  if (next<decltype(write)>("write")(plan.notes, line.data(), line.size()) < 0) std::abort();
+  if (!isWrong) return move(size);
+  if (plan.error == 0) return move(std::max<std::size_t>(size / 2, 1));
+  errno = plan.error;
   return failure;
 }
-
-/// A call that moves none.
-template <class Result, class Call>
-Result called(const char* name, Result failure, const Call& call) {
-  return moved(name, 0, failure, [&](std::size_t) { return call(); });
-}
-
-using Open = int(const char*, int, ...);
-using Fopen = std::FILE*(const char*, const char*);
-using Pread = ssize_t(int, void*, std::size_t, off_t);
 
 }  // namespace
 
 extern "C" {
 
 int open(const char* path, int flags, ...) {
-  std::va_list list;
-  va_start(list, flags);
-  const unsigned mode = (flags & O_CREAT) != 0 ? va_arg(list, unsigned) : 0;
-  va_end(list);
-  return called("open", -1, [&] { return next<Open>("open")(path, flags, mode); });
+  return moved("open", 0, -1,
+               [&](std::size_t) { return next<decltype(open)>("open")(path, flags, 0600); });
 }
-int open64(const char* path, int flags, ...) { return open(path, flags, 0600); }
+int open64(const char* path, int flags, ...) { return open(path, flags); }
 
 std::FILE* fopen(const char* path, const char* mode) {
-  return called(*mode == 'r' ? "fopen" : "create", static_cast<std::FILE*>(nullptr),
-                [&] { return next<Fopen>("fopen")(path, mode); });
+  return moved(*mode == 'r' ? "fopen" : "create", 0, static_cast<std::FILE*>(nullptr),
+               [&](std::size_t) { return next<decltype(fopen)>("fopen")(path, mode); });
 }
 std::FILE* fopen64(const char* path, const char* mode) { return fopen(path, mode); }
 
+int fstat(int file, struct stat* status) noexcept {
+  return moved("fstat", 0, -1,
+               [&](std::size_t) { return next<decltype(fstat)>("fstat")(file, status); });
+}
+
 ssize_t read(int file, void* to, std::size_t size) {
-  return moved<ssize_t>("read", size, -1, [&](std::size_t n) {
-    return next<ssize_t(int, void*, std::size_t)>("read")(file, to, n);
-  });
+  return moved<ssize_t>("read", size, -1,
+                        [&](std::size_t n) { return next<decltype(read)>("read")(file, to, n); });
 }
 
 ssize_t pread(int file, void* to, std::size_t size, off_t at) {
-  return moved<ssize_t>("pread", size, -1,
-                        [&](std::size_t n) { return next<Pread>("pread")(file, to, n, at); });
+  return moved<ssize_t>("pread", size, -1, [&](std::size_t n) {
+    return next<decltype(pread)>("pread")(file, to, n, at);
+  });
 }
 ssize_t pread64(int file, void* to, std::size_t size, off_t at) {
   return pread(file, to, size, at);
@@ -99,28 +90,23 @@ ssize_t pread64(int file, void* to, std::size_t size, off_t at) {
 
 ssize_t write(int file, const void* from, std::size_t size) {
   return moved<ssize_t>("write", size, -1, [&](std::size_t n) {
-    return next<ssize_t(int, const void*, std::size_t)>("write")(file, from, n);
+    return next<decltype(write)>("write")(file, from, n);
   });
 }
 
 ssize_t writev(int file, const iovec* parts, int count) {
-  return moved<ssize_t>("writev", 2, -1, [&](std::size_t n) {
-    return next<ssize_t(int, const iovec*, int)>("writev")(file, parts, n == 2 ? count : 1);
+  return moved<ssize_t>("write", 2, -1, [&](std::size_t n) {
+    return next<decltype(writev)>("writev")(file, parts, n == 2 ? count : 1);
   });
 }
 
 std::size_t fwrite(const void* from, std::size_t size, std::size_t count, std::FILE* file) {
   return moved<std::size_t>("print", count, 0, [&](std::size_t n) {
-    return next<std::size_t(const void*, std::size_t, std::size_t, std::FILE*)>("fwrite")(
-        from, size, n, file);
+    return next<decltype(fwrite)>("fwrite")(from, size, n, file);
   });
 }
 
-int fstat(int file, struct stat* status) noexcept {
-  return called("fstat", -1, [&] { return next<int(int, struct stat*)>("fstat")(file, status); });
-}
-
 int close(int file) {
-  return called("close", -1, [&] { return next<int(int)>("close")(file); });
+  return moved("close", 0, -1, [&](std::size_t) { return next<decltype(close)>("close")(file); });
 }
 }

@@ -203,7 +203,7 @@ TEST(SurfaceElements, CollectsElementsInAnyOrderAndRefusesWhatDoesNotFit) {
   const SurfaceElements elements = surfaceElements(data, order);
 
   EXPECT_EQ(elements.nodes(0)[3], 2.0);
-  EXPECT_DOUBLE_EQ(elements.areas[1], 1.0);
+  EXPECT_DOUBLE_EQ(elements.sizes[1], std::sqrt(2.0));
   EXPECT_EQ(elements.codes, (std::vector<u64>{203, 304}));
   GridData bad = data;
   bad.connectivity[5] = 51;
