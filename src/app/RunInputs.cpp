@@ -102,8 +102,8 @@ conf::ESProblem readProblem(const fs::path& settings) {
   return problem;
 }
 
-/// The number of threads that the settings ask for, as far as it can be told before they are read:
-/// they come behind the points, whose faults are reported first, but the points are read by
+/// The number of threads that the settings ask for, as far as it can be known before they are read:
+/// they are read after the points, whose errors are reported first, but the points are read by
 /// threads. A pipe can be read only once.
 u64 threadsAskedFor(const fs::path& settings) noexcept {
   try {
