@@ -276,9 +276,9 @@ template <bool kRegular, bool kPair, u64 kGroups>
     });
     coefficients += 2 * kSums * (degree - m + 1);
     for (u64 g = 0; g < kGroups; ++g) {
-      const auto& [re, im] = walk.v(g);
-      const auto times = [&re, &im](const ComplexLanes& a) {
-        return ComplexLanes{re * a.re + im * a.im, re * a.im - im * a.re};
+      const ComplexLanes& v = walk.v(g);
+      const auto times = [&v](const ComplexLanes& a) {
+        return ComplexLanes{v.re * a.re + v.im * a.im, v.re * a.im - v.im * a.re};
       };
       const ComplexLanes u = times(order[0][g]);
       const ComplexLanes h = kPair ? times(order[1][g]) : u;
@@ -288,7 +288,7 @@ template <bool kRegular, bool kPair, u64 kGroups>
       sum[g].im += u.im;
       slope[g].re += h.re * static_cast<double>(m);
       slope[g].im += h.im * static_cast<double>(m);
-      radial[g] += re * d.re + im * d.im;
+      radial[g] += v.re * d.re + v.im * d.im;
       gradientZ[g] += walk.w(g).re * b.re + walk.w(g).im * b.im;
     }
   }
