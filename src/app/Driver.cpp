@@ -27,10 +27,10 @@ constexpr const char* kDescription =
     "Given the surface density function from 'orvanta' main solver,\n"
     "compute potential and E-field at provided list of points";
 
-// The program doesn't ask the system for its memory; the lines keep their place in the report.
+// The program doesn't query its memory; the lines stay in the report for its readers.
 constexpr double kPeakMemoryMiB = 0.0;
 
-/// The file that holds the command line's options, if there is one.
+/// The file with the command line's options, if there is one.
 fs::path optionsFileOf(int argc, char** argv) {
   return argc == 2 && argv[1][0] == '@' ? fs::path(argv[1] + 1) : fs::path();
 }

@@ -45,7 +45,7 @@ struct Box {
   }
 };
 
-/// Numbers, or elements, that one task looks at.
+/// Number of coordinates, or elements, per task.
 constexpr u64 kPiece = 8192;
 
 /// Box around all points and nodes.
@@ -59,7 +59,7 @@ Box boxAround(std::span<const double> coordinates) {
   return all;
 }
 
-/// The smallest element that is not a single place; without extent where there is none.
+/// The smallest element that isn't a single point; without extent if there is none.
 Box smallestElement(const GridData& surface) {
   std::vector<Box> parts((surface.numElements + kPiece - 1) / kPiece);
   const auto keepSmaller = [](Box& smallest, const Box& box) {
@@ -115,7 +115,7 @@ double LengthUnit::removedFrom(double value, int power) const noexcept {
 LengthUnit lengthUnitOf(const GridData& points, const GridData& surface) {
   Box all = boxAround(points.coordinates);
   all.add(boxAround(surface.coordinates));
-  // What is not finite is for the octree to refuse; one place has no size.
+  // The octree refuses coordinates that aren't finite; a single point has no size.
   if (!(all.size() > 0.0) || std::isinf(all.size())) return {};
 
   if (const Box smallest = smallestElement(surface); smallest.size() > 0.0) {

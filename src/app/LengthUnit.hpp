@@ -7,15 +7,15 @@
 namespace orvanta {
 
 /// The unit of length in which a run computes: a power of two of the input's, so that results have
-/// the bits that they would have without it wherever no number leaves the range of doubles.
+/// the same bits as without it, as long as no number leaves the range of doubles.
 ///
-/// Expansions of degree p hold the powers up to p of the boxes' sizes, divided by p!. With a root
-/// cube of some 2^13 units they stay inside the range for all levels and degrees that there are:
-/// at degree 80 box sizes from 2^11 on level 2 to 2^-8 on level 21.
+/// Expansions of degree p contain powers up to p of the boxes' sizes, divided by p!. With a root
+/// cube of about 2^13 units they stay in range for all levels and degrees: at degree 80 box sizes
+/// from 2^11 on level 2 to 2^-8 on level 21.
 struct LengthUnit {
   int exponent = 0;  ///< the unit is 2^exponent units of the input
 
-  /// Brings coordinates of the input to this unit.
+  /// Converts coordinates of the input to this unit.
   void applyTo(std::span<double> coordinates) const;
 
   /// A value of the dimension 1 / length^power in the unit of the input: 1 for the potential of
@@ -25,10 +25,10 @@ struct LengthUnit {
 
 /// The unit for the evaluation of the solution on `surface` at `points`.
 ///
-/// @param surface nodes are named by their places
+/// @param surface its node ids are positions
 /// @throws velmo::utility::RuntimeError "Coordinates of point <i> (counted from 0) are more than
 ///         2^256 times the size of the smallest element away from it" and the same for "node <i>":
-///         the squares of distances and their inverses would not fit side by side into doubles
+///         the squares of distances and their inverses would not both fit into doubles
 [[nodiscard]] LengthUnit lengthUnitOf(const velmo::grid::GridData& points,
                                       const velmo::grid::GridData& surface);
 

@@ -42,7 +42,7 @@ ParVec viewOf(std::span<double> values, velmo::comm::Comm comm) {
   return {IndexLayout(comm, values.size()), velmo::linalg::MatrixView<double, -1, 1>(values)};
 }
 
-/// Numbers that one task copies.
+/// Number of values that one task copies.
 constexpr u64 kPiece = 8192;
 
 /// The coefficients of the file in the order of the tree's elements.
@@ -118,7 +118,7 @@ io::UnfilledVector<double> evaluate(FmmTree& tree, std::vector<double> charges, 
   ParVec density = viewOf(coefficients, comm);
   ParVec potential = viewOf(std::span(results).first(numTargets), comm);
   ParVec field = viewOf(std::span(results).subspan(numTargets), comm);
-  // One density serves both operators.
+  // Both operators use the same density.
   evaluator.apply({density, density}, {field, potential});
   return results;
 }
@@ -135,13 +135,14 @@ std::tuple<std::filesystem::path, std::filesystem::path> processPost(
   requireOrder(solution, problem.fem.order);
   velmo::h5::checkChargeCount(solution);
   const LengthUnit unit = lengthUnitOf(points, solution.grid);
-  // While the file is read no line may stand: HDF5 writes words of its own to standard error.
+  // While the file is read there must be no progress line, because HDF5 writes messages to standard
+  // error.
   std::optional<io::Progress> progress(std::in_place, "Preparation");
   std::vector<double> coordinates = points.coordinates;
   unit.applyTo(points.coordinates);
   unit.applyTo(solution.grid.coordinates);
   FmmTree tree(points, solution.grid, problem.bem.tree, 0, comm);
-  // The table wants the points as they were read; nothing else of the grids is needed any more.
+  // The table needs the points as they were read; the rest of the grids isn't needed any more.
   points = {};
   points.numNodes = tree.numTargets();
   points.coordinates = std::move(coordinates);

@@ -12,15 +12,13 @@ namespace orvanta {
 
 /// Evaluates the potential and the field of the solution at all points and writes the result file:
 /// reads the solution, builds the octree over elements and points, sums far and near field, and
-/// brings the results back to the order of the input. Reports its stages on the log.
+/// puts the results back into the order of the input. Reports its stages in the log.
 ///
-/// Reads of `problem`: `fem.order`, `bem.tree`, `postEval` and `postProc.outBasename`. Called on
-/// the main thread, once per process; the pool's threads work inside. Nothing is written when it
-/// throws.
+/// Uses `fem.order`, `bem.tree`, `postEval` and `postProc.outBasename` of `problem`. Call it once
+/// per process, on the main thread; it uses the pool's threads. Nothing is written if it throws.
 ///
 /// @param solutionPath the `.vtkhdf` file
-/// @param points point cloud in the order of the input; taken over, because most of it is not
-/// needed
+/// @param points point cloud in the order of the input; taken over, because most of it isn't needed
 ///        while the field is computed
 /// @return the result file and an empty path, the place of a second file
 /// @throws velmo::utility::RuntimeError "FE-orders don't match between solution file and  settings

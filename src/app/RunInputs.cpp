@@ -4,6 +4,7 @@
 #include <yaml-cpp/yaml.h>
 
 #include <algorithm>
+#include <exception>
 #include <fstream>
 #include <ostream>
 #include <sstream>
@@ -36,7 +37,8 @@ namespace {
 
 constexpr const char* kProblemKey = "esProblem";
 
-/// Far above any machine's processors; a typing error must not start as many threads as it names.
+/// Far more than any machine's processors, so that a typing error doesn't start millions of
+/// threads.
 constexpr u64 kMaxThreads = 1024;
 
 /// Whether the line of the count is a point: "1 2 3", or "1.5 2 3", of which the count is the 1.
@@ -48,8 +50,8 @@ bool looksLikePoint(const std::string& behindCount) {
   return static_cast<bool>(words >> y >> z);
 }
 
-/// Points that are lost because the count is missing or too small are right by the format, but
-/// hardly meant. Batch jobs see no warning: their standard error stays as it is.
+/// If the count is missing or too small, points are lost; the file is valid, but this is hardly
+/// intended. Batch jobs get no warning, so that their standard error doesn't change.
 void warnOfLostPoints(const fs::path& path, const grid::XyzRest& rest, u64 numPoints) {
   if (isatty(STDERR_FILENO) == 0) return;
   if (looksLikePoint(rest.behindCount))
@@ -65,7 +67,7 @@ void warnOfLostPoints(const fs::path& path, const grid::XyzRest& rest, u64 numPo
 }
 
 grid::GridData readPointCloud(const fs::path& path) {
-  // A file that can't be opened isn't told apart here: the readers make the stream throw.
+  // A file that can't be opened needs no check here, because the readers make the stream throw.
   std::ifstream file(path);
   const io::Progress progress("Reading points");
   if (path.extension() == ".mesh") {
@@ -100,7 +102,19 @@ conf::ESProblem readProblem(const fs::path& settings) {
   return problem;
 }
 
-// Through YAML and back, so that settings filled by hand pass the checks of those from a file.
+/// The number of threads that the settings ask for, as far as it can be known before they are read:
+/// they are read after the points, whose errors are reported first, but the points are read by
+/// threads.
+u64 threadsAskedFor(const fs::path& settings) noexcept {
+  try {
+    if (!fs::is_regular_file(settings)) return 0;
+    return conf::loadYamlFile(settings)[kProblemKey]["numThreads"].as<u64>(0);
+  } catch (const std::exception&) {
+    return 0;  // reported by readProblem()
+  }
+}
+
+// Through YAML and back, so that settings from the program are checked like those from a file.
 conf::ESProblem normalised(const conf::ESProblem& problem) {
   YAML::Node root;
   root[kProblemKey] = conf::encodeESProblem(problem);
@@ -172,6 +186,8 @@ std::optional<RunInputs> readRunInputs(const std::string& points, const fs::path
       io::warn << "Input file " << pointsPath << " does not exist" << std::endl;
     return std::nullopt;
   }
+  const u64 numThreads = threadsAskedFor(settings);
+  if (numThreads > 0 && numThreads <= kMaxThreads) velmo::thread::setNumThreads(numThreads);
   RunInputs inputs;
   inputs.pointCloud = readPointCloud(pointsPath);
   inputs.numPoints = inputs.pointCloud.numNodes;

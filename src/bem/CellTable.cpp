@@ -12,12 +12,12 @@
 namespace velmo::bem {
 namespace {
 
-/// A table that would need more is not meant: orders of a file or of settings gone wrong.
+/// A table that needs more is a mistake: wrong orders in a file or in settings.
 constexpr u64 kMaxTableBytes = u64{1} << 30;
 
 /// Copies rows of `numPoints` values to rows of `numLanes`, repeating the last point so that the
-/// padding holds harmless values.
-/// @return the place behind the last row
+/// padding has harmless values.
+/// @return the place after the last row
 double* padRows(std::span<const double> from, u64 numPoints, double* to, u64 numLanes) {
   for (u64 first = 0; first < from.size(); first += numPoints, to += numLanes) {
     std::copy_n(from.data() + first, numPoints, to);

@@ -9,26 +9,26 @@
 
 namespace velmo::bem {
 
-/// Everything that the subdivided rule of an element needs and that depends on the element's type
-/// alone: geometry basis at the centre of every cell, geometry basis and weighted shape functions
-/// at the rule points of every cell.
+/// Everything for the subdivided rule of an element that depends only on the element's type:
+/// geometry basis at the centre of every cell, geometry basis and weighted shape functions at the
+/// rule points of every cell.
 ///
 /// The cells are those of the quadtrees of `quad/CellMap.hpp`, level after level and each level in
 /// the order of its codes: level L starts at cell (4^L - 1) / 3, and the children of a cell follow
 /// each other. All coordinates and weights are those of the reference element.
 ///
-/// The weights carry the determinant of the cell's map, so the weights of any set of cells that
-/// tiles the element sum to the area of the reference element. No surface Jacobian enters:
+/// The weights include the determinant of the cell's map, so the weights of any set of cells that
+/// tiles the element sum to the area of the reference element. There is no surface Jacobian:
 /// densities are per unit of reference area.
 ///
-/// Built once per element type, read-only afterwards, and shared by all threads. The views that it
-/// hands out point into it, so it can be neither copied nor moved.
+/// Built once per element type, read-only afterwards, and shared by all threads. Its views point
+/// into it, so it can be neither copied nor moved.
 class CellTable {
  public:
   /// @param typeCode element type code of a surface element
   /// @param rule     rule on the reference element, copied onto every cell; read here only
-  /// @param forPotential, forGradient shape functions of the densities, read here only; where both
-  ///                 have one order, they share their rows
+  /// @param forPotential, forGradient shape functions of the densities, read here only; if both
+  ///                 have the same order, they share their rows
   /// @param maxLevel of the deepest cells
   /// @throws utility::RuntimeError "Densities of order <p> with rules of <n> points need too large
   ///   tables", beyond 1 GiB
@@ -46,7 +46,7 @@ class CellTable {
   [[nodiscard]] const CellCharges& charges() const noexcept { return charges_; }
 
  private:
-  /// Rows, lanes and room of the table.
+  /// Rows, lanes and size of the table.
   void layOut(u64 typeCode, const quad::QuadratureInterface<2>& rule,
               const fe::ShapeFunList<2, 3>& forPotential,
               const fe::ShapeFunList<2, 3>& forGradient);
@@ -65,9 +65,9 @@ class CellTable {
 };
 
 /// The rule points of a set of cells as point charges, for targets that share the subdivision.
-/// Reused from element to element.
+/// Reused for one element after the other.
 struct PlacedCharges {
-  /// Takes over all points of the cells: position sum over k of N_k x_k, charge the product of the
+  /// Computes all points of the cells: position sum over k of N_k x_k, charge the product of the
   /// weighted shape functions and the coefficients.
   void place(const CellCharges& charges);
 

@@ -22,8 +22,8 @@ std::vector<u64> dofBuffer(const fe::DofData& dofs) {
                           4 * count(ReferenceType::Point) + 4 * count(ReferenceType::Line));
 }
 
-/// Refuses a vector whose remote part is valid already, and closes the product on it: one rank has
-/// no remote part that would have to be filled or sent.
+/// Refuses a vector whose remote part is already valid, and resets its mark after the product. With
+/// one rank there is no remote part to fill or send.
 void useOnce(ParVec& in) {
   if (in.scattered) throw utility::RuntimeError("ParVec is already scattered");
   in.remote.zero();

@@ -10,12 +10,12 @@
 
 namespace velmo::bem {
 
-/// Moves coefficient vectors between two numberings of one grid: the matrix with one entry, 1, in
-/// every row and every column. With one rank that is a permutation, and it is stored as one.
+/// Transfers coefficient vectors between two numberings of one grid: the matrix with one entry, 1,
+/// in every row and every column. With one rank it is a permutation, and stored as such.
 ///
 /// The products are those of every matrix between distributed vectors: they add to `out`, refuse a
 /// scattered `in` with utility::RuntimeError "ParVec is already scattered" and leave it unmarked.
-/// The transposed matrix is the inverse. Vectors belong to the caller; a product changes the marks
+/// The transposed matrix is the inverse. The caller owns the vectors; a product changes the marks
 /// of `in` and runs on one thread.
 class DofTransfer final : public sparse::ParMatrixBase<double> {
  public:
@@ -28,7 +28,7 @@ class DofTransfer final : public sparse::ParMatrixBase<double> {
   void matMultTrans(sparse::ParVec& in, sparse::ParVec& out, double alpha) const override;
   /// The same: the entries are real.
   void matMultConjTrans(sparse::ParVec& in, sparse::ParVec& out, double alpha) const override;
-  /// 1 where a row keeps its number, else 0.
+  /// 1 if a row keeps its number, otherwise 0.
   /// @throws utility::RuntimeError "Provided storage too small"
   void getDiagonal(linalg::MatrixView<double, -1, 1, 1> out) const override;
 
@@ -39,7 +39,7 @@ class DofTransfer final : public sparse::ParMatrixBase<double> {
   std::vector<u64> columnOfRow_;
 };
 
-/// From an element's number to another number: a rank or the element's number in the other grid.
+/// Maps an element's number to another number: a rank or the element's number in the other grid.
 using ElementMap = std::function<unsigned long long(unsigned long long)>;
 
 /// The transfer from the degrees of freedom of one grid (columns) to those of another with the same

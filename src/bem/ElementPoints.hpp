@@ -17,15 +17,15 @@ namespace velmo::bem {
 /// The points of a rule on surface elements: point q of an element is sum over its nodes k of
 /// N_k(xi_q) x_k, with the geometric basis N at the points xi_q of the rule of its shape.
 ///
-/// Nothing is stored per element: the positions of a range of elements are computed when they are
-/// asked for. Unit of the input. Read-only once made; any number of threads may ask.
+/// Nothing is stored per element: the positions of a range of elements are computed on demand. Unit
+/// of the input. Read-only after construction, for any number of threads.
 class ElementRule {
  public:
   /// Refers to the elements.
   /// @param rules read here only
   ElementRule(const grid::SurfaceElements& elements, const quad::SurfaceRuleSet& rules);
 
-  /// Points of the elements [first, end) together.
+  /// Number of points of the elements [first, end) together.
   [[nodiscard]] u64 numPoints(u64 first, u64 end) const noexcept;
 
   /// Positions of the points of the elements [first, end), component by component, element after
@@ -49,8 +49,9 @@ class ElementRule {
 /// Positions of the rule points of all elements, component by component, element after element: the
 /// points of element e are those from `offsets[e]` to `offsets[e + 1]`.
 ///
-/// The points of neighbouring elements are neighbours in memory, so a range of elements is one run
-/// of point charges. Unit of the input. Built once, read-only afterwards, shared by all threads.
+/// The points of neighbouring elements are neighbours in memory, so a range of elements is a
+/// contiguous range of point charges. Unit of the input. Built once, read-only afterwards, shared
+/// by all threads.
 struct ElementPoints {
   /// @param used 1 for each element whose points are needed, empty for all; the places of the
   /// others
@@ -81,8 +82,8 @@ void forEachUsedRun(std::span<const std::uint8_t> used, u64 first, u64 end, cons
                                           const fe::ShapeFunList<2, 3>& shapes);
 
 /// Shape functions at the points of the elements' rules, row q multiplied by the weight of point q:
-/// what turns an element's coefficients into point charges. Views of shape (numPoints, numShapes),
-/// column-major, empty for a shape that no element has. The cache that they come from owns them.
+/// they turn an element's coefficients into point charges. Views of shape (numPoints, numShapes),
+/// column-major, empty for a shape that no element has. The cache owns them.
 struct WeightedShapes {
   linalg::MatrixView<const double> triangle;
   linalg::MatrixView<const double> quadrilateral;
@@ -101,9 +102,9 @@ struct WeightedShapes {
 
 /// Point charges of a density at the rule points of the elements [first, end), in the order of the
 /// points: charge q of an element is w_q sum over i of c_i phi_i(xi_q). The sum over all charges is
-/// the total charge where the rule is exact for the shape functions.
-/// @param shapes       of the rule whose points are meant
-/// @param coefficients those of element `first` first, element after element
+/// the total charge if the rule is exact for the shape functions.
+/// @param shapes       at the points of the rule
+/// @param coefficients of the elements from `first` on, element after element
 /// @param charges      shape (number of points)
 void chargesAtPoints(const grid::SurfaceElements& elements, WeightedShapes shapes, u64 first,
                      u64 end, const double* coefficients, double* charges) noexcept;

@@ -9,13 +9,13 @@
 #include "io/Types.hpp"
 #include "quad/RuleFamily.hpp"
 
-/// The kernel of the boundary integrals, pair by pair and quantity by quantity: the plain form that
-/// tests hold the loops over point charges (`PointChargeKernel.hpp`) against, and the one place
-/// that has all its derivatives.
+/// The kernel of the boundary integrals, pair by pair and quantity by quantity. Tests compare the
+/// loops over point charges (`PointChargeKernel.hpp`) with this plain form; it is also the only
+/// place with all derivatives.
 namespace velmo::bem {
 
-/// What is evaluated for a pair of target x and source y with d = x - y, r = |d|. The values are
-/// part of the interface shared with the main solver. With k = 1 / (4 pi):
+/// Quantities for a pair of target x and source y with d = x - y, r = |d|. The values are part of
+/// the interface shared with the main solver. With k = 1 / (4 pi):
 ///
 ///   G = k / r,   dG/dx_i = -k d_i / r^3,   d^2G/dx_i dx_j = k (3 d_i d_j / r^5 - delta_ij / r^3)
 enum class EvaluationType : std::int32_t {
@@ -34,7 +34,7 @@ enum class EvaluationType : std::int32_t {
 [[nodiscard]] std::string name(EvaluationType type);
 
 /// Number of doubles that a type occupies per pair: 1, 3 for a gradient, 9 for a Hessian. A
-/// contraction has the room of what it contracts and stands in the first components.
+/// contraction has the size of the quantity that it contracts and uses the first components.
 /// @throws utility::RuntimeError "Cannot identify type of fundamental solution evaluation"
 [[nodiscard]] u64 numComponents(EvaluationType type);
 
@@ -46,14 +46,14 @@ struct FundSolPairs {
   /// Room for `capacity` pairs.
   FundSolPairs(u64 capacity, bool withNormalsAtSource);
 
-  u64 numPairs = 0;  ///< of the batch at hand, at most the capacity
+  u64 numPairs = 0;  ///< of the current batch, at most the capacity
   /// Blocks: distances (1 per pair); differences d and normals at x and y (3 per pair, pair after
-  /// pair). A block of normals that nobody asked for is empty.
+  /// pair). A block of normals that isn't requested is empty.
   quad::RealBlockStore blocks;
 };
 
 /// Results of a batch; one per thread. The block of a type is component-major: component c of pair
-/// k lies at c * numPairs + k, entry (i, j) of a Hessian in component i + 3 j.
+/// k is at c * numPairs + k, entry (i, j) of a Hessian in component i + 3 j.
 struct FundSolValues {
   /// Room for the values of `capacity` pairs.
   /// @param requested in ascending order of their values
@@ -74,9 +74,9 @@ class LaplaceFundSol;
 
 /// Fundamental solution of the Laplace operator in three dimensions, G(x, y) = 1 / (4 pi |x - y|).
 ///
-/// No pair is guarded against r = 0: coinciding points give an infinite function value and a
-/// gradient that is no number, which travel on unchanged. No state: all functions may run on many
-/// threads, each with workspace of its own.
+/// There is no check for r = 0: coinciding points give an infinite function value and a NaN
+/// gradient, which are passed on unchanged. No state: all functions may run on many threads, each
+/// with its own workspace.
 template <>
 class LaplaceFundSol<3> {
  public:

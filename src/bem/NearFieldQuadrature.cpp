@@ -8,7 +8,7 @@
 namespace velmo::bem {
 namespace {
 
-/// Elements that one task works on.
+/// Number of elements per task.
 constexpr u64 kPiece = 2048;
 
 }  // namespace

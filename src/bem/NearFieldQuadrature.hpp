@@ -15,11 +15,11 @@
 
 namespace velmo::bem {
 
-/// Deepest level of a near target's subdivision, whatever the settings say: 4^5 cells at most.
+/// Deepest level of a near target's subdivision, independent of the settings: 4^5 cells at most.
 inline constexpr u64 kSubdivisionLevels = 5;
 
-/// A density as the near field uses it, the factor 1 / (4 pi) of the kernel included. Made once per
-/// application, then read by all tasks.
+/// A density as the near field uses it, including the factor 1 / (4 pi) of the kernel. Made once
+/// per application, then read by all tasks.
 struct SourceCharges {
   /// Element after element, as in the coefficient vector.
   io::UnfilledVector<double> coefficients;
@@ -29,18 +29,18 @@ struct SourceCharges {
 
 /// Near-field integrals of a surface density at points,
 ///   potential(x) = sum over i of c_i int phi_i(xi) G(x, y(xi)) d xi,   G = 1 / (4 pi |x - y|),
-/// and its gradient with respect to x, the target. They run over the reference element and hold no
-/// surface Jacobian: the density is per unit of reference area, its first coefficient the element's
-/// charge.
+/// and its gradient with respect to x, the target. They run over the reference element and contain
+/// no surface Jacobian: the density is per unit of reference area, its first coefficient the
+/// element's charge.
 ///
 /// A target closer to the image of an element's barycentre than `minRelDist` element sizes
 /// h = sqrt(2 area) is near: it gets a rule subdivided towards it. All others share the element's
-/// ordinary rule. A target on the element gets the subdivided rule, too, and a finite value unless
-/// it meets a rule point.
+/// ordinary rule. A target on the element also gets the subdivided rule, and a finite value unless
+/// it coincides with a rule point.
 ///
-/// This object holds what depends on elements and settings; `NearTask` does the work. Built once
-/// and read-only afterwards, shared by all tasks. Refers to `elements`, which must outlive it.
-/// Lengths are in the unit of the input.
+/// This object contains the data that depend on elements and settings; `NearTask` does the work.
+/// Built once, read-only afterwards, shared by all tasks. Refers to `elements`, which must outlive
+/// it. Lengths are in the unit of the input.
 class NearFieldQuadrature {
  public:
   /// @param forGradient  shape functions of the density that gives the gradient
@@ -68,8 +68,8 @@ class NearFieldQuadrature {
     return tables_[tableOfElement_[element]];
   }
 
-  /// The most cells that a subdivision can have: all those of the deepest level. Workspace for
-  /// cells has this size.
+  /// Largest number of cells of a subdivision: all those of the deepest level. Workspace for cells
+  /// has this size.
   [[nodiscard]] u64 maxLeafCells() const noexcept { return u64{1} << (2 * kSubdivisionLevels); }
 
   /// First coefficient of each element, shape (numElements + 1).
@@ -78,7 +78,7 @@ class NearFieldQuadrature {
   }
   [[nodiscard]] std::span<const u64> potentialDofs() const noexcept { return potentialDofs_; }
 
-  /// The charges of a coefficient vector in element order, as the offsets above tell.
+  /// The charges of a coefficient vector in element order, with the offsets above.
   [[nodiscard]] SourceCharges gradientCharges(std::span<const double> coefficients) const;
   [[nodiscard]] SourceCharges potentialCharges(std::span<const double> coefficients) const;
 
@@ -95,7 +95,7 @@ class NearFieldQuadrature {
   u64 potentialOrder_;  ///< the same for the potential
   fe::ShapeCache shapes_;
   ElementPoints points_;
-  std::vector<u64> gradientDofs_;  ///< empty where they are those of the potential
+  std::vector<u64> gradientDofs_;  ///< empty if they are those of the potential
   std::vector<u64> potentialDofs_;
   std::deque<CellTable> tables_;  ///< one per element type that occurs
   std::vector<std::uint8_t> tableOfElement_;

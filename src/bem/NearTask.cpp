@@ -11,15 +11,16 @@
 namespace velmo::bem {
 namespace {
 
-/// What placing a point, and a subdivision for a single target, cost in pairs of point and target.
+/// Costs of placing a point, and of a subdivision for a single target, in pairs of point and
+/// target.
 constexpr u64 kPlacingCost = 8;
 constexpr u64 kNearTargetCost = 200;
 
 /// Largest radius of an element, in element sizes, whose subdivision targets may share. The cells
-/// of a needle are needles, and rules on them differ by more than the expansions' error.
+/// of a needle are needles too, and rules on them differ by more than the error of the expansions.
 constexpr double kStout = 1.5;
 
-/// Elements that one call of the kernel looks at.
+/// Number of elements that one call of the kernel checks.
 constexpr u64 kMaxCandidates = 64;
 
 struct NodeDistances {
@@ -118,7 +119,7 @@ void NearTask::addTo(std::span<double> potential, std::span<double> gradient) co
   }
 }
 
-// Most elements are settled by this test alone.
+// This test is enough for most elements.
 u64 NearTask::nearCandidates(u64 begin, u64 count) const noexcept {
   const grid::SurfaceElements& elements = quadrature_->elements();
   return kernel_->nearCandidates(
@@ -157,7 +158,8 @@ CellCharges NearTask::chargesOf(u64 element, const SourceCharges& forPotential,
 // A cell of size s may stay whole for a target x if |x - y| > minRelDist s, y the cell's centre.
 // With x within R of the middle c of the targets and all y at least d away from it,
 //   |x - y| >= |c - y| - R >= (1 - R / d) |c - y|,
-// so what holds for c and minRelDist / (1 - R / d) holds for all targets and minRelDist.
+// so a condition that holds for c with minRelDist / (1 - R / d) holds for all targets with
+// minRelDist.
 bool NearTask::addShared(u64 element, const SourceCharges& forPotential,
                          const SourceCharges& forGradient) {
   const grid::SurfaceElements& elements = quadrature_->elements();

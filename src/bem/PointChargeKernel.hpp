@@ -10,17 +10,18 @@
 /// With d = target - source and r = |d| they add
 ///   potential += sum of qPotential / r,
 ///   gradient  -= sum of qGradient d / r^3;
-/// the factor 1 / (4 pi) belongs into the charges. A coinciding pair gives an infinite potential
-/// and a gradient that is no number, as a division by zero does.
+/// the charges must contain the factor 1 / (4 pi). A coinciding pair gives an infinite potential
+/// and a NaN gradient, from the division by zero.
 ///
 /// Lengths are in the unit of the input, the gradient is that with respect to the target.
 ///
-/// Each loop is built for several instruction sets; the one to run is chosen once per process. They
-/// agree to a few units in the last place. Lanes run over the targets and a charge is broadcast.
-/// The order of all additions depends on the numbers of targets and charges alone.
+/// Each loop is compiled for several instruction sets; the one to run is chosen once per process.
+/// They agree up to a few units in the last place. Lanes run over the targets and a charge is
+/// broadcast. The order of all additions depends only on the numbers of targets and charges.
 ///
-/// The structures are views: who fills them keeps the arrays alive. Nothing checks them. The loops
-/// neither allocate nor throw, and threads may run them at once on different targets.
+/// The structures are views: the caller who fills them keeps the arrays alive. They aren't checked.
+/// The loops neither allocate nor throw, and threads may run them at the same time on different
+/// targets.
 namespace velmo::bem {
 
 /// Point charges, component by component, shape (count) each.
@@ -34,11 +35,11 @@ struct PointCharges {
 };
 
 /// Targets and their sums, component by component, in groups of eight lanes. Full groups come first
-/// and hold a target per lane. Up to seven targets remain; they stand in a group of four, one of
-/// two and one of a single target, as far as these are needed. There, each target has two, four or
-/// eight neighbouring lanes, which share the charges among them, so that no lane idles.
-/// `layOutTargets` tells the lanes of each target. All of them hold its coordinates, and its sum is
-/// that over its lanes.
+/// and have a target per lane. Up to seven targets remain; they are in a group of four, one of two
+/// and one of a single target, as far as these are needed. There, each target has two, four or
+/// eight neighbouring lanes, which divide the charges among them, so that no lane is idle.
+/// `layOutTargets` computes the lanes of each target. All of them have its coordinates, and the sum
+/// of a target is the sum over its lanes.
 struct TargetLanes {
   const double* x = nullptr;
   const double* y = nullptr;
@@ -59,14 +60,14 @@ void layOutTargets(u64 count, std::vector<std::uint32_t>& offsets);
 struct Density {
   u64 firstRow = 0;                      ///< of the shape functions in a cell's rows
   u64 numShapes = 0;                     ///< functions of the element's shape
-  const double* coefficients = nullptr;  ///< shape (numShapes), the kernel's factor included
+  const double* coefficients = nullptr;  ///< shape (numShapes), including the kernel's factor
 };
 
-/// The subdivision of one element as seen by one target: the leaf cells of the quadtree and what
-/// stands at their rule points. Every cell has `numRows` rows of `numLanes` doubles in `table`:
-/// first the geometry basis, one row per node, then the weighted shape functions of the potential
-/// and of the gradient, which are the same rows where both use one basis. Charge q of a cell is the
-/// sum over the shapes of coefficient times row, at position q: weights and the cell's share of the
+/// The subdivision of one element for one target: the leaf cells of the quadtree and the data at
+/// their rule points. Every cell has `numRows` rows of `numLanes` doubles in `table`: first the
+/// geometry basis, one row per node, then the weighted shape functions of the potential and of the
+/// gradient, which are the same rows if both use the same basis. Charge q of a cell is the sum over
+/// the shapes of coefficient times row, at position q: weights and the cell's share of the
 /// reference area are in the rows.
 struct CellCharges {
   const double* table = nullptr;  ///< shape (cells of all levels, numRows, numLanes)
@@ -103,7 +104,7 @@ struct ElementSpheres {
   u64 count = 0;
 };
 
-/// A target or centre with the size that distances are measured in.
+/// A target or centre with the unit of its distances.
 struct SizedPoint {
   double x = 0.0;
   double y = 0.0;
@@ -111,14 +112,14 @@ struct SizedPoint {
   double size = 1.0;
 };
 
-/// Potential and gradient at one target, the factors of the charges included.
+/// Potential and gradient at one target, including the factors of the charges.
 struct PotentialAndGradient {
   double potential = 0.0;
   double gradient[3] = {0.0, 0.0, 0.0};
 };
 
-/// The loops for one instruction set. `add` and `addMasked` add to the sums of the targets, the
-/// others give their result anew.
+/// The loops for one instruction set. `add` and `addMasked` add to the sums of the targets; the
+/// others return new results.
 struct PointChargeKernel {
   /// Adds all charges to all targets.
   void (*add)(const PointCharges&, const TargetLanes&);
@@ -127,13 +128,13 @@ struct PointChargeKernel {
   /// l, and all lanes of a target have the same.
   void (*addMasked)(const PointCharges&, const TargetLanes&, const std::uint8_t* mask);
 
-  /// Bit e is set unless the box lies outside of element e's near range, the sphere of radius
-  /// minRelDist times size around its centre, with a margin for rounding. So where a bit is clear
-  /// no target in the box is near.
+  /// Bit e is clear if the box is outside element e's near range, the sphere of radius minRelDist
+  /// times size around its centre, with a margin for rounding. So if a bit is clear, no target in
+  /// the box is near.
   u64 (*nearCandidates)(const TargetBox&, const ElementSpheres&, double minRelDist);
 
-  /// Sets the bits of the targets with |x - centre| / size >= minRelDist, and those where the ratio
-  /// is no number; true if any is clear. `mask` has a byte per group of lanes.
+  /// Sets the bits of the targets with |x - centre| / size >= minRelDist, and those for which the
+  /// ratio is NaN; returns whether any is clear. `mask` has a byte per group of lanes.
   bool (*markFar)(const TargetLanes&, const SizedPoint& centre, double minRelDist,
                   std::uint8_t* mask);
 
@@ -142,7 +143,7 @@ struct PointChargeKernel {
   /// The root is split if the deepest level is above 0. `cells` has room for all cells of the
   /// deepest level, `pending` for as many.
   /// `nodes` are those of the element, shape (numNodes, 3).
-  /// @return number of cells found; the cells are in no order that callers may rely on
+  /// @return number of cells found; their order is unspecified
   u64 (*leafCells)(const CellCentres&, const double* nodes, const SizedPoint& target,
                    double minRelDist, std::uint32_t* cells, std::uint32_t* pending);
 
@@ -153,7 +154,7 @@ struct PointChargeKernel {
 /// The loops for the instruction set of this machine, the same at every call.
 [[nodiscard]] const PointChargeKernel& pointChargeKernel() noexcept;
 
-/// The loops per instruction set, for their sources and pointChargeKernel() only.
+/// The loops for each instruction set; only for their sources and pointChargeKernel().
 namespace detail_ {
 extern const PointChargeKernel kPointChargeBaseline;
 extern const PointChargeKernel kPointChargeAvx2;

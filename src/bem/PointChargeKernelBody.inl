@@ -1,7 +1,7 @@
-// The loops of PointChargeKernel, included once per instruction set into an unnamed namespace in
-// which the set's operations on lanes and `kGroups` stand already.
-// Nothing here may call an inline function of the standard library: its code would be built for the
-// wider set and shared with all callers.
+// The loops of PointChargeKernel, included once per instruction set into an unnamed namespace that
+// already contains the set's operations on lanes and `kGroups`. Nothing here may call an inline
+// function of the standard library: its code would be compiled for the wider set and shared with
+// all callers.
 
 using math::kNumLanes;
 using math::storeLanes;
@@ -14,8 +14,8 @@ struct Sums {
   Lanes z;
 };
 
-/// Whether every lane of the sums is a finite number: x - x is zero exactly then. Distances that
-/// an inverse root may get wrong, zero among them, show in the gradient.
+/// Whether every lane of the sums is a finite number: x - x is zero exactly then. Distances for
+/// which an inverse root may be wrong, including zero, show up in the gradient.
 [[gnu::always_inline]] inline bool allFinite(const Sums& sums) {
   const Lanes zero =
       (sums.potential - sums.potential) + (sums.x - sums.x) + (sums.y - sums.y) + (sums.z - sums.z);
@@ -36,7 +36,7 @@ constexpr unsigned kFirstLanes = kCopies == 1   ? 0xffU
                                  : kCopies == 4 ? 0x11U
                                                 : 0x01U;
 
-/// Division and square root, exact for every distance, zero included.
+/// Division and square root, correct for every distance, including zero.
 inline void addPairwise(const PointCharges& charges, const TargetLanes& targets, u64 first,
                         unsigned lanes) {
   for (u64 l = 0; l < kNumLanes; ++l) {
@@ -71,7 +71,7 @@ struct ChargeValues {
   Value forGradient;
 };
 
-/// The charges from number q on, kCopies of them, for the lanes of every target in a group.
+/// kCopies charges from number q on, for the lanes of every target in a group.
 template <u64 kCopies>
 [[gnu::always_inline]] inline auto chargesAt(const PointCharges& c, u64 q) {
   if constexpr (kCopies == 1)
@@ -90,7 +90,7 @@ template <u64 kCopies>
           loadFirst(c.forPotential + q, left), loadFirst(c.forGradient + q, left)};
 }
 
-/// One group of lanes: the coordinates of its targets, and which of its lanes are wanted.
+/// One group of lanes: the coordinates of its targets, and which of its lanes are needed.
 struct Group {
   Lanes x;
   Lanes y;
@@ -161,7 +161,7 @@ template <u64 Groups, u64 kCopies, bool kMasked>
   }
 }
 
-/// Calls `visit.template operator()<kCopies>(lane)` for the groups behind the full ones.
+/// Calls `visit.template operator()<kCopies>(lane)` for the groups after the full ones.
 template <class Visit>
 [[gnu::always_inline]] inline void forEachLastGroup(u64 numTargets, const Visit& visit) {
   u64 lane = numTargets / kNumLanes * kNumLanes;
@@ -209,11 +209,11 @@ void addMasked(const PointCharges& charges, const TargetLanes& targets, const st
     squared += outside * outside;
   }
   const Lanes range = loadLanes(sizes) * (1.000001 * minRelDist);
-  // What is no number counts as near.
+  // NaN counts as near.
   return ~bitsOf(squared > range * range) & 0xffU;
 }
 
-// The last eight may have been looked at in part; fewer than eight are padded.
+// Some of the last eight may have been checked already; fewer than eight are padded.
 u64 nearCandidates(const TargetBox& box, const ElementSpheres& elements, double minRelDist) {
   const auto bitsFrom = [&](u64 e) {
     return u64{candidatesOfEight(box, elements.centres + 3 * e, elements.sizes + e, minRelDist)}
@@ -231,8 +231,8 @@ u64 nearCandidates(const TargetBox& box, const ElementSpheres& elements, double 
   return candidatesOfEight(box, centres, sizes, minRelDist) & ((1U << elements.count) - 1U);
 }
 
-// Squares decide, but for those within 1e-12 of the limit or outside of the range in which squares
-// keep their digits: there the root and the division of the definition do.
+// Squares decide, except within 1e-12 of the limit or outside the range in which squares keep their
+// digits; there the root and the division of the definition are used.
 bool markFar(const TargetLanes& targets, const SizedPoint& centre, double minRelDist,
              std::uint8_t* mask) {
   constexpr double kSmallest = 1e-280;
@@ -250,7 +250,7 @@ bool markFar(const TargetLanes& targets, const SizedPoint& centre, double minRel
     unsigned bits = bitsOf(squared > Lanes{} + farFrom);
     if ((bits | bitsOf(squared < Lanes{} + nearUpTo)) != 0xffU) {
       const Lanes ratio = root(squared) / centre.size;
-      // A ratio that is no number is not below the limit either.
+      // A NaN ratio is not below the limit either.
       bits = ~bitsOf(ratio < minRelDist) & 0xffU;
     }
     mask[t / kNumLanes] = static_cast<std::uint8_t>(bits);
@@ -301,7 +301,7 @@ u64 leafCells(const CellCentres& centres, const double* nodes, const SizedPoint&
       const std::uint32_t second = i + 1 < numPending ? pending[i + 1] : first;
       const Lanes ratio = distanceToSiblings(centres, nodes, target, first, second) / cellSize;
       const unsigned isLeaf = bitsOf(ratio > minRelDist);
-      // Every cell is written to both lists and kept in one: which is hard to foretell, so that a
+      // Every cell is written to both lists and kept in one. Which one is unpredictable, so a
       // branch would cost more.
       const u64 numSiblings = second == first ? 4 : 8;
       for (u64 l = 0; l < numSiblings; ++l) {

@@ -14,7 +14,7 @@ namespace {
 /// 1.631^2, rounded up; see ElementReach.
 constexpr double kBasisSum = 2.67;
 
-/// Where the nodes of an element would be if it were that of its vertices: values of the linear
+/// Positions that the nodes would have if the element were linear or bilinear: values of the linear
 /// basis at the nodes that are no vertices, shape (numNodes - numVertices, numVertices),
 /// column-major.
 struct StraightNodes {
@@ -29,7 +29,7 @@ struct StraightNodes {
         .eval({nodes.points.data() + 2 * numVertices, 2 * numOthers}, values.data());
   }
 
-  /// Largest distance of a node from where it would be.
+  /// Largest distance of a node from that position.
   [[nodiscard]] double offset(const double* nodes) const noexcept {
     double largest = 0.0;
     for (u64 k = 0; k < numOthers; ++k) {
@@ -39,7 +39,7 @@ struct StraightNodes {
         for (u64 j = 0; j < numVertices; ++j) d -= values[j * numOthers + k] * nodes[3 * j + axis];
         squared += d * d;
       }
-      // Keeps what is no number, so that no bound holds for it.
+      // Keeps NaN, so that no bound holds for it.
       if (!(squared <= largest)) largest = squared;
     }
     return std::sqrt(largest);

@@ -10,14 +10,14 @@ namespace velmo::evaluator {
 /// How far surface elements reach, in the unit of the input.
 ///
 /// An element x(xi) = sum over k of N_k(xi) x_k is the linear or bilinear element of its vertices,
-/// which lies in their hull, plus sum of N_k d_k over the other nodes, where d_k is how far node k
-/// is from its place on the former. So it stays within
+/// which lies in their convex hull, plus the sum of N_k d_k over the other nodes, where d_k is the
+/// distance vector of node k from its place on that element. So it stays within
 ///   bulge = max over xi of (sum of |N_k|) max of |d_k|
 /// of the hull. The sum over the nodes that are no vertices is at most 2.66, that of the
-/// quadrilateral of 16 nodes: the square of the Lebesgue constant 1.631 of four even points on a
-/// line. Flat elements with evenly placed nodes have no bulge.
+/// quadrilateral of 16 nodes: the square of the Lebesgue constant 1.631 of four equally spaced
+/// points on a line. Flat elements with evenly placed nodes have no bulge.
 ///
-/// Refers to the elements; all operations may run on many threads.
+/// Refers to the elements, which must outlive it; all operations may run on many threads.
 class ElementReach {
  public:
   explicit ElementReach(const grid::SurfaceElements& elements);

@@ -25,9 +25,9 @@ namespace velmo::evaluator {
 /// The operator of the post solver: maps the coefficients of a surface density to potential and
 /// gradient at all targets of a tree. Built once; `apply` can run any number of times.
 ///
-/// Two density columns exist: the potential comes from one density, the gradient from the
-/// other. Where both are one vector in one basis, as in this program, their expansions are the same
-/// numbers and are computed and stored once.
+/// There are two density columns: the potential comes from one density, the gradient from the
+/// other. If both are the same vector in the same basis, as in this program, their expansions are
+/// equal and are computed and stored only once.
 class FmmEvaluator {
  public:
   /// @param orders polynomial orders of the densities of potential and gradient
@@ -45,8 +45,8 @@ class FmmEvaluator {
   void apply(std::pair<sparse::ParVec&, sparse::ParVec&> sources,
              std::pair<sparse::ParVec&, sparse::ParVec&> targets);
 
-  /// What one application costs, in the unit of WorkUnits.hpp: the total that `apply` reports to
-  /// the progress of the run where both densities are one vector.
+  /// Cost of one application, in the unit of WorkUnits.hpp: the total that `apply` reports to the
+  /// progress of the run if both densities are the same vector.
   [[nodiscard]] double work() const;
 
   /// First coefficient of each sorted element in the density of the potential, and the end.
@@ -54,7 +54,7 @@ class FmmEvaluator {
     return nearQuadrature_.potentialDofs();
   }
 
-  /// The passes of `apply`, each on its own. `column` 0 serves the potential; the gradient's column
+  /// The passes of `apply`, one by one. `column` 0 is that of the potential; the gradient's column
   /// is the last one.
   void clearExpansions(u64 numColumns);
   void sourcesToExpansions(sparse::ParVec& gradientDensity, sparse::ParVec& potentialDensity);
@@ -81,9 +81,9 @@ class FmmEvaluator {
   SourcePlan sourcePlan_;
   bem::NearFieldQuadrature nearQuadrature_;
   SourceOperators potentialSources_;
-  std::optional<SourceOperators> gradientSources_;  ///< none where both densities have one basis
+  std::optional<SourceOperators> gradientSources_;  ///< none if both densities have the same basis
   u64 numColumns_ = 0;
-  io::UnfilledVector<std::complex<double>> multipoleStorage_;  ///< of the boxes whose moments count
+  io::UnfilledVector<std::complex<double>> multipoleStorage_;  ///< of boxes with used moments
   io::UnfilledVector<std::complex<double>> localStorage_;      ///< of the boxes with targets
   bem::fmm::FarfieldTransfer<bem::LaplaceFundSol<3>> transfer_;
   fmm::TransferPlan transferPlan_;

@@ -10,19 +10,19 @@
 /// Elements and degrees of freedom by the identifier of their leaf.
 ///
 /// The passes walk boxes by position and ask SrcTrgTree::sourceRanges for their elements. This is
-/// the view for whoever has an identifier in hand, a test or somebody at a debugger: each look-up
-/// is a bisection, and an identifier that isn't a leaf with sources is refused with a list of those
-/// that are. Read-only once made; look-ups may run on many threads.
+/// the view for callers that have an identifier, such as tests or a debugger: each look-up is a
+/// bisection, and an identifier that isn't a leaf with sources is refused with a list of those that
+/// are. Read-only after construction; look-ups may run on many threads.
 namespace velmo::evaluator {
 
-/// The elements of the leaves: each leaf with sources has a stretch of the sorted element list, and
-/// each element stands in the stretch of one leaf.
+/// The elements of the leaves: each leaf with sources has a range of the sorted element list, and
+/// each element is in the range of exactly one leaf.
 class LeafElements {
  public:
-  /// @param tree marked; copied from and not referred to
+  /// @param tree after mark(); only read in the constructor
   explicit LeafElements(const tree::SrcTrgTree<fmm::Box<3>>& tree);
 
-  /// The leaf's stretch of the sorted elements; never empty.
+  /// The leaf's range of the sorted elements; never empty.
   /// @throws utility::RuntimeError "LeafElements box <id> not found: " and all leaves with sources,
   ///   separated by blanks
   [[nodiscard]] tree::ObjectRange of(bits::Morton leaf) const;
@@ -36,8 +36,8 @@ class LeafElements {
 };
 
 /// Degrees of freedom of the leaves. Those of an element follow each other in the coefficient
-/// vector, and elements stand in sorted order, so those of a leaf are a stretch, too: number i of a
-/// leaf, counted from 0 element after element, is coefficient first + i.
+/// vector, and elements are in sorted order, so those of a leaf are a contiguous range, too: number
+/// i of a leaf, counted from 0 element after element, is coefficient first + i.
 class LeafDofs {
  public:
   /// Refers to both, which must outlive it.
@@ -46,7 +46,7 @@ class LeafDofs {
   LeafDofs(const LeafElements& elements, std::span<const u64> dofOffsets)
       : elements_(&elements), dofOffsets_(dofOffsets) {}
 
-  /// The leaf's stretch of the coefficient vector.
+  /// The leaf's range of the coefficient vector.
   /// @throws utility::RuntimeError "LeafDofs box <id> not found: " and all leaves with sources,
   ///   separated by blanks
   [[nodiscard]] tree::ObjectRange of(bits::Morton leaf) const;

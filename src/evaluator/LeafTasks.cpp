@@ -9,7 +9,7 @@
 namespace velmo::evaluator {
 namespace {
 
-/// Enough tasks that the last ones even out what the estimates of the costs got wrong.
+/// Enough tasks that the last ones compensate for wrong estimates of the costs.
 constexpr double kTasksPerThread = 32.0;
 
 }  // namespace

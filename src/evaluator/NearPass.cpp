@@ -10,7 +10,8 @@ namespace {
 
 using bem::Subdivision;
 
-/// Calls `visit` for all stretches of elements that meet a leaf's targets by quadrature, in order.
+/// Calls `visit` for all ranges of elements that are integrated directly for a leaf's targets, in
+/// order.
 template <class Visit>
 void forEachNearRun(const tree::FmmTree& tree, const SourcePlan& plan, tree::BoxIndex leaf,
                     Subdivision ofLarge, const Visit& visit) {

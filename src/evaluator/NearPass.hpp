@@ -12,15 +12,15 @@
 namespace velmo::evaluator {
 
 /// The near field of all targets: each leaf with the leaves in its list U, in list order, then with
-/// the large elements that the plan sends directly to it and to the boxes above it, from the leaf
+/// the large elements that the plan evaluates directly for it and for its ancestors, from the leaf
 /// upwards.
 ///
-/// A task takes whole target leaves and writes their results alone, so no addition is atomic and
-/// the order of all additions is that of the lists.
+/// A task takes whole target leaves, and only it writes their results, so no addition is atomic and
+/// all additions are in the order of the lists.
 class NearPass {
  public:
   /// Refers to all arguments.
-  /// @param subdivision of the elements that the plan sends directly
+  /// @param subdivision of the elements that the plan evaluates directly
   NearPass(const tree::FmmTree& tree, const SourcePlan& plan,
            const bem::NearFieldQuadrature& quadrature, bem::Subdivision subdivision);
 
@@ -30,10 +30,10 @@ class NearPass {
   void apply(const bem::SourceCharges& forPotential, const bem::SourceCharges& forGradient,
              std::span<double> potential, std::span<double> field) const;
 
-  /// Pairs of targets and elements that meet in this pass.
+  /// Number of pairs of targets and elements in this pass.
   [[nodiscard]] double numPairs() const noexcept { return numPairs_; }
 
-  /// What one application costs, in the unit of WorkUnits.hpp.
+  /// Cost of one application, in the unit of WorkUnits.hpp.
   [[nodiscard]] double work() const { return totalCost(tasks_); }
 
  private:

@@ -55,7 +55,7 @@ std::vector<LeafTask> SourceOperators::tasksOf(std::span<const BoxElements> list
                     static_cast<double>(points_.numPoints(
                         entry.elements.first, entry.elements.first + entry.elements.count)));
   std::vector<LeafTask> tasks = makeLeafTasks(costs);
-  // A box must not be split between tasks: all its sums belong to one thread, in list order.
+  // A box must not be split between tasks, because one thread must add all its sums, in list order.
   const auto behind = [list](u64 i) {
     while (i > 0 && i < list.size() && list[i].box == list[i - 1].box) ++i;
     return i;

@@ -19,7 +19,7 @@ namespace velmo::evaluator {
 /// the receiving boxes (P2L).
 ///
 /// No operator is stored, and no point either: positions and charges of a range of elements are
-/// computed just before their harmonics, which takes a few percent of the time of these.
+/// computed just before their harmonics, which adds a few percent to the time of these.
 class SourceOperators {
  public:
   /// Refers to plan, elements and offsets.
@@ -36,7 +36,7 @@ class SourceOperators {
   /// @param coefficients element after element in sorted order
   void apply(tree::FmmTree& tree, u64 column, std::span<const double> coefficients) const;
 
-  /// What one application costs, in the unit of WorkUnits.hpp.
+  /// Cost of one application, in the unit of WorkUnits.hpp.
   [[nodiscard]] double work() const { return totalCost(momentTasks_) + totalCost(receiveTasks_); }
 
  private:

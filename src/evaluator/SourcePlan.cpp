@@ -17,25 +17,25 @@ using tree::ObjectRange;
 
 /// An element fits a box if no point of it is farther from the centre than this many half
 /// diagonals. Measured on 600 random problems of `randomOddMesh`: with 1.3 the errors stay below a
-/// third of what the degree may leave, with 1.4 they reach it, with 1.5 nine problems and with 2 a
-/// fifth of all fail. On ordinary meshes all elements fit.
+/// third of what is allowed for the degree, with 1.4 they reach it, with 1.5 nine problems fail and
+/// with 2 a fifth of all. On ordinary meshes all elements fit.
 constexpr double kHomeReach = 1.3;
 
-/// The targets of a local expansion lie within this fraction of the distance of its sources.
+/// The targets of a local expansion are within this fraction of the distance of its sources.
 constexpr double kLocalRatio = 0.75;
 
-/// The radius of an element is at most this fraction of the distance between its centre and the
-/// targets where its rule takes the kernel for smooth. Rules of the usual orders are then as good
-/// as the expansions.
+/// For an element in a local expansion, the radius is at most this fraction of the distance between
+/// its centre and the targets. Its rule then sees a smooth kernel, and rules of the usual orders
+/// are as accurate as the expansions.
 constexpr double kRuleRatio = 0.9;
 
-/// Leaves, or boxes, that one task works on.
+/// Number of leaves, or boxes, per task.
 constexpr u64 kBoxesPerTask = 128;
 
-/// Boxes of lower levels stand in no list V or W.
+/// Boxes of lower levels are in no list V or W.
 constexpr unsigned kFirstFarLevel = 2;
 
-/// Adds an element behind the last stretch, or to it.
+/// Adds an element to the last range, or a new range after it.
 void append(std::vector<ObjectRange>& runs, u64 element) {
   if (!runs.empty() && runs.back().first + runs.back().count == element)
     ++runs.back().count;
@@ -43,7 +43,7 @@ void append(std::vector<ObjectRange>& runs, u64 element) {
     runs.push_back({element, 1});
 }
 
-/// Sorts stretches that don't overlap and joins those that touch.
+/// Sorts ranges that don't overlap and joins those that touch.
 void sortAndJoin(std::vector<ObjectRange>& runs) {
   if (runs.empty()) return;
   std::ranges::sort(runs, {}, &ObjectRange::first);
@@ -83,7 +83,7 @@ class Planner {
       std::ranges::copy(share.moments, std::back_inserter(plan.moments));
       for (const Displaced& element : share.displaced) displace(element);
     }
-    // Where all elements fit their leaves, the list is sorted already.
+    // If all elements fit their leaves, the list is sorted already.
     if (!std::ranges::is_sorted(plan.moments, {}, &BoxElements::box))
       std::ranges::stable_sort(plan.moments, {}, &BoxElements::box);
 
@@ -93,7 +93,7 @@ class Planner {
       plan.hasMoments[tree_.tree().links().parent[box]] |= plan.hasMoments[box];
   }
 
-  /// Drops the moments that no list asks for, of a box itself or of one above it.
+  /// Drops moments that no list of the box or of one of its ancestors uses.
   void keepUsed(SourcePlan& plan) const {
     const auto& tree = tree_.tree();
     std::vector<std::uint8_t> used(numBoxes_, 0);
@@ -144,21 +144,21 @@ class Planner {
     BoxIndex home;  ///< or kNoBox
   };
 
-  /// What the elements of some leaves give.
+  /// Results for the elements of some leaves.
   struct HomeShare {
     std::vector<BoxElements> moments;
     std::vector<Displaced> displaced;
   };
 
-  /// What the lists of some boxes give.
+  /// Results for the lists of some boxes.
   struct ListShare {
     std::vector<BoxElements> received;
     std::vector<ObjectRange> direct;
-    std::vector<u64> directCounts;  ///< stretches per box
+    std::vector<u64> directCounts;  ///< ranges per box
   };
 
-  /// The smallest box, from the leaf upwards, that the element fits; kNoBox where there is none
-  /// that could stand in a list. A leaf that stands in no list keeps its elements.
+  /// The smallest box, from the leaf upwards, that the element fits; kNoBox if there is none that
+  /// could be in a list. A leaf that is in no list keeps its elements.
   BoxIndex homeOf(u64 element, BoxIndex leaf) const {
     const auto& links = tree_.tree().links();
     if (links.level[leaf] < kFirstFarLevel) return leaf;
@@ -168,7 +168,7 @@ class Planner {
     return kNoBox;
   }
 
-  /// First the elements that leave the leaf, then the stretches of those that stay.
+  /// First the elements that leave the leaf, then the ranges of those that stay.
   void addHomes(BoxIndex leaf, HomeShare& share) const {
     const ObjectRange range = tree_.tree().sourceRanges()[leaf];
     std::vector<ObjectRange> fitting;
@@ -184,7 +184,7 @@ class Planner {
     for (const ObjectRange& run : fitting) share.moments.push_back({leaf, run});
   }
 
-  /// Remembers the element with all boxes from its leaf up to its home, which don't hold its
+  /// Records the element for all boxes from its leaf up to its home, which don't contain its
   /// moments.
   void displace(const Displaced& element) {
     if (displaced_.empty()) displaced_.resize(numBoxes_);
@@ -248,7 +248,7 @@ class Planner {
   const ElementReach& reach_;
   u64 numBoxes_;
   std::vector<double> reachOfLevel_;  ///< how far an element may reach from the centre of its box
-  /// Per box the elements below it whose home lies above it; empty where all elements fit.
+  /// For each box the elements below it whose home is above it; empty if all elements fit.
   std::vector<std::vector<ObjectRange>> displaced_;
 };
 

@@ -3,10 +3,10 @@
 #include "fmm/CoefficientIndex.hpp"
 #include "io/Types.hpp"
 
-/// What the operators cost, in one unit: the pair of a target and a point charge in the near field,
-/// 2 ns on a processor of 2.3 GHz with AVX-512. Measured at degrees 5, 8 and 12 with some 100
-/// points in a leaf. They share out the work among tasks and tell the progress of a run, so a
-/// factor of two does no harm.
+/// Costs of the operators. The unit is a pair of a target and a point charge in the near field, 2
+/// ns on a processor of 2.3 GHz with AVX-512. Measured at degrees 5, 8 and 12 with about 100 points
+/// per leaf. They are used to divide work into tasks and to show the progress of a run, so a factor
+/// of two does no harm.
 namespace velmo::evaluator {
 
 /// A point charge into a multipole or a local expansion (P2M, P2L).

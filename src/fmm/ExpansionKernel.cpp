@@ -6,88 +6,113 @@
 
 namespace velmo::fmm {
 
-RecursionTable::RecursionTable(u64 degree) : degree_(degree) {
-  regular_.reserve(2 * numCoefficients(degree));
-  singular_.reserve(2 * numCoefficients(degree));
-  for (u64 m = 0; m <= degree; ++m) {
-    for (u64 n = m; n <= degree; ++n) {
-      const auto nn = static_cast<double>(n);
-      const auto mm = static_cast<double>(m);
-      // The recursions start at n = m + 2; the two entries before are never read.
-      const double inverse = n == m ? 0.0 : 1.0 / (nn * nn - mm * mm);
-      regular_.push_back((2.0 * nn - 1.0) * inverse);
-      regular_.push_back(inverse);
-      singular_.push_back(2.0 * nn - 1.0);
-      singular_.push_back((nn - 1.0) * (nn - 1.0) - mm * mm);
-    }
-  }
-}
-
-u64 RecursionTable::degree() const noexcept { return degree_; }
-const double* RecursionTable::regular() const noexcept { return regular_.data(); }
-const double* RecursionTable::singular() const noexcept { return singular_.data(); }
-
 namespace {
 
 using Complex = std::complex<double>;
 
-/// Row n + 1 has the n + 1 coefficients of degree n, with one number before and two after them.
-constexpr u64 rowOffset(u64 row) { return row * (row + 5) / 2; }
+/// Steps and scales of one kind of harmonics up to a degree.
+/// @param first a(m + 1, m)
+/// @param factor of r^2 in the recursion of R / w or S / w, with that of z / r^2 being 2n - 1 times
+///        `zFactor`
+template <class First, class Factor, class ZFactor>
+RecursionTable::Factors recursion(u64 degree, First first, Factor factor, ZFactor zFactor) {
+  RecursionTable::Factors result;
+  auto& [steps, scales] = result;
+  steps.reserve(numCoefficients(degree));
+  scales.reserve(numCoefficients(degree));
+  for (u64 m = 0; m <= degree; ++m) {
+    const auto mm = static_cast<double>(m);
+    for (u64 n = m; n <= degree; ++n) {
+      const auto nn = static_cast<double>(n);
+      if (n < m + 2) {
+        steps.push_back(0.0);
+        scales.push_back(n == m ? 1.0 : first(mm));
+        continue;
+      }
+      const double before = scales[scales.size() - 2];
+      const double last = scales.back();
+      scales.push_back(before * factor(nn, mm));
+      steps.push_back((2.0 * nn - 1.0) * zFactor(nn, mm) * (last / before));
+    }
+  }
+  return result;
+}
+
+/// Row n + 1 holds n + 1 coefficients of degree n and a zero.
+constexpr u64 rowOffset(u64 row) { return row * (row + 1) / 2; }
 
 }  // namespace
 
+RecursionTable::RecursionTable(u64 degree)
+    : degree_(degree),
+      regular_(recursion(
+          degree, [](double) { return 1.0; },
+          [](double n, double m) { return 1.0 / (n * n - m * m); },
+          [](double, double) { return 1.0; })),
+      singular_(recursion(
+          degree, [](double m) { return 2.0 * m + 1.0; },
+          [](double n, double m) { return (n - 1.0) * (n - 1.0) - m * m; },
+          [](double n, double m) { return 1.0 / ((n - 1.0) * (n - 1.0) - m * m); })) {}
+
+u64 RecursionTable::degree() const noexcept { return degree_; }
+const double* RecursionTable::regularSteps() const noexcept { return regular_.steps.data(); }
+const double* RecursionTable::regularScales() const noexcept { return regular_.scales.data(); }
+const double* RecursionTable::singularSteps() const noexcept { return singular_.steps.data(); }
+const double* RecursionTable::singularScales() const noexcept { return singular_.scales.data(); }
+
 DerivedExpansion::DerivedExpansion(u64 degree)
-    : baseDegree_(degree),
+    : table_(degree),
+      higherTable_(degree + 1),
       values_(8 * numCoefficients(degree + 1)),
       padded_(rowOffset(degree + 3)) {}
 
 u64 DerivedExpansion::degree() const noexcept { return degree_; }
+bool DerivedExpansion::isPair() const noexcept { return isPair_; }
 const double* DerivedExpansion::data() const noexcept { return values_.data(); }
 
-// Re(conj(R) L) = Re R Re L + Im R Im L, so the coefficients are used as they are. The derivatives
-// of R lower its degree; collecting the terms of each R gives the derivatives of the expansion.
 void DerivedExpansion::setLocal(std::span<const Complex> forPotential,
                                 std::span<const Complex> forGradient) {
-  degree_ = baseDegree_;
-  set(forPotential, forGradient, 1);
+  degree_ = table_.degree();
+  set(forPotential, forGradient, 1, table_.regularScales());
 }
 
-// Re(S conj(M)) has the same form; the derivatives of S raise its degree, that along z with a
-// minus.
 void DerivedExpansion::setMultipole(std::span<const Complex> forPotential,
                                     std::span<const Complex> forGradient) {
-  degree_ = baseDegree_ + 1;
-  set(forPotential, forGradient, -1);
+  degree_ = higherTable_.degree();
+  set(forPotential, forGradient, -1, higherTable_.singularScales());
 }
 
 // Coefficients of the gradient go through `padded_`, so that the loop needs no case for missing
-// orders and degrees: row n + 1 contains c(n, -1) = -conj(c(n, 1)), c(n, 0) to c(n, n) and two
-// zeros; the rows before and after stay zero.
+// orders and degrees: the rows before and behind stay zero.
 void DerivedExpansion::set(std::span<const Complex> forPotential,
-                           std::span<const Complex> forGradient, int step) {
-  for (u64 n = 0; n <= baseDegree_; ++n) {
-    Complex* const row = padded_.data() + rowOffset(n + 1) + 1;
-    std::copy_n(forGradient.data() + coefficientIndex(n, 0), n + 1, row);
-    row[-1] = -std::conj(row[1]);
-  }
+                           std::span<const Complex> forGradient, int step, const double* scales) {
+  const u64 baseDegree = table_.degree();
+  isPair_ = forPotential.data() != forGradient.data();
+  for (u64 n = 0; n <= baseDegree; ++n)
+    std::copy_n(forGradient.data() + coefficientIndex(n, 0), n + 1,
+                padded_.data() + rowOffset(n + 1));
   double* out = values_.data();
+  const auto add = [&out](double factor, const Complex& c) {
+    *out++ = factor * c.real();
+    *out++ = factor * c.imag();
+  };
   for (u64 m = 0; m <= degree_; ++m) {
     const double e = m == 0 ? 1.0 : 2.0;
-    for (u64 n = m; n <= degree_; ++n, out += 8) {
-      const Complex u = n <= baseDegree_ ? forPotential[coefficientIndex(n, m)] : Complex{};
-      // Row n + 1 + step contains the degree n + step.
-      const Complex* const c = padded_.data() + rowOffset(step > 0 ? n + 2 : n) + 1 + m;
-      const Complex difference = c[1] - c[-1];
-      const Complex sum = c[1] + c[-1];
-      out[0] = e * u.real();
-      out[1] = e * u.imag();
-      out[2] = 0.5 * e * difference.real();
-      out[3] = 0.5 * e * difference.imag();
-      // -i times the sum.
-      out[4] = 0.5 * e * sum.imag();
-      out[5] = -0.5 * e * sum.real();
-      out[6] = e * step * c[0].real();
-      out[7] = e * step * c[0].imag();
+    const double lowerE = m == 1 ? 1.0 : 2.0;
+    for (u64 n = m; n <= degree_; ++n) {
+      const double a = *scales++;
+      const Complex u = n <= baseDegree ? forPotential[coefficientIndex(n, m)] : Complex{};
+      // Row n + 1 + step holds the degree n + step.
+      const Complex* const c = padded_.data() + rowOffset(step > 0 ? n + 2 : n) + m;
+      if (m == 0) {
+        *out++ = a * u.real();
+        *out++ = a * step * c[0].real();
+        continue;
+      }
+      add(e * a, u);
+      if (isPair_) add(e * a, n <= baseDegree ? forGradient[coefficientIndex(n, m)] : Complex{});
+      add(e * a * step, c[0]);
+      add(-lowerE * a, c[-1]);
     }
   }
 }

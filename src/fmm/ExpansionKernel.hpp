@@ -39,41 +39,64 @@ struct ExpansionSums {
 };
 
 /// Factors of the harmonics' recursions for one degree, in the order in which the loops walk: m
-/// outer, n inner, n from m to p. With R(n, m) = w q(n, m), w a multiple of (x + iy)^m,
+/// outer, n inner, n from m to p. Each harmonic is R(n, m) = a(n, m) w(m) q(n, m) with w(m) a
+/// multiple of (x + iy)^m, numbers a and real polynomials
 ///
-///   q(n, m) = z f q(n - 1, m) - r^2 g q(n - 2, m),   q(m, m) = 1, q(m + 1, m) = z,
+///   q(n, m) = f(n, m) z q(n - 1, m) - r^2 q(n - 2, m),   q(m, m) = 1, q(m + 1, m) = z;
 ///
-/// and the same for S with z / r^2 for z, 1 / r^2 for r^2 and q(m + 1, m) = (2m + 1) z / r^2. This
-/// table contains the factors f and g. Read-only after construction; all threads share one table.
+/// S likewise with z / r^2 for z and 1 / r^2 for r^2. The choice of a makes the factor of r^2 one,
+/// which saves a product per step; a goes into the coefficients of an expansion instead, once. With
+/// a(m, m) = 1,
+///
+///   R: a(m + 1, m) = 1,       a(n, m) = a(n - 2, m) / (n^2 - m^2)
+///   S: a(m + 1, m) = 2m + 1,  a(n, m) = a(n - 2, m) ((n - 1)^2 - m^2)
+///
+/// and f(n, m) = (2n - 1) a(n - 1, m) / a(n - 2, m) for R; for S that over (n - 1)^2 - m^2.
+/// Read-only once made; one table serves all threads.
 class RecursionTable {
  public:
+  /// One number per coefficient each.
+  struct Factors {
+    std::vector<double> steps;   ///< f, 0 for n < m + 2
+    std::vector<double> scales;  ///< a
+  };
+
   /// For the degree p.
   explicit RecursionTable(u64 degree);
 
   // Not inline, because the sources for wider instruction sets must not emit code that others may
   // link.
   [[nodiscard]] u64 degree() const noexcept;
-
-  /// Of R(n, m): (2n - 1) / (n^2 - m^2) and 1 / (n^2 - m^2), two per coefficient; 0 for n = m.
-  [[nodiscard]] const double* regular() const noexcept;
-  /// Of S(n, m): (2n - 1) and (n - 1)^2 - m^2, two per coefficient.
-  [[nodiscard]] const double* singular() const noexcept;
+  /// Steps and scales of R, and of S, shape ((p + 1)(p + 2) / 2) each.
+  [[nodiscard]] const double* regularSteps() const noexcept;
+  [[nodiscard]] const double* regularScales() const noexcept;
+  [[nodiscard]] const double* singularSteps() const noexcept;
+  [[nodiscard]] const double* singularScales() const noexcept;
 
  private:
   u64 degree_;
-  std::vector<double> regular_;
-  std::vector<double> singular_;
+  Factors regular_;
+  Factors singular_;
 };
 
-/// Coefficients of a potential and its three derivatives in the order in which the loops over
-/// targets need them: for each (m, n) four pairs of real and imaginary part, including the factor
-/// e(m), in the order potential, d/dx, d/dy, d/dz; m outer and n inner, n from m to degree().
+/// Coefficients of a potential and of its gradient as the loops over targets walk them, for the
+/// harmonics w(m) q(n, m) of `RecursionTable`; the factors a and e(m) are in them.
 ///
-/// Derivatives of R lower the degree, those of S raise it:
-///   d/dx R(n, m) = (R(n - 1, m - 1) - R(n - 1, m + 1)) / 2
-///   d/dy R(n, m) = i (R(n - 1, m - 1) + R(n - 1, m + 1)) / 2,   d/dz R(n, m) = R(n - 1, m)
-/// and the same for S with n + 1 for n - 1 and a minus at d/dz. Collected by harmonic, they turn
-/// the gradient of an expansion into an expansion in the same harmonics.
+/// With w(m) = (x + iy) v(m), v(m) = w(m - 1) / (2m) for R, and x + iy over r^2 and
+/// v(m) = (2m - 1) w(m - 1) for S, and with the sums over n at one target
+///
+///   A(m) = sum of e(m) c(n, m) q(n, m),
+///   B(m) = sum of +- e(m) c(n +- 1, m) q(n, m),       + for a local expansion, - for a multipole
+///   D(m) = sum of -e(m - 1) c(n +- 1, m - 1) q(n, m), m > 0,
+///
+/// the potential is u = Re sum of conj(w(m)) A(m), and from d/dz R(n, m) = R(n - 1, m) and
+/// (d/dx + i d/dy) R(n, m) = -R(n - 1, m + 1), where S has -S(n + 1, m) and -S(n + 1, m + 1),
+///
+///   du/dz          = Re sum of conj(w(m)) B(m)
+///   du/dx + i du/dy = s (sum of m conj(v(m)) A(m) + (x + iy) Re sum of conj(v(m)) D(m)),
+///
+/// s = 1 for R and 1 / r^2 for S. So three sums per order give all four values, and a fourth where
+/// potential and gradient come from two expansions.
 ///
 /// Workspace of one thread, reused for one expansion after the other without allocation.
 class DerivedExpansion {
@@ -92,16 +115,22 @@ class DerivedExpansion {
 
   /// Degree up to which the loops run: p for a local expansion, p + 1 for a multipole.
   [[nodiscard]] u64 degree() const noexcept;
-  /// The numbers, shape ((degree() + 1)(degree() + 2) / 2, 8); valid until the next set.
+  /// Whether potential and gradient come from two expansions.
+  [[nodiscard]] bool isPair() const noexcept;
+  /// The factors of q(n, m), m outer and n inner, n from m to degree(): for m = 0 the real parts of
+  /// those in A and B, for m > 0 real and imaginary parts of those in A, then in the A of the
+  /// gradient where isPair(), in B and in D. Valid until the next set.
   [[nodiscard]] const double* data() const noexcept;
 
  private:
   /// Derivatives from the coefficients of degree n + step.
   void set(std::span<const std::complex<double>> forPotential,
-           std::span<const std::complex<double>> forGradient, int step);
+           std::span<const std::complex<double>> forGradient, int step, const double* scales);
 
-  u64 baseDegree_;
+  RecursionTable table_;        ///< of degree p
+  RecursionTable higherTable_;  ///< of degree p + 1
   u64 degree_ = 0;
+  bool isPair_ = false;
   std::vector<double> values_;
   std::vector<std::complex<double>> padded_;  ///< coefficients of the gradient, padded with zeros
 };
@@ -166,9 +195,10 @@ struct ExpansionKernel {
   void (*localToLocal)(u64 degree, const TranslationStep&, const ExpansionBatch&, double* scratch);
 };
 
-/// Number of doubles of scratch for a translation, or a sum over points, of a degree.
+/// Doubles of scratch that a translation, or a sum over points, of a degree needs. Any alignment
+/// will do: there is room to begin at a line of the cache.
 [[nodiscard]] constexpr u64 translationScratch(u64 degree) noexcept {
-  return 2 * (degree + 1) * (degree + 2) * math::kNumLanes;
+  return (2 * (degree + 1) * (degree + 2) + 1) * math::kNumLanes;
 }
 
 /// The loops for the instruction set of this machine, the same at every call.

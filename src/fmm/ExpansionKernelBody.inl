@@ -67,73 +67,80 @@ template <u64 kGroups>
   return loadLanes(v);
 }
 
-/// Runs over the harmonics R(n, m) or S(n, m) times a factor, m outer and n inner. Each is the
-/// product of w(m), a multiple of (x + iy)^m, and a real polynomial q(n, m) in z and r^2 (S: z /
-/// r^2 and 1 / r^2) with q(m, m) = 1, so that the recursion in n is real:
-///   q(n, m) = z f q(n - 1, m) - r^2 g q(n - 2, m), f and g from the table.
+/// Walks the harmonics R(n, m) or S(n, m) times a factor, m outer and n inner. Each is the product
+/// of a number a(n, m), which the callers take care of, of w(m), a multiple of (x + iy)^m, and of a
+/// real polynomial q(n, m), see `RecursionTable`.
 template <bool kRegular, u64 kGroups>
 class HarmonicsWalk {
  public:
   [[gnu::always_inline]] HarmonicsWalk(const RecursionTable& table,
                                        const RelativePoints<kGroups>& d, double factor)
-      : d_(d), factors_(kRegular ? table.regular() : table.singular()), degree_(table.degree()) {
+      : d_(d), steps_(kRegular ? table.regularSteps() : table.singularSteps()) {
     for (u64 g = 0; g < kGroups; ++g) {
       squared_[g] = d.x[g] * d.x[g] + d.y[g] * d.y[g] + d.z[g] * d.z[g];
       w_[g] = {Lanes{} + factor, Lanes{}};
       if constexpr (!kRegular) {
-        squared_[g] = 1.0 / squared_[g];
+        // 1 / r^2 as the square of 1 / r with one Newton step: high powers need its last digit.
+        const Lanes inverse = inverseRoot(squared_[g]);
+        const Lanes square = inverse * inverse;
+        squared_[g] = square + square * (1.0 - squared_[g] * square);
         d_.x[g] *= squared_[g];
         d_.y[g] *= squared_[g];
         d_.z[g] *= squared_[g];
-        w_[g].re *= root(squared_[g]);
+        w_[g].re *= inverse;
       }
     }
   }
 
-  /// Advances from w(m - 1) to w(m).
+  /// From w(m - 1) to v(m) and w(m) = (x + iy) v(m), for S with x + iy over r^2.
   [[gnu::always_inline]] void raiseOrder(u64 m) {
     const double factor = kRegular ? 0.5 / static_cast<double>(m) : static_cast<double>(2 * m - 1);
-    for (u64 g = 0; g < kGroups; ++g)
-      w_[g] = {(d_.x[g] * w_[g].re - d_.y[g] * w_[g].im) * factor,
-               (d_.x[g] * w_[g].im + d_.y[g] * w_[g].re) * factor};
+    for (u64 g = 0; g < kGroups; ++g) {
+      v_[g] = {w_[g].re * factor, w_[g].im * factor};
+      w_[g] = {d_.x[g] * v_[g].re - d_.y[g] * v_[g].im, d_.x[g] * v_[g].im + d_.y[g] * v_[g].re};
+    }
   }
 
-  /// Calls `use(place, q)` with q(n, m) of every group for n = m to `degree`; place numbers the
-  /// coefficients in the order of the loops. Orders must come one after the other from 0 on.
+  /// Hands q(n, m) of every group to `use(place, q)` for n = m to `degree`; place counts from 0 on.
+  /// Orders must come one after the other from 0 on.
   template <class Use>
   [[gnu::always_inline]] void walkDegrees(u64 m, u64 degree, const Use& use) {
     Lanes before[kGroups];
     for (u64 g = 0; g < kGroups; ++g) before[g] = Lanes{} + 1.0;
-    use(place_++, before);
+    use(0, before);
     if (m == degree) return;
-    const double first = kRegular ? 1.0 : static_cast<double>(2 * m + 1);
     Lanes last[kGroups];
-    for (u64 g = 0; g < kGroups; ++g) last[g] = d_.z[g] * first;
-    use(place_++, last);
-    const double* f = factors_ + 4;
-    for (u64 n = m + 2; n <= degree; ++n, f += 2) {
+    for (u64 g = 0; g < kGroups; ++g) last[g] = d_.z[g];
+    use(1, last);
+    for (u64 i = 2; i <= degree - m; ++i) {
       for (u64 g = 0; g < kGroups; ++g) {
-        const Lanes next = (d_.z[g] * f[0]) * last[g] - (squared_[g] * f[1]) * before[g];
+        const Lanes next = (d_.z[g] * steps_[i]) * last[g] - squared_[g] * before[g];
         before[g] = last[g];
         last[g] = next;
       }
-      use(place_++, last);
+      use(i, last);
     }
-    factors_ += 2 * (degree_ - m + 1);
+    steps_ += degree - m + 1;
   }
 
+  [[nodiscard, gnu::always_inline]] const ComplexLanes& v(u64 group) const { return v_[group]; }
   [[nodiscard, gnu::always_inline]] const ComplexLanes& w(u64 group) const { return w_[group]; }
+  /// x and y, for S over r^2.
+  [[nodiscard, gnu::always_inline]] Lanes x(u64 group) const { return d_.x[group]; }
+  [[nodiscard, gnu::always_inline]] Lanes y(u64 group) const { return d_.y[group]; }
+  /// r^2 or 1 / r^2.
+  [[nodiscard, gnu::always_inline]] Lanes squared(u64 group) const { return squared_[group]; }
 
  private:
   RelativePoints<kGroups> d_;
   Lanes squared_[kGroups];
+  ComplexLanes v_[kGroups];
   ComplexLanes w_[kGroups];
-  const double* factors_;
-  u64 degree_;
-  u64 place_ = 0;
+  const double* steps_;
 };
 
-/// Adds charge times harmonic of the points from `first` on to one group of lanes per coefficient.
+/// Adds charge times w(m) q(n, m) of the points from `first` on to one group of lanes per
+/// coefficient. The imaginary parts of order 0 are zero.
 template <bool kRegular, u64 kGroups>
 [[gnu::always_inline]] inline void addPoints(const RecursionTable& table,
                                              const ExpansionPoints& points, const double* charges,
@@ -141,16 +148,25 @@ template <bool kRegular, u64 kGroups>
   const u64 degree = table.degree();
   HarmonicsWalk<kRegular, kGroups> walk(table, relativePoints<kGroups>(points, first, centre), 1.0);
   Lanes q[kGroups];
+  Lanes real[kGroups];
   for (u64 g = 0; g < kGroups; ++g) {
     const u64 at = first + g * kNumLanes;
     q[g] = loadCharges(charges + at, points.count - at);
+    real[g] = q[g] * walk.w(g).re;
   }
-  for (u64 m = 0; m <= degree; ++m) {
-    if (m > 0) walk.raiseOrder(m);
+  walk.walkDegrees(0, degree, [&](u64 i, const Lanes(&value)[kGroups]) {
+    double* const sum = sums + 2 * kNumLanes * i;
+    Lanes total = loadLanes(sum);
+    for (u64 g = 0; g < kGroups; ++g) total += real[g] * value[g];
+    storeLanes(sum, total);
+  });
+  for (u64 m = 1; m <= degree; ++m) {
+    sums += 2 * kNumLanes * (degree - m + 2);
+    walk.raiseOrder(m);
     ComplexLanes w[kGroups];
     for (u64 g = 0; g < kGroups; ++g) w[g] = {q[g] * walk.w(g).re, q[g] * walk.w(g).im};
-    walk.walkDegrees(m, degree, [&](u64 place, const Lanes(&value)[kGroups]) {
-      double* const sum = sums + 2 * kNumLanes * place;
+    walk.walkDegrees(m, degree, [&](u64 i, const Lanes(&value)[kGroups]) {
+      double* const sum = sums + 2 * kNumLanes * i;
       ComplexLanes total = loadPair(sum);
       for (u64 g = 0; g < kGroups; ++g) {
         total.re += w[g].re * value[g];
@@ -161,13 +177,21 @@ template <bool kRegular, u64 kGroups>
   }
 }
 
+/// The next place whose groups of lanes don't cross lines of the cache.
+[[gnu::always_inline]] inline double* alignedToLanes(double* from) {
+  constexpr u64 kBytes = kNumLanes * sizeof(double);
+  const u64 behind = reinterpret_cast<u64>(from) % kBytes;
+  return from + (kBytes - behind) % kBytes / sizeof(double);
+}
+
 template <bool kRegular>
 [[gnu::always_inline]] inline void pointsToExpansion(const RecursionTable& table,
                                                      const ExpansionPoints& points,
                                                      const double* charges, const double* centre,
                                                      std::complex<double>* expansion,
-                                                     double* sums) {
+                                                     double* scratch) {
   const u64 degree = table.degree();
+  double* sums = alignedToLanes(scratch);
   for (u64 i = 0; i < (degree + 1) * (degree + 2); ++i) storeLanes(sums + i * kNumLanes, Lanes{});
   u64 first = 0;
   for (; first + (kGroups - 1) * kNumLanes < points.count; first += kGroups * kNumLanes)
@@ -175,12 +199,13 @@ template <bool kRegular>
   for (; first < points.count; first += kNumLanes)
     addPoints<kRegular, 1>(table, points, charges, centre, first, sums);
   double* const out = parts(expansion);
-  for (u64 m = 0, place = 0; m <= degree; ++m) {
-    for (u64 n = m; n <= degree; ++n, ++place) {
+  const double* scale = kRegular ? table.regularScales() : table.singularScales();
+  for (u64 m = 0; m <= degree; ++m) {
+    for (u64 n = m; n <= degree; ++n, ++scale, sums += 2 * kNumLanes) {
       const u64 index = n * (n + 1) / 2 + m;
-      const ComplexLanes sum = loadPair(sums + 2 * kNumLanes * place);
-      out[2 * index] += math::sumOfLanes(sum.re);
-      out[2 * index + 1] += math::sumOfLanes(sum.im);
+      const ComplexLanes sum = loadPair(sums);
+      out[2 * index] += *scale * math::sumOfLanes(sum.re);
+      out[2 * index + 1] += *scale * math::sumOfLanes(sum.im);
     }
   }
 }
@@ -209,42 +234,90 @@ void pointsToLocal(const RecursionTable& table, const ExpansionPoints& points,
   for (u64 l = 0; l < count; ++l) to[l] += v[l];
 }
 
-/// Adds potential and gradient at the points from `first` on: the sum over m of the real part of
-/// w(m) times the conjugate of sum over n of q(n, m) c(n, m), four such sums at once.
-template <bool kRegular, u64 kGroups>
+/// Adds potential and gradient at the points from `first` on, by the sums of `DerivedExpansion`.
+template <bool kRegular, bool kPair, u64 kGroups>
 [[gnu::always_inline]] inline void addAtPoints(const RecursionTable& table,
                                                const DerivedExpansion& expansion,
                                                const double* centre, double scale,
                                                const ExpansionPoints& points, u64 first,
                                                const ExpansionSums& sums) {
-  const double* const coefficients = expansion.data();
+  constexpr u64 kSums = kPair ? 4 : 3;
+  const double* coefficients = expansion.data();
   const u64 degree = expansion.degree();
   HarmonicsWalk<kRegular, kGroups> walk(table, relativePoints<kGroups>(points, first, centre),
                                         scale);
-  Lanes total[4][kGroups] = {};
-  for (u64 m = 0; m <= degree; ++m) {
-    if (m > 0) walk.raiseOrder(m);
-    ComplexLanes order[4][kGroups] = {};
-    walk.walkDegrees(m, degree, [&](u64 place, const Lanes(&value)[kGroups]) {
-      const double* const c = coefficients + 8 * place;
-      for (u64 i = 0; i < 4; ++i) {
+  Lanes potential[kGroups] = {};
+  Lanes gradientZ[kGroups] = {};
+  walk.walkDegrees(0, degree, [&](u64 i, const Lanes(&value)[kGroups]) {
+    for (u64 g = 0; g < kGroups; ++g) {
+      potential[g] += value[g] * coefficients[2 * i];
+      gradientZ[g] += value[g] * coefficients[2 * i + 1];
+    }
+  });
+  coefficients += 2 * (degree + 1);
+  ComplexLanes sum[kGroups] = {};    // of conj(v(m)) A(m), for the potential
+  ComplexLanes slope[kGroups] = {};  // of m conj(v(m)) A(m), for the gradient
+  Lanes radial[kGroups] = {};        // of conj(v(m)) D(m)
+  for (u64 g = 0; g < kGroups; ++g) {
+    potential[g] *= walk.w(g).re;
+    gradientZ[g] *= walk.w(g).re;
+  }
+  for (u64 m = 1; m <= degree; ++m) {
+    walk.raiseOrder(m);
+    ComplexLanes order[kSums][kGroups] = {};
+    walk.walkDegrees(m, degree, [&](u64 i, const Lanes(&value)[kGroups]) {
+      const double* const c = coefficients + 2 * kSums * i;
+      for (u64 k = 0; k < kSums; ++k) {
         for (u64 g = 0; g < kGroups; ++g) {
-          order[i][g].re += value[g] * c[2 * i];
-          order[i][g].im += value[g] * c[2 * i + 1];
+          order[k][g].re += value[g] * c[2 * k];
+          order[k][g].im += value[g] * c[2 * k + 1];
         }
       }
     });
-    for (u64 i = 0; i < 4; ++i)
-      for (u64 g = 0; g < kGroups; ++g)
-        total[i][g] += walk.w(g).re * order[i][g].re + walk.w(g).im * order[i][g].im;
+    coefficients += 2 * kSums * (degree - m + 1);
+    for (u64 g = 0; g < kGroups; ++g) {
+      const auto& [re, im] = walk.v(g);
+      const auto times = [&re, &im](const ComplexLanes& a) {
+        return ComplexLanes{re * a.re + im * a.im, re * a.im - im * a.re};
+      };
+      const ComplexLanes u = times(order[0][g]);
+      const ComplexLanes h = kPair ? times(order[1][g]) : u;
+      const ComplexLanes& b = order[kSums - 2][g];
+      const ComplexLanes& d = order[kSums - 1][g];
+      sum[g].re += u.re;
+      sum[g].im += u.im;
+      slope[g].re += h.re * static_cast<double>(m);
+      slope[g].im += h.im * static_cast<double>(m);
+      radial[g] += re * d.re + im * d.im;
+      gradientZ[g] += walk.w(g).re * b.re + walk.w(g).im * b.im;
+    }
   }
   for (u64 g = 0; g < kGroups; ++g, first += kNumLanes) {
     const u64 left = points.count - first;
-    addUpTo(sums.potential + first, total[0][g], left);
-    addUpTo(sums.gradientX + first, total[1][g], left);
-    addUpTo(sums.gradientY + first, total[2][g], left);
-    addUpTo(sums.gradientZ + first, total[3][g], left);
+    const Lanes x = walk.x(g);
+    const Lanes y = walk.y(g);
+    if constexpr (!kRegular) {
+      slope[g].re *= walk.squared(g);
+      slope[g].im *= walk.squared(g);
+    }
+    addUpTo(sums.potential + first, potential[g] + (x * sum[g].re + y * sum[g].im), left);
+    addUpTo(sums.gradientX + first, slope[g].re + x * radial[g], left);
+    addUpTo(sums.gradientY + first, slope[g].im + y * radial[g], left);
+    addUpTo(sums.gradientZ + first, gradientZ[g], left);
   }
+}
+
+template <bool kRegular, bool kPair>
+[[gnu::always_inline]] inline void expansionToPoints(const RecursionTable& table,
+                                                     const DerivedExpansion& expansion,
+                                                     const double* centre, double scale,
+                                                     const ExpansionPoints& points,
+                                                     const ExpansionSums& sums) {
+  u64 first = 0;
+  for (; first + (kGroups - 1) * kNumLanes < points.count; first += kGroups * kNumLanes)
+    addAtPoints<kRegular, kPair, kGroups>(table, expansion, centre, scale, points, first, sums);
+  for (; first < points.count; first += kNumLanes)
+    addAtPoints<kRegular, kPair, 1>(table, expansion, centre, scale, points, first, sums);
 }
 
 template <bool kRegular>
@@ -253,11 +326,10 @@ template <bool kRegular>
                                                      const double* centre, double scale,
                                                      const ExpansionPoints& points,
                                                      const ExpansionSums& sums) {
-  u64 first = 0;
-  for (; first + (kGroups - 1) * kNumLanes < points.count; first += kGroups * kNumLanes)
-    addAtPoints<kRegular, kGroups>(table, expansion, centre, scale, points, first, sums);
-  for (; first < points.count; first += kNumLanes)
-    addAtPoints<kRegular, 1>(table, expansion, centre, scale, points, first, sums);
+  if (expansion.isPair())
+    expansionToPoints<kRegular, true>(table, expansion, centre, scale, points, sums);
+  else
+    expansionToPoints<kRegular, false>(table, expansion, centre, scale, points, sums);
 }
 
 void localToPoints(const RecursionTable& table, const DerivedExpansion& expansion,

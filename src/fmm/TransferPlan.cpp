@@ -27,14 +27,6 @@ std::uint32_t directionBetween(bits::Morton target, bits::Morton source) {
   return TransferPlan::directionNumber(step(t.x, s.x), step(t.y, s.y), step(t.z, s.z));
 }
 
-/// Sorts by direction; within a direction the targets stay in ascending order.
-void sortByDirection(std::span<const TransferPlan::Pair> from, TransferPlan::Pair* to) {
-  std::array<u64, TransferPlan::kNumDirections + 1> next{};
-  for (const TransferPlan::Pair& pair : from) ++next[pair.direction + 1];
-  std::partial_sum(next.begin(), next.end(), next.begin());
-  for (const TransferPlan::Pair& pair : from) to[next[pair.direction]++] = pair;
-}
-
 }  // namespace
 
 TransferPlan::TransferPlan(const tree::SrcTrgTree<Box<3>>& tree,
@@ -68,17 +60,22 @@ TransferPlan::TransferPlan(const tree::SrcTrgTree<Box<3>>& tree,
     closeTask(level, levelEnd);
   }
 
+  // Sorted by direction; within a direction the targets stay in ascending order.
   const auto& ids = tree.links().ids;
   thread::forPieces(tasks.size(), 1, [&](u64 task, u64) {
-    std::vector<Pair> unsorted;
-    unsorted.reserve(tasks[task].endPair - tasks[task].firstPair);
-    for (u64 b = firstBoxes[task]; b < firstBoxes[task + 1]; ++b) {
-      const auto target = static_cast<tree::BoxIndex>(b);
-      forEachSource(b, [&](tree::BoxIndex source) {
-        unsorted.push_back({target, source, directionBetween(ids[target], ids[source])});
-      });
-    }
-    sortByDirection(unsorted, pairs.data() + tasks[task].firstPair);
+    std::array<u64, kNumDirections + 1> next{};
+    const auto forEachPair = [&](const auto& visit) {
+      for (u64 b = firstBoxes[task]; b < firstBoxes[task + 1]; ++b) {
+        const auto target = static_cast<tree::BoxIndex>(b);
+        forEachSource(b, [&](tree::BoxIndex source) {
+          visit(Pair{target, source, directionBetween(ids[target], ids[source])});
+        });
+      }
+    };
+    forEachPair([&](const Pair& pair) { ++next[pair.direction + 1]; });
+    std::partial_sum(next.begin(), next.end(), next.begin());
+    Pair* const sorted = pairs.data() + tasks[task].firstPair;
+    forEachPair([&](const Pair& pair) { sorted[next[pair.direction]++] = pair; });
   });
 }
 

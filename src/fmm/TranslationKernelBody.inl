@@ -102,8 +102,8 @@ template <class Translate>
 [[gnu::always_inline]] inline void translate(u64 degree, const TranslationStep& step,
                                              const ExpansionBatch& batch, double* scratch,
                                              const Translate& along) {
-  double* const first = scratch;
-  double* const second = scratch + kNumLanes * (degree + 1) * (degree + 2);
+  double* const first = alignedToLanes(scratch);
+  double* const second = first + kNumLanes * (degree + 1) * (degree + 2);
   const double* const phases = parts(step.phases);
   const u64 numDoubles = (degree + 1) * (degree + 2);
   gather(numDoubles, batch, first);

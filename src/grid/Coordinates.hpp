@@ -17,13 +17,13 @@ class Coordinates {
   Coordinates() = default;
 
   /// The points of a cloud, in the order of its elements: element i is the node connectivity[i].
-  /// @pre cloud.worldDim >= 3 (refused otherwise); components beyond the third are left out
+  /// @pre cloud.worldDim >= 3 (refused otherwise); components beyond the third are ignored
   /// @throws std::runtime_error "Input coordinate dimension too small",
   ///         "Constructor only allowed for point clouds", and the duplicate message below
   explicit Coordinates(const GridData& cloud);
 
   /// @param ids         id of each node, shape (count)
-  /// @param coordinates shape (count, stride), of which the first three of each node are taken
+  /// @param coordinates shape (count, stride), of which the first three of each node are used
   /// @throws std::runtime_error "Input coordinate dimension too small" for a stride under 3,
   ///         "velmo::grid::Coordinates::Coordinates():Node '<id>' seems to be a duplicate!",
   ///         "Coordinates: the lists of a grid don't fit together"
@@ -32,7 +32,7 @@ class Coordinates {
   /// Number of nodes.
   [[nodiscard]] u64 size() const noexcept { return values_.size() / 3; }
 
-  /// Position of the node `id`; a view that lives as long as this.
+  /// Position of the node `id`; a view that is valid as long as this object.
   /// @throws std::out_of_range "invalid unordered_map<K, T> key"
   [[nodiscard]] std::span<const double, 3> position(u64 id) const {
     return std::span<const double, 3>(values_.data() + 3 * placeOf(id), 3);

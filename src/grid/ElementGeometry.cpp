@@ -13,10 +13,10 @@
 namespace velmo::grid {
 namespace {
 
-/// Points per batch: what depends on their number stays on the stack.
+/// Number of points per batch; arrays of this length are on the stack.
 constexpr u64 kBatch = 32;
 
-/// Calls `work(batch, first)` for runs of at most kBatch points.
+/// Calls `work(batch, first)` for batches of at most kBatch points.
 template <class Work>
 void forEachBatch(geom::ReferencePoints points, const Work& work) {
   for (u64 first = 0; first < points.numPoints(); first += kBatch) {

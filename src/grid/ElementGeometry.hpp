@@ -22,7 +22,7 @@ inline constexpr u64 kMaxSurfaceNodes = 16;
 /// out(q) = sum over k of values(q, k) nodes(k), the map of an element or one of its derivatives,
 /// component by component.
 ///
-/// Called once per element, so it allocates nothing.
+/// Called once per element, so it doesn't allocate.
 ///
 /// @param nodes   node coordinates, shape (numNodes, 3), row-major
 /// @param values  basis values, shape (numPoints, numNodes), column-major
@@ -47,7 +47,7 @@ using BasisFunction = std::function<void(geom::ReferencePoints, double*)>;
 /// The map x(xi) = sum over k of N_k(xi) x_k from a reference element to one surface element.
 ///
 /// Made on demand, for one element; owns a copy of its node coordinates. The operations are const
-/// and re-entrant and allocate nothing.
+/// and re-entrant and don't allocate.
 class ElementGeometry {
  public:
   u64 type = 0;  ///< element type code

@@ -39,7 +39,7 @@ constexpr std::array<ElementType, 29> kElementTypes{{
 }};
 static_assert(std::ranges::is_sorted(kElementTypes, {}, &ElementType::code));
 
-/// The serendipity quadrilateral of order 3: files may carry it, no computation supports it.
+/// The serendipity quadrilateral of order 3: files may contain it, but no computation supports it.
 constexpr u64 kQuad12 = 312;
 constexpr std::string_view kQuad12Name = "Quad12";
 
@@ -67,7 +67,8 @@ u64 orderOf(u64 code) { return propertiesOf(code).order; }
 u64 linearBaseOf(u64 code) { return propertiesOf(code).linearBase; }
 
 topo::ReferenceType referenceTypeOf(u64 code) {
-  // Codes and shapes count alike: 0 the point, 1xx the line, up to 7xx the pyramid.
+  // Codes and shapes are numbered in the same way: 0 the point, 1xx the line, up to 7xx the
+  // pyramid.
   return static_cast<topo::ReferenceType>(propertiesOf(code).code / 100);
 }
 
@@ -82,7 +83,7 @@ u64 elementTypeFromWord(std::string_view word) {
   for (const ElementType& type : kElementTypes)
     if (word == type.name) return type.code;
 
-  // The digits count only in the form in which the code is written: no sign, no leading zero.
+  // Digits are accepted only in the form in which the code is printed: no sign, no leading zero.
   u64 code = 0;
   std::from_chars(word.data(), word.data() + word.size(), code);
   if ((code == kQuad12 || find(code) != nullptr) && word == std::to_string(code)) return code;

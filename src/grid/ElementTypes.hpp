@@ -7,16 +7,16 @@
 #include "io/Types.hpp"
 #include "topo/ReferenceElement.hpp"
 
-/// Element type codes: the first digit tells the shape (0 point, 1 line, 2 triangle,
-/// 3 quadrilateral, 4 to 7 the solids), the rest the number of nodes. Surfaces consist of 203, 206,
-/// 210, 304, 308, 309 and 316.
+/// Element type codes: the first digit is the shape (0 point, 1 line, 2 triangle, 3 quadrilateral,
+/// 4 to 7 the solids), the rest the number of nodes. Surfaces consist of 203, 206, 210, 304, 308,
+/// 309 and 316.
 ///
 /// Every query of a property throws std::runtime_error
 /// "velmo::grid::detail_::applyToEets: must not reach this point (<name>)" for an unknown code and
 /// for 312, which has a name but no properties. The table behind the queries is constant.
 namespace velmo::grid {
 
-/// Number of nodes, vertices and all others.
+/// Number of nodes: vertices and all others.
 [[nodiscard]] u64 numNodesOf(u64 code);
 
 /// 0 for points, 1 for lines, 2 for surface elements, 3 for solids.
@@ -39,7 +39,7 @@ namespace velmo::grid {
 /// @throws utility::RuntimeError "Failed to identify the ET: <word>"
 [[nodiscard]] u64 elementTypeFromWord(std::string_view word);
 
-/// Answers for a list of element type codes, which it views.
+/// Queries about a list of element type codes, to which it refers.
 class ElementInfo {
  public:
   explicit ElementInfo(std::span<const u64> elementTypes) noexcept : elementTypes_(elementTypes) {}

@@ -23,8 +23,8 @@ struct HighOrderNodes {
   }
 };
 
-/// Shape of all surface elements of a grid: elements of dimension 2 in their order, the others are
-/// left out. All have one geometric order. Built once, then read by any thread.
+/// Shape of all surface elements of a grid: elements of dimension 2 in their order; the others are
+/// ignored. All have one geometric order. Built once, then read by any thread.
 class Grid {
  public:
   Grid() = default;
@@ -53,8 +53,8 @@ class Grid {
   /// @throws utility::RuntimeError "Element <i> does not hold the <n> nodes of its type"
   void collectNodes(std::span<const u64> vertexIds, u64 index, double* out) const;
 
-  /// The map of one element, with a copy of its nodes; allocates. `SurfaceElements` serves loops
-  /// over all elements, and tests hold it against this plain form.
+  /// The map of one element, with a copy of its nodes; allocates. `SurfaceElements` is for loops
+  /// over all elements; tests compare it with this plain form.
   /// @throws as `collectNodes`
   [[nodiscard]] ElementGeometry element(std::span<const u64> vertexIds, u64 index) const;
 
@@ -72,8 +72,8 @@ class Grid {
 
 namespace velmo::grid {
 
-/// The elements of dimension 2 of a grid with their vertices; nodes beyond the vertices are left
-/// out.
+/// The elements of dimension 2 of a grid with their vertices; nodes beyond the vertices are
+/// ignored.
 /// @throws std::runtime_error    the dispatch failure of `ElementTypes.hpp` for an unknown type
 /// @throws utility::RuntimeError "Element <i> does not hold the <n> nodes of its type",
 ///         "surfaceTopology: there are fewer types or tags than elements"

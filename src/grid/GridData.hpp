@@ -7,9 +7,9 @@
 
 namespace velmo::grid {
 
-/// The flat exchange form of a grid: what readers fill and everything else is built from.
+/// The flat exchange format of a grid: readers fill it, and everything else is built from it.
 ///
-/// `connectivity` holds node ids, not positions; the nodes of element i are
+/// `connectivity` contains node ids, not positions; the nodes of element i are
 /// `connectivity[offsets[i]]` to `connectivity[offsets[i + 1] - 1]`. A point cloud has one `Point`
 /// element per node.
 struct GridData {
@@ -17,7 +17,7 @@ struct GridData {
   u64 numElements = 0;
   u64 numNodes = 0;
   std::vector<double> coordinates;  ///< shape (numNodes, worldDim), unit of the input file
-  std::vector<u64> nodeIds;         ///< sorted, but for a grid read from `.mesh`
+  std::vector<u64> nodeIds;         ///< sorted, except for a grid read from `.mesh`
   std::vector<u64> elementTypes;    ///< element type codes, shape (numElements)
   std::vector<u64> offsets{0};      ///< shape (numElements + 1)
   std::vector<u64> connectivity;
@@ -35,7 +35,7 @@ struct GridData {
                                       std::span<const u64> ids = {});
 
 /// Point cloud of all nodes of a mesh, in their order, with ids 0 .. numNodes - 1. The elements and
-/// the ids of the mesh play no part.
+/// the ids of the mesh are ignored.
 ///
 /// @throws utility::RuntimeError "A point needs 3 coordinates, but the nodes of the mesh have <n>"
 [[nodiscard]] GridData pointCloudOfNodes(const GridData& mesh);
@@ -47,7 +47,7 @@ struct GridData {
                                               u64 numNodes);
 
 /// Position of `id` in the sorted list `nodeIds`; of several equal ids the first. `kNone` if it is
-/// not there. Takes constant time where ids are positions, as in the grid of a solution file.
+/// missing. Takes constant time if ids are positions, as in the grid of a solution file.
 [[nodiscard]] u64 nodePosition(std::span<const u64> nodeIds, u64 id);
 
 }  // namespace velmo::grid

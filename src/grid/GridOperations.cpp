@@ -46,9 +46,9 @@ void checkSize(const GridData& grid, std::span<const double> points) {
     throw std::runtime_error("Provided coordinate span is too small");
 }
 
-/// Makes the nodes of `grid` the ones that its connectivity names, with the coordinates that
-/// `source` has for them, which may be `grid` itself. `missing` makes the refusal of an id that is
-/// not in `source`; then nothing has changed.
+/// Sets the nodes of `grid` to those in its connectivity, with the coordinates that `source` has
+/// for them; `source` may be `grid` itself. `missing` makes the exception for an id that is not in
+/// `source`; in that case nothing has changed.
 template <class Message>
 void takeUsedNodes(const GridData& source, GridData& grid, Message&& missing) {
   std::vector<u64> nodeIds = topo::sortedUnique(grid.connectivity);
@@ -57,7 +57,7 @@ void takeUsedNodes(const GridData& source, GridData& grid, Message&& missing) {
 
   auto from = source.nodeIds.begin();
   for (const u64 id : nodeIds) {
-    // Both lists ascend: mostly the next node is the one.
+    // Both lists are ascending, so usually it is the next node.
     if (from == source.nodeIds.end() || *from != id)
       from = std::lower_bound(from, source.nodeIds.end(), id);
     if (from == source.nodeIds.end() || *from != id) throw std::runtime_error(missing(id));

@@ -8,13 +8,13 @@
 
 namespace velmo::grid {
 
-// Nodes are found by id in the sorted `nodeIds`. elementNodes, ElementsToPoints and vertexMeans ask
-// for at least three components per node and throw std::runtime_error
-//   "ElementsToPoints: entity id <i> not found <size>" for a place i past the connectivity,
+// Nodes are found by id in the sorted `nodeIds`. elementNodes, ElementsToPoints and vertexMeans
+// need at least three components per node and throw std::runtime_error
+//   "ElementsToPoints: entity id <i> not found <size>" for a place i beyond the connectivity,
 //   "ElementsToPoints: node <id> not found" for an id that no node has.
 
-/// Coordinates of the nodes of one element in its node order, three doubles per node. The plain
-/// view of an element that tests compare grids by.
+/// Coordinates of the nodes of one element in its node order, three doubles per node. Tests compare
+/// grids by this plain view of an element.
 [[nodiscard]] std::vector<double> elementNodes(const GridData& grid, u64 element);
 
 /// Centre of each element, the plain mean of all its nodes: three doubles per element into
@@ -23,12 +23,12 @@ namespace velmo::grid {
 /// @throws std::runtime_error "Provided coordinate span is too small"
 void ElementsToPoints(const GridData& grid, std::span<double> centres);
 
-/// Mean of the vertices of each element, that is of the first nodes, as many as the linear element
-/// of its shape has. Layout and refusals as in ElementsToPoints.
+/// Mean of the vertices of each element, that is, of as many first nodes as the linear element of
+/// its shape has. Layout and refusals as in ElementsToPoints.
 void vertexMeans(const GridData& grid, std::span<double> means);
 
 /// The elements of `grid` whose numbers are in `ids`, in the order of their numbers, with the nodes
-/// that they use. Numbers count from `offset`; others than those of the grid are skipped.
+/// that they use. Numbers count from `offset`; numbers outside the grid are skipped.
 ///
 /// A grid without elements is copied whole.
 ///
@@ -37,19 +37,20 @@ void vertexMeans(const GridData& grid, std::span<double> means);
 ///         "FilterElements: node <id> not found" for a node that the grid lacks
 [[nodiscard]] GridData FilterElements(const GridData& grid, std::span<const u64> ids, u64 offset);
 
-/// Drops, in place, all nodes that no element uses and all but the first of nodes with equal id.
+/// Removes, in place, all nodes that no element uses and all but the first of several nodes with
+/// equal id.
 ///
 /// @pre    `nodeIds` is sorted
 /// @throws std::runtime_error "FilterUnusedNodes: node <id> not found "
 void FilterUnusedNodes(GridData& grid);
 
 /// One grid of all elements of the list, in its order. A node id that occurs in several grids is
-/// one node and keeps the coordinates of the first; nodes that no element uses are dropped. A list
-/// of one entry gives a plain copy.
+/// one node and keeps the coordinates of the first; nodes that no element uses are dropped. For a
+/// list of one entry the result is a plain copy.
 ///
 /// @throws std::runtime_error "MergeGridData empty list",
-///         "MergeGridData world dimensions do not match", "Sizes don't match" where a grid has not
-///         `worldDim` coordinates per node id
+///         "MergeGridData world dimensions do not match", "Sizes don't match" if a grid doesn't
+///         have `worldDim` coordinates per node id
 [[nodiscard]] GridData MergeGridData(std::span<const GridData* const> grids);
 
 }  // namespace velmo::grid

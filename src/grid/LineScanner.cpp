@@ -16,10 +16,6 @@ namespace {
 constexpr std::size_t kUsualLine = 4096;
 constexpr std::size_t kMaxLine = std::size_t{1} << 20U;
 
-bool isBlank(char c) noexcept {
-  return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\v' || c == '\f';
-}
-
 bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 
 /// Where a number of the usual form begins in the text: after a plus sign, which std::from_chars
@@ -37,10 +33,19 @@ const char* usualStart(const char* first, const char* last) noexcept {
 
 }  // namespace
 
+template <class T>
+const char* takeUsualNumber(const char* first, const char* last, T& value) {
+  const auto [end, error] = std::from_chars(usualStart<T>(first, last), last, value);
+  return error == std::errc{} && (end == last || isBlank(*end)) ? end : nullptr;
+}
+
+template const char* takeUsualNumber(const char*, const char*, double&);
+template const char* takeUsualNumber(const char*, const char*, u64&);
+
 std::istream& skipComments(std::istream& stream) {
   while (stream.good()) {
     const auto next = stream.peek();
-    if (next != '#' && next != '\n' && next != '\r') break;
+    if (next == std::istream::traits_type::eof() || !beginsComment(static_cast<char>(next))) break;
     stream.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
   }
   return stream;
@@ -96,12 +101,11 @@ std::string LineScanner::nextLine() {
 template <class T>
 T LineScanner::next_() {
   skipBlanks_();
-  const char* const last = line_.data() + line_.size();
-  const char* const start = usualStart<T>(line_.data() + position_, last);
   T value{};
-  const auto [end, error] = std::from_chars(start, last, value);
+  const char* const end =
+      takeUsualNumber(line_.data() + position_, line_.data() + line_.size(), value);
   // A number that runs into other characters ("1e", "0x1p3", "2,5") is for the operator to judge.
-  if (error != std::errc{} || (end != last && !isBlank(*end))) return extract_<T>();
+  if (end == nullptr) return extract_<T>();
   position_ = static_cast<std::size_t>(end - line_.data());
   return value;
 }

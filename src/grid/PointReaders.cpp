@@ -7,6 +7,7 @@
 
 #include "grid/ElementTypes.hpp"
 #include "grid/LineScanner.hpp"
+#include "grid/UsualPoints.hpp"
 #include "io/CheckedAccess.hpp"
 #include "io/Exception.hpp"
 #include "io/Progress.hpp"
@@ -25,7 +26,7 @@ struct Header {
   u64 numIncidences;
 };
 
-/// The words between the blanks of a line.
+/// The words of a line, separated by blanks.
 std::vector<std::string> splitAtBlanks(const std::string& line) {
   std::vector<std::string> words;
   std::size_t first = line.find_first_not_of(' ');
@@ -86,9 +87,6 @@ void readElements(std::istream& stream, u64 numIncidences, GridData& grid) {
     io::printMessage("(WW) Input file predicted larger size of incidence table\n");
 }
 
-/// Points to make room for before any is read: a count in a file is not yet a promise.
-constexpr u64 kMaxTrustedPoints = u64{1} << 20;
-
 }  // namespace
 
 std::istream& readMesh(std::istream& stream, GridData& grid) {
@@ -116,8 +114,9 @@ XyzRest readXyz(std::istream& stream, std::vector<double>& coordinates) {
   skipComments(stream);
 
   coordinates.clear();
-  coordinates.reserve(3 * std::min(numPoints, kMaxTrustedPoints));
-  for (u64 point = 0; point < numPoints; ++point) {
+  takeUsualPoints(stream, numPoints, coordinates);
+  skipComments(stream);
+  for (u64 point = coordinates.size() / 3; point < numPoints; ++point) {
     for (int axis = 0; axis < 3; ++axis) coordinates.push_back(scanner.nextDouble());
     scanner.discardLine();
     skipComments(stream);

@@ -10,10 +10,10 @@ namespace velmo::grid {
 
 /// Reads a mesh into a default-constructed grid: a header "worldDim numNodes numElements
 /// incidences", one line "id x y .." per node and one line "type tag node .." per element, with
-/// comment lines in between. Node ids are taken as they stand, in any order.
+/// comment lines in between. Node ids may be in any order.
 ///
-/// Fewer node numbers in the elements than the header's incidences give a warning on the standard
-/// error stream.
+/// If the elements have fewer node numbers than the header's incidences, a warning goes to standard
+/// error.
 ///
 /// Lines may end in a carriage return before the line feed. Makes the stream throw on failbit.
 /// @return the stream
@@ -25,16 +25,15 @@ namespace velmo::grid {
 /// @throws std::ios_base::failure for a missing or malformed number; as LineScanner for long lines
 std::istream& readMesh(std::istream& stream, GridData& grid);
 
-/// What a list of points holds beside its points. A list whose count is missing or wrong shows
-/// here.
+/// Text in a list of points besides the points. It shows whether the count is missing or wrong.
 struct XyzRest {
-  std::string behindCount;    ///< text behind the count on its line
-  bool hasMoreLines = false;  ///< behind the last point stands a line that is no comment
+  std::string behindCount;    ///< text after the count on its line
+  bool hasMoreLines = false;  ///< after the last point there is a line that isn't a comment
 };
 
 /// Reads a list of points: the count N, then x, y, z of each point, shape (N, 3) in `coordinates`.
 ///
-/// Text behind the count and behind the three numbers of a point is ignored, as are comment lines
+/// Text after the count and after the three numbers of a point is ignored, as are comment lines
 /// before and after each of these lines and everything after the last point.
 ///
 /// Makes the stream throw on failbit.

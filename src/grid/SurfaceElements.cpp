@@ -31,8 +31,8 @@ double affineAreaElement(std::span<const double> nodes) noexcept {
   return element;
 }
 
-/// What the elements of one type share: their geometric basis at the barycentre and its gradients
-/// at the points of the area rule.
+/// Data that the elements of one type share: their geometric basis at the barycentre and its
+/// gradients at the points of the area rule.
 class TypeTable {
  public:
   explicit TypeTable(u64 code)
@@ -96,7 +96,7 @@ class TypeTables {
   std::map<u64, TypeTable> tables_;
 };
 
-/// Elements that one task works on.
+/// Number of elements per task.
 constexpr u64 kPiece = 2048;
 
 /// Types of the elements in their new order.
@@ -160,7 +160,6 @@ SurfaceElements surfaceElements(const GridData& grid, std::span<const std::uint3
   }
   elements.shapes.resize(numElements);
   elements.coordinates.resize(3 * elements.nodeOffsets.back());
-  elements.areas.resize(numElements);
   elements.sizes.resize(numElements);
   elements.centres.resize(3 * numElements);
   thread::forPieces(numElements, kPiece, [&](u64 first, u64 end) {
@@ -176,8 +175,7 @@ SurfaceElements surfaceElements(const GridData& grid, std::span<const std::uint3
         out = std::copy_n(grid.coordinates.data() + grid.worldDim * position, 3, out);
       }
       elements.shapes[e] = type->shape();
-      elements.areas[e] = type->area(elements.nodes(e));
-      elements.sizes[e] = std::sqrt(2.0 * elements.areas[e]);
+      elements.sizes[e] = std::sqrt(2.0 * type->area(elements.nodes(e)));
       type->centre(elements.nodes(e), elements.centres.data() + 3 * e);
     }
   });

@@ -15,10 +15,10 @@ namespace velmo::grid {
 /// element is the same everywhere, and kernels take its map from two differences of vertices.
 inline constexpr u64 kAffineType = 203;
 
-/// What depends on a surface element alone, for all elements of a grid in a few long arrays, in
+/// Data that depend only on a surface element, for all elements of a grid in a few long arrays, in
 /// the order of the elements. Built once by `surfaceElements`, then read by any number of threads.
 ///
-/// Lengths and areas are in the unit of the grid. All arrays but the last have one entry per
+/// Lengths are in the unit of the grid. All arrays but the last have one entry per
 /// element, `nodeOffsets` one more, and in `coordinates` element e has the rows nodeOffsets[e] to
 /// nodeOffsets[e + 1] - 1.
 struct SurfaceElements {
@@ -26,8 +26,7 @@ struct SurfaceElements {
   std::vector<topo::ReferenceType> shapes;  ///< triangle or quadrilateral
   std::vector<u64> nodeOffsets{0};          ///< first node of each element and the end
   io::UnfilledVector<double> coordinates;   ///< nodes of all elements, vertices first, shape (n, 3)
-  io::UnfilledVector<double> areas;         ///< by the fixed rule of order 5 for areas
-  io::UnfilledVector<double> sizes;         ///< h = sqrt(2 A)
+  io::UnfilledVector<double> sizes;         ///< h = sqrt(2 A), A by the rule of order 5 for areas
   io::UnfilledVector<double> centres;       ///< images of the reference barycentres, shape (n, 3)
 
   /// The codes that occur in `types`, ascending; one entry per code.
@@ -59,9 +58,10 @@ struct SurfaceElements {
                            double* z) const noexcept;
 };
 
-/// Collects all elements of a surface, in time linear in their number, by all threads. Areas are
+/// Collects all elements of a surface, in time linear in their number, on all threads. Areas are
 /// sum over q of w_q |a x b| with the tangents a, b at the points of the area rule of order 5, as
-/// `ElementGeometry::area` gives them for one element: tests hold this fast form against that one.
+/// `ElementGeometry::area` computes them for one element; tests compare this fast form with that
+/// one.
 /// @param grid  of triangles and quadrilaterals, its node ids ascending
 /// @param order element k of the result is element order[k] of the grid; empty for their own order
 /// @throws utility::RuntimeError "surfaceElements: the lists don't fit together",

@@ -9,9 +9,9 @@
 namespace velmo::thread::internal_ {
 namespace {
 
-/// One loop, shared by the caller and the tasks of its workers. A task that starts when all numbers
-/// are taken finds nothing to do, so the caller need not wait for it: on a busy machine it may take
-/// a while until the last worker gets a processor.
+/// One loop, shared by the caller and the tasks of its workers. A task that starts after all
+/// numbers have been taken has nothing to do, so the caller doesn't wait for it: on a busy machine
+/// it may take a while until the last worker gets a processor.
 class Loop {
  public:
   /// `function` must live until wait() returns.
@@ -39,8 +39,9 @@ class Loop {
     if (numLeft_ == 0) ended_.notify_one();
   }
 
-  /// Returns when all calls have ended, or throws the exception of the first in order. It is taken
-  /// out of here, so that no worker destroys what the caller reads.
+  /// Returns when all calls have ended, or throws the exception of the first in order. The
+  /// exception is moved out of this object, so that no worker destroys it while the caller reads
+  /// it.
   void wait() {
     std::exception_ptr failure;
     {
@@ -55,9 +56,9 @@ class Loop {
   const u64 count_;
   const std::function<void(u64)>& function_;
   std::atomic<u64> next_ = 0;
-  std::mutex mutex_;  ///< of all below
+  std::mutex mutex_;  ///< protects all members below
   std::condition_variable ended_;
-  u64 numLeft_;  ///< numbers whose calls have not ended, as far as their workers have told
+  u64 numLeft_;  ///< numbers whose calls have not ended, as far as workers have reported
   u64 failed_ = kNone;
   std::exception_ptr failure_;
 };

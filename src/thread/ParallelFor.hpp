@@ -10,24 +10,23 @@
 #include "io/Types.hpp"
 #include "thread/ThreadPool.hpp"
 
-/// Loops over the process's worker threads. The pool is started by the first of them, also by one
-/// without elements. Loops may nest; the calling thread only waits, unless
-/// it is a worker itself.
+/// Loops over the process's worker threads. The first loop starts the pool, even if it has no
+/// elements. Loops may nest; the calling thread only waits, unless it is a worker itself.
 namespace velmo::thread {
 
 /// One contiguous share of a longer range.
 template <class Iterator>
 struct Range {
   Iterator first;  ///< the share's first element
-  Iterator last;   ///< behind the share's end
+  Iterator last;   ///< after the share's last element
   u64 index = 0;   ///< place of the share in the list of shares
 };
 
 /// Splits [first, last) into contiguous shares, one per worker, whose lengths differ by at most 1.
 ///
-/// With n elements and p = min(n, numThreads()) shares, the first n mod p shares hold n / p + 1
-/// elements, the others n / p. An empty range has no shares. The shares depend on the worker count:
-/// what is computed with them must not, for results to be the same with any number of threads.
+/// With n elements and p = min(n, numThreads()) shares, the first n mod p shares have n / p + 1
+/// elements, the others n / p. An empty range has no shares. The shares depend on the worker count,
+/// so results must not depend on the shares if they are to be the same with any number of threads.
 ///
 /// @throws utility::RuntimeError "Result of ranges is broken"
 template <std::random_access_iterator Iterator>
@@ -55,19 +54,20 @@ template <std::random_access_iterator Iterator>
 
 namespace internal_ {
 
-/// Calls `function(i)` for each i below `count`: the loop of all others here. Takes memory once per
-/// worker, none per number.
+/// Calls `function(i)` for each i below `count`; all other loops here use this one. Allocates
+/// memory per worker, but not per number.
 void forEachIndex(u64 count, const std::function<void(u64)>& function);
 
 }  // namespace internal_
 
 /// Calls `function(*it)` once for each element of [first, last).
 ///
-/// Each worker takes the next element when it has finished its last: elements start in order and
-/// end in any order, so each writes to a place of its own. There is no chunking: for a share per
-/// worker pass the list that ranges() gives. When calls throw, all others run all the same, and
-/// then the exception of the first element in order leaves the loop. Whichever way it is left, all
-/// calls have ended, and the caller sees what they wrote. A call should take microseconds or more.
+/// Each worker takes the next element when it has finished its last one: elements start in order
+/// but end in any order, so each call must write to a place of its own. There is no chunking; to
+/// get one share per worker, pass the list from ranges(). If calls throw, all others still run, and
+/// then the loop throws the exception of the first element in order. In any case all calls have
+/// ended when the loop does, and the caller sees what they wrote. A call should take microseconds
+/// or more.
 ///
 /// A loop that a worker calls runs on that worker alone.
 template <std::random_access_iterator Iterator, class Function>
@@ -80,7 +80,7 @@ void parallelFor(Iterator first, Iterator last, Function&& function) {
 
 namespace internal_ {
 
-/// The loop under its older name, for code that is shared with the main solver.
+/// An older name of the loop, for code that is shared with the main solver.
 template <std::random_access_iterator Iterator, class Function>
 void parallelForTP(Iterator first, Iterator last, Function&& function) {
   parallelFor(first, last, std::forward<Function>(function));
@@ -89,10 +89,10 @@ void parallelForTP(Iterator first, Iterator last, Function&& function) {
 }  // namespace internal_
 
 /// Calls `function(first, end)` for the pieces of [0, count), each of `length` numbers, the last
-/// one shorter, as parallelFor() does for its elements.
+/// one shorter, like parallelFor() for its elements.
 ///
-/// The pieces don't depend on the number of threads, so what is computed piece by piece doesn't
-/// either. A range of one piece is run by the caller.
+/// The pieces don't depend on the number of threads, so results that are computed piece by piece
+/// don't either. A range of one piece is run by the caller.
 /// @param length at least 1; a piece should take tens of microseconds
 template <class Function>
 void forPieces(u64 count, u64 length, Function&& function) {

@@ -15,7 +15,7 @@ thread_local const ThreadPool* currentPool = nullptr;
 /// The queue on the stack of a worker; null on other threads.
 thread_local std::list<FunctionWrapper>* localQueue = nullptr;
 
-/// How long an idle worker looks for tasks before it sleeps: about what waking it costs.
+/// How long an idle worker looks for tasks before it sleeps: about as long as it takes to wake it.
 constexpr std::chrono::microseconds kSpinTime{50};
 
 struct ProcessThreads {
@@ -23,7 +23,7 @@ struct ProcessThreads {
   std::unique_ptr<ThreadPool> pool;
 };
 
-// A local static is there for any static object that asks before main().
+// A local static exists even for static objects that use it before main().
 ProcessThreads& processThreads() {
   static ProcessThreads threads;
   return threads;

@@ -14,32 +14,33 @@
 #include "io/Types.hpp"
 #include "thread/ThreadsafeQueue.hpp"
 
-/// The process's worker threads. Loops over them stand in thread/ParallelFor.hpp. Count and pool
-/// are set and first asked for by the main thread; submit() may be called from any.
+/// The process's worker threads. Loops over them are in thread/ParallelFor.hpp. The main thread
+/// must set the count and use count and pool first; submit() may be called from any thread.
 namespace velmo::thread {
 
 /// A fixed number of workers that take tasks from one shared queue.
 ///
-/// An idle worker looks for tasks for some tens of microseconds, so that loops that follow each
-/// other closely start at once, and then sleeps until there is one. While the main thread works
-/// alone the other processors are free.
+/// An idle worker looks for tasks for some tens of microseconds, so that loops in close succession
+/// start at once, and then sleeps until there is a task. While only the main thread works, the
+/// other processors are free.
 class ThreadPool {
  public:
   /// Starts `numWorkers` threads.
-  /// @throws std::system_error when a thread can't be started; those that run are joined first
+  /// @throws std::system_error if a thread can't be started; those that run already are joined
+  ///   first
   explicit ThreadPool(u64 numWorkers);
   ThreadPool(const ThreadPool&) = delete;
   ThreadPool& operator=(const ThreadPool&) = delete;
 
-  /// Ends the workers after their present tasks. Tasks that nobody ran are dropped, and their
+  /// Ends the workers after their current tasks. Tasks that have not run are dropped, and their
   /// futures report a broken promise.
   ~ThreadPool();
 
-  /// Threads of this pool, fixed for its life.
+  /// Number of threads of this pool, which doesn't change.
   [[nodiscard]] u64 numWorkers() const noexcept { return threads_.size(); }
 
-  /// Queues a callable without arguments; an exception it throws comes back with `get()`. What the
-  /// callable refers to must live until then.
+  /// Queues a callable without arguments; `get()` rethrows its exception. Objects to which the
+  /// callable refers must exist until then.
   ///
   /// A worker of this pool runs the callable at once, so nested loops can't wait for themselves. A
   /// worker of another pool runs it when it has finished the task in which it called.
@@ -51,8 +52,8 @@ class ThreadPool {
       kept();
       return kept.get_future();
     }
-    // The future comes behind all that takes memory: a task whose future is out takes some when it
-    // is destroyed without having run.
+    // The future is made after everything that allocates: destroying a task that has not run but
+    // has a future allocates memory.
     Place place;
     FunctionWrapper wrapper([task = std::move(task)] { (*task)(); });
     std::future<void> future = kept.get_future();
@@ -60,9 +61,9 @@ class ThreadPool {
     return future;
   }
 
-  /// Queues `numCopies` copies of a callable without arguments for workers of this pool, whoever
-  /// calls. No exception may leave it, and it must not refer to what ends before the pool: nobody
-  /// is told when it has run. When memory runs out nothing has been queued.
+  /// Queues `numCopies` copies of a callable without arguments for workers of this pool, from any
+  /// thread. The callable must not throw, and must not refer to objects that end before the pool,
+  /// because nothing reports that it has run. If memory runs out, nothing has been queued.
   template <class F>
   void post(const F& callable, u64 numCopies) {
     std::vector<std::pair<ThreadsafeQueue::Place, FunctionWrapper>> tasks(numCopies);
@@ -80,10 +81,10 @@ class ThreadPool {
     ~Joiner();
   };
 
-  /// The memory that one task takes in the queue of the calling thread.
+  /// The memory for one task in the queue of the calling thread.
   struct Place {
     Place();
-    std::list<FunctionWrapper> local;              ///< one task of a worker of another pool
+    std::list<FunctionWrapper> local;              ///< for a task from a worker of another pool
     std::optional<ThreadsafeQueue::Place> shared;  ///< for the shared queue
   };
 
@@ -96,16 +97,16 @@ class ThreadPool {
 
   std::atomic<bool> done_ = false;
   ThreadsafeQueue queue_;
-  /// Grows, under the lock, behind each change that workers must see. Who has read it before he
-  /// looked at the queue can't miss a task that came in between.
+  /// Incremented, under the lock, after each change that workers must see. A worker that reads it
+  /// before it looks at the queue can't miss a task that is added in between.
   std::atomic<u64> numSignals_ = 0;
   std::mutex signalMutex_;
   std::condition_variable signal_;
   std::vector<std::thread> threads_;
-  Joiner joiner_{&threads_};  ///< behind `threads_`: joins before any member is destroyed
+  Joiner joiner_{&threads_};  ///< declared after `threads_`: joins before any member is destroyed
 };
 
-/// Worker count of the process: the processors that it may use, until it is set.
+/// Worker count of the process: until it is set, the number of processors that the process may use.
 [[nodiscard]] u64 numThreads();
 
 /// Sets the worker count. A running pool of another size is replaced, its threads joined; none is
@@ -113,12 +114,12 @@ class ThreadPool {
 /// @pre `n` >= 1 (asserted), and no parallel loop is running
 void setNumThreads(u64 n);
 
-/// Rounds the worker count up to a whole number, which it is: keeps it. For code that is shared
-/// with the main solver.
+/// Does nothing: the worker count is a whole number already. For code that is shared with the main
+/// solver.
 void setDefaultNumThreads();
 
 /// The process's pool, started at the first call with `numThreads()` workers and joined by static
-/// destruction. The first call belongs to the main thread.
+/// destruction. The main thread must make the first call.
 [[nodiscard]] ThreadPool& pool();
 
 }  // namespace velmo::thread

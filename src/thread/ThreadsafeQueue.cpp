@@ -7,7 +7,7 @@ namespace velmo::thread {
 ThreadsafeQueue::ThreadsafeQueue() : head_(std::make_unique<Node>()), tail_(head_.get()) {}
 
 ThreadsafeQueue::~ThreadsafeQueue() {
-  // Node after node: the chain of owning pointers would recurse once per task left behind.
+  // Node after node, because the chain of owning pointers would recurse once per remaining task.
   while (head_) head_ = std::move(head_->next);
 }
 

@@ -8,7 +8,7 @@ namespace velmo::thread {
 
 /// Move-only owner of a callable without arguments and result, or of none.
 ///
-/// std::function would ask for a copy constructor, which packaged tasks don't have. Destroying a
+/// std::function would require a copy constructor, which packaged tasks don't have. Destroying a
 /// wrapper drops a task that never ran; its future then reports a broken promise.
 class FunctionWrapper {
  public:
@@ -16,7 +16,7 @@ class FunctionWrapper {
   template <class F>
   explicit FunctionWrapper(F function) : impl_(std::make_unique<Impl_<F>>(std::move(function))) {}
 
-  /// @pre the wrapper holds a callable
+  /// @pre the wrapper has a callable
   void operator()() { (*impl_)(); }
 
  private:
@@ -37,11 +37,11 @@ class FunctionWrapper {
 
 /// Unbounded first-in-first-out queue of tasks for many producers and consumers.
 ///
-/// A linked list that always ends in an empty node, so that `push` touches the tail alone and
-/// `tryPop` the head, each under its own lock. Locks are taken in one order: head, then tail, the
-/// second only to read where the list ends. Tasks come out in the order in which they went in; what
-/// is left is dropped with the queue. All operations are safe from any thread; std::system_error
-/// when a lock can't be taken.
+/// A linked list that always ends with an empty node, so that `push` touches only the tail and
+/// `tryPop` only the head, each under its own lock. Locks are taken in a fixed order: head, then
+/// tail, the second only to read where the list ends. Tasks leave in the order in which they were
+/// added; the rest is dropped with the queue. All operations are safe from any thread and throw
+/// std::system_error if a lock can't be taken.
 ///
 /// Source: the two-lock queue of Michael and Scott, Simple, fast, and practical non-blocking and
 /// blocking concurrent queue algorithms, 15th PODC (1996).
@@ -57,7 +57,7 @@ class ThreadsafeQueue {
   ThreadsafeQueue& operator=(const ThreadsafeQueue&) = delete;
   ~ThreadsafeQueue();
 
-  /// The memory that one task takes in the queue.
+  /// The memory for one task in the queue.
   class Place {
    public:
     Place();
@@ -68,11 +68,11 @@ class ThreadsafeQueue {
     std::unique_ptr<Node> emptyNode_;
   };
 
-  /// Appends a task. Takes no memory: what can fail comes before, so that a task whose future is
-  /// already out is never destroyed for want of memory.
+  /// Appends a task without allocating: everything that can fail comes before, so that a task whose
+  /// future exists is never destroyed for lack of memory.
   void push(Place place, FunctionWrapper task);
 
-  /// The oldest task, or null when there is none; doesn't wait.
+  /// The oldest task, or null if there is none; doesn't wait.
   [[nodiscard]] std::shared_ptr<FunctionWrapper> tryPop();
 
  private:

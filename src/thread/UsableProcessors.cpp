@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Processors of the affinity mask; those of the machine where it cannot be read.
+/// Number of processors in the affinity mask, or of the machine if the mask can't be read.
 u64 processorsOfMask() {
   // The call refuses sets that are smaller than the kernel's.
   for (std::size_t room = 1024; room <= std::size_t{1} << 20U; room *= 2) {
@@ -30,7 +30,7 @@ u64 processorsOfMask() {
   return std::thread::hardware_concurrency();
 }
 
-/// Quota divided by period; infinite where there is no limit.
+/// Quota divided by period; infinite if there is no limit.
 double shareOf(double quota, double period) {
   return quota > 0.0 && period > 0.0 ? quota / period : HUGE_VAL;
 }
@@ -46,7 +46,7 @@ double shareIn(const fs::path& group) {
 }
 
 /// The smallest share of a group and of those around it. Inside a container the path may be that of
-/// the machine, of which only the mounted folder itself is there.
+/// the machine, of which only the mounted folder itself exists.
 double shareOfGroup(const fs::path& mount, fs::path group) {
   double share = shareIn(mount);
   for (group = group.relative_path(); !group.empty(); group = group.parent_path())

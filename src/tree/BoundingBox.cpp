@@ -12,7 +12,7 @@
 namespace velmo {
 namespace {
 
-/// Points that one task works on.
+/// Number of points per task.
 constexpr u64 kPiece = 8192;
 
 }  // namespace

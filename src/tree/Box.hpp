@@ -12,21 +12,21 @@
 #include "tree/Orthant.hpp"
 
 /// The boxes of the multipole method: nodes of the octree with interaction lists and expansions.
-/// Lists and expansions lie elsewhere, in long arrays; a box holds where. Boxes, lists and
-/// expansions are read by many threads at once; a pass that writes expansions gives each box to one
+/// Lists and expansions are stored elsewhere, in long arrays, to which a box refers. Many threads
+/// may read boxes, lists and expansions; a pass that writes expansions gives each box to one
 /// thread.
 namespace velmo::fmm {
 
-/// What a box without lists reads as its lists. Nobody may add to it: who wants to add to a list
-/// must first have given the box one of its own.
+/// The list that a box without lists returns. It must stay empty: to add to a list, first give the
+/// box a list of its own.
 inline std::vector<bits::Morton> EmptyList;
 
-/// A list of a box, read as identifiers, ascending by plain value. They are looked up from the
-/// positions, not stored again. A view, valid as long as the tree that holds the list; reading is
-/// safe from any thread.
+/// A list of a box, read as identifiers, ascending by plain value. They are looked up by position,
+/// not stored again. A view, valid as long as the tree that holds the list; reading is safe from
+/// any thread.
 class MortonList {
  public:
-  /// Forward, one identifier after the other, by value. Iterators of one list can be compared.
+  /// Forward iterator over the identifiers, by value. Iterators of the same list can be compared.
   class Iterator {
    public:
     using value_type = bits::Morton;
@@ -85,21 +85,20 @@ struct ListTable {
 template <std::size_t Dim>
 class Orthant;
 
-/// Orthant with its interaction lists, each sorted. The lists lie in the tree; they are empty until
-/// the tree has made them, and don't change afterwards. What the four hold stands at
-/// tree::ListKind.
+/// Orthant with its interaction lists, each sorted. The tree owns the lists; they are empty until
+/// the tree has built them, and don't change afterwards. tree::ListKind describes the four lists.
 ///
-/// The lists take two words in the box, however long they are. A copy refers to the lists of the
-/// same tree.
+/// The box refers to its lists with two words, however long they are. A copy refers to the lists of
+/// the same tree.
 template <>
 class Orthant<3> : public tree::Orthant<3> {
  public:
   Orthant() = default;
   explicit Orthant(const tree::Orthant<3>& orthant) : tree::Orthant<3>(orthant) {}
 
-  /// The lists as identifiers, for whoever asks about single boxes.
-  /// @throws utility::RuntimeError "EmptyList has been resized!!!" when somebody added to the list
-  ///   that boxes without lists share
+  /// The lists as identifiers, for queries about single boxes.
+  /// @throws utility::RuntimeError "EmptyList has been resized!!!" if somebody has added to the
+  ///   list that boxes without lists share
   ///
   /// Leaves near this leaf, itself included; empty for a box with children.
   [[nodiscard]] MortonList listU() const { return identifiers_(tree::ListKind::U); }
@@ -110,14 +109,14 @@ class Orthant<3> : public tree::Orthant<3> {
   /// Coarser leaves away from this box that are near its parent.
   [[nodiscard]] MortonList listX() const { return identifiers_(tree::ListKind::X); }
 
-  /// A list as positions in the tree's boxes, in the same order: the form that the passes walk. The
-  /// tree owns the array. Asks nobody and throws nothing, so hot loops may call it.
+  /// A list as positions in the tree's boxes, in the same order; the passes use this form. The tree
+  /// owns the array. Checks nothing and doesn't throw, so hot loops may call it.
   [[nodiscard]] std::span<const tree::BoxIndex> positions(tree::ListKind kind) const noexcept {
     if (table_ == nullptr) return {};
     return table_->lists[kind].of(index_);
   }
 
-  /// Gives the box its place in the tree's lists; for the tree alone.
+  /// Gives the box its place in the tree's lists; only for the tree.
   /// @param table must outlive the box and stay in place
   /// @param index position of the box in the tree
   void setLists(const ListTable* table, tree::BoxIndex index) noexcept {
@@ -131,7 +130,7 @@ class Orthant<3> : public tree::Orthant<3> {
     return {positions(kind), table_ == nullptr ? nullptr : table_->ids.data()};
   }
 
-  const ListTable* table_ = nullptr;  ///< null before the tree has made its lists
+  const ListTable* table_ = nullptr;  ///< null until the tree has built its lists
   tree::BoxIndex index_ = tree::kNoBox;
 };
 

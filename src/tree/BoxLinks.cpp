@@ -26,7 +26,8 @@ BoxLinks makeBoxLinks(std::span<const Orthant<3>> orthants) {
   links.childMask.resize(numBoxes);
   links.level.resize(numBoxes);
 
-  // By plain value, the children of all boxes of a level stand behind each other in the next one.
+  // In the order of plain values, the children of all boxes of a level follow each other in the
+  // next one.
   std::size_t next = 1;
   for (std::size_t box = 0; box < numBoxes; ++box) {
     const Orthant<3>& orthant = orthants[box];

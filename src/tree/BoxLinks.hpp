@@ -15,14 +15,14 @@ namespace velmo::tree {
 /// stay small.
 using BoxIndex = std::uint32_t;
 
-/// Says that there is no such box.
+/// Stands for no box.
 inline constexpr BoxIndex kNoBox = std::numeric_limits<BoxIndex>::max();
 
-/// How the boxes of a tree hang together, one entry per box in the order of the boxes, that is, by
-/// plain value: level after level, the root first. The children of a box follow each other, in the
-/// order of their child indices, so the first one and a mask tell them all.
+/// How the boxes of a tree are connected, one entry per box in the order of the boxes, that is, by
+/// plain value: level after level, the root first. The children of a box follow each other in the
+/// order of their child indices, so the first one and a mask are enough to find all.
 ///
-/// Made by makeBoxLinks, read-only afterwards. Lists and passes walk these short arrays instead of
+/// Made by makeBoxLinks, read-only afterwards. Lists and passes use these short arrays instead of
 /// the boxes themselves.
 struct BoxLinks {
   std::vector<bits::Morton> ids;        ///< ascending by plain value
@@ -48,7 +48,7 @@ struct BoxLinks {
 ///
 /// @param orthants every one with all children of its mask, all but the root with a parent
 /// @throws utility::RuntimeError "The tree has too many boxes: <n>",
-///         "The boxes and their children don't fit together" when a child of a mask is missing or a
+///         "The boxes and their children don't fit together" if a child of a mask is missing or a
 ///         box has no parent
 [[nodiscard]] BoxLinks makeBoxLinks(std::span<const Orthant<3>> orthants);
 

@@ -17,7 +17,7 @@ bool isSortedByCorner(std::span<const Orthant<3>> orthants) {
 }
 
 constexpr Morton kFirstCell(0x8000000000000000);
-/// One level above the deepest: the ancestor that these share with a cell always has children.
+/// One level above the deepest: a common ancestor of these with another cell always has children.
 constexpr Morton kFirstCorner(0x1000000000000000);
 constexpr Morton kLastCorner(0x1fffffffffffffff);
 
@@ -34,8 +34,8 @@ void removeOverlaps(std::vector<Morton>& keys) {
   for (const Orthant<3>& orthant : orthants) keys.push_back(orthant.id);
 }
 
-/// The keys with a cell in front that reaches the cube's lower corner, and one behind for the upper
-/// corner, where the keys don't reach them.
+/// The keys, with a cell before them that reaches the cube's lower corner and one after them for
+/// the upper corner if the keys don't reach these.
 std::vector<Morton> withCorners(const std::vector<Morton>& keys) {
   if (keys.empty()) return withCorners({kFirstCell});
   std::vector<Morton> list;

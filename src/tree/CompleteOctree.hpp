@@ -8,18 +8,18 @@
 
 namespace velmo::tree {
 
-/// Makes a list of orthants, sorted by their first corners, free of overlaps. Two orthants overlap
-/// when they are equal or one holds the other.
+/// Removes overlaps from a list of orthants that is sorted by their first corners. Two orthants
+/// overlap if they are equal or one contains the other.
 struct RemoveOverlaps {
-  /// Keeps of each chain of nested orthants the deepest one. An orthant goes when it is the root or
-  /// overlaps the one behind it; the last one stays.
+  /// Keeps only the deepest one of each chain of nested orthants. An orthant is removed if it is
+  /// the root or overlaps the next one; the last one stays.
   ///
-  /// Fewer than two orthants stay as they are.
+  /// Fewer than two orthants are not changed.
   /// @throws utility::LogicError "RemoveOverlaps: orthants not sorted according their Morton ID"
   static void apply(std::vector<Orthant<3>>& orthants);
 
-  /// Whether no orthant overlaps the one behind it; the root counts as overlapping nothing. The
-  /// order of the last orthant isn't examined.
+  /// Whether no orthant overlaps the next one; the root counts as not overlapping. The order of the
+  /// last orthant isn't checked.
   ///
   /// @throws utility::LogicError
   ///         "RemoveOverlaps::check: orthants not sorted according their Morton ID"
@@ -27,17 +27,17 @@ struct RemoveOverlaps {
 };
 
 /// The coarsest cells that lie strictly between `a` and `b` on the Morton curve, sorted along it.
-/// Empty when `a` holds `b`. Any levels; at most seven cells per level come out on either side.
+/// Empty if `a` contains `b`. Any levels; at most seven cells per level result on either side.
 ///
 /// @throws utility::RuntimeError "Input morton IDs are identical: not allowed",
 ///         "Violation of prerequisite <a> < <b>" when `a` isn't before `b`
 [[nodiscard]] std::vector<bits::Morton> completeRegion(bits::Morton a, bits::Morton b);
 
-/// Fills the gaps between the given cells, and before and behind them, with coarsest cells. Such a
-/// cover is what the octree starts to refine from. No keys count as the first cell of level 21.
+/// Fills the gaps between the given cells, and before and after them, with coarsest cells. The
+/// octree is refined from such a cover. No keys count as the first cell of level 21.
 ///
 /// @param keys            sorted by their first corners; overlaps are removed from this list
-/// @param activeProcesses one flag per process that holds anything
+/// @param activeProcesses one flag per process: whether it has any objects
 /// @return cells that cover the cube and don't overlap, sorted by their first corners
 /// @throws utility::RuntimeError "Failed to identify first and last active processes"
 [[nodiscard]] std::vector<bits::Morton> completeOctree(std::vector<bits::Morton>& keys,

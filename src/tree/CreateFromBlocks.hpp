@@ -11,16 +11,16 @@
 
 namespace velmo::tree {
 
-/// What one task of the tree's construction makes. Each task has its own; they are joined in the
-/// order of their blocks.
+/// Result of one task of the tree's construction. The results are joined in the order of their
+/// blocks.
 struct Forest {
   std::vector<Orthant<3>> nodes;    ///< each before its children, child after child
   std::vector<std::size_t> blocks;  ///< places of the refined blocks in `nodes`, in block order
-  std::vector<u64> overfull;        ///< point counts of the leaves that level 21 stopped
+  std::vector<u64> overfull;        ///< point counts of leaves that stopped at level 21
 };
 
 /// Adds a block and everything below it to the forest: a node with too many points gets a child for
-/// each of its eight cells that holds points, and so on down.
+/// each of its eight cells that contains points, and so on.
 ///
 /// @param block  with the count of its points
 /// @param points all points of the tree, sorted by plain value
@@ -33,13 +33,13 @@ struct CreateFromBlocks;
 /// The octree of a sorted list of points, refined from coarse blocks.
 template <>
 struct CreateFromBlocks<3> {
-  /// All orthants that hold points, inner ones and leaves, sorted by plain value.
+  /// All orthants that contain points, inner ones and leaves, sorted by plain value.
   ///
   /// Blocks are refined by the workers of the pool, each range of blocks by one task; the result
-  /// doesn't depend on their number. The nodes between the root and the blocks are added at last.
-  /// An adaptive tree refines an orthant that holds more than `leafSize` points, another one an
-  /// orthant above level `maxLevel`. Points that still share a cell of level 21 stay together in
-  /// one leaf, with a warning on the error stream.
+  /// doesn't depend on their number. The nodes between the root and the blocks are added last. An
+  /// adaptive tree refines orthants with more than `leafSize` points, other trees refine down to
+  /// level `maxLevel`. Points that share a cell of level 21 stay together in one leaf, with a
+  /// warning on standard error.
   ///
   /// @param blocks sorted by their first corners, without overlap, with the count of their points;
   ///               those without points are skipped

@@ -15,22 +15,23 @@
 
 namespace velmo::tree {
 
-/// The octree over sources and targets with all that it was made from. Built once, then read by any
-/// number of threads; only the expansions of the boxes change, through tree().boxes.
+/// The octree over sources and targets with everything that it was built from. Built once, then
+/// read by any number of threads; only the expansions of the boxes change, through tree().boxes.
 ///
-/// "Input" numbers are those of the two grids handed in, "sorted" numbers those along the Morton
-/// curve, in which the objects of every box follow each other. Each kind, targets and sources, is
-/// numbered from 0.
+/// "Input" numbers are those of the two given grids, "sorted" numbers follow the Morton curve,
+/// along which the objects of every box are contiguous. Each kind, targets and sources, is numbered
+/// from 0.
 ///
-/// Owns all of it; spans and references that it hands out live as long as it does. Coordinates are
-/// in the unit of the input.
+/// Owns all of it; spans and references to its parts are valid as long as it is. Coordinates are in
+/// the unit of the input.
 class FmmTree {
  public:
   using Tree = SrcTrgTree<fmm::Box<3>>;
 
-  /// Both grids are copied in sorted order and not referred to.
+  /// Both grids are copied in sorted order and not used afterwards.
   /// @param targets  a point cloud
-  /// @param sources  a surface; its elements stand in the tree by the mean of their vertices
+  /// @param sources  a surface; in the tree its elements are represented by the mean of their
+  ///   vertices
   /// @param selector of the kind of interaction lists: 0, the adaptive ones
   /// @throws utility::LogicError   "Interaction lists of kind <selector> are not available"
   /// @throws utility::RuntimeError for coordinates that aren't finite, see geom::BoundingBox<3>
@@ -38,14 +39,15 @@ class FmmTree {
   FmmTree(const grid::GridData& targets, const grid::GridData& sources, const Options& opts,
           int selector, comm::Comm communicator);
 
-  /// Of all objects, elements by the mean of their vertices. Elements may reach out of it.
+  /// Bounding box of all objects, where an element counts as the mean of its vertices. Elements may
+  /// stick out of it.
   [[nodiscard]] const geom::BoundingBox<3>& boundingBox() const noexcept { return box_; }
 
   /// Boxes, lists and ranges, complete. Changing more than the expansions breaks the tree.
   [[nodiscard]] const Tree& tree() const noexcept { return tree_; }
   [[nodiscard]] Tree& tree() noexcept { return tree_; }
 
-  /// Points, and elements, of the grids handed in; all of them stand in the tree.
+  /// Numbers of points and elements of the given grids; all of them are in the tree.
   [[nodiscard]] u64 numTargets() const noexcept { return targetOrder_.size(); }
   [[nodiscard]] u64 numSources() const noexcept { return sourceOrder_.size(); }
 
@@ -62,8 +64,8 @@ class FmmTree {
   }
 
   /// Centre of each box in the unit of the input, q size + min with q the centre in the unit cube;
-  /// three doubles per box, in the order of the boxes. Boxes with equal q have bitwise equal
-  /// centres in that axis, so a shift between them is exactly 0 there.
+  /// three doubles per box, in the order of the boxes. Boxes with equal q in an axis have bitwise
+  /// equal centres in it, so a shift between them is exactly 0 there.
   [[nodiscard]] std::span<const double> centres() const noexcept { return centres_; }
 
  private:

@@ -29,7 +29,7 @@ std::vector<std::uint8_t> sourceMasks(const BoxLinks& links, const BoxRoles& rol
   return masks;
 }
 
-/// Makes the lists of some boxes that follow each other in a level.
+/// Builds the lists of some consecutive boxes of a level.
 class ListBuilder {
  public:
   ListBuilder(const BoxLinks& links, const BoxRoles& roles, std::span<const std::uint8_t> sources)
@@ -53,8 +53,8 @@ class ListBuilder {
  private:
   BoxRuns& list_(ListKind kind) { return lists_.runs[static_cast<std::size_t>(kind)]; }
 
-  /// Adds V and X of a box and returns its neighbourhood. Nothing below a box without targets has
-  /// any, so that its neighbourhood isn't needed.
+  /// Adds V and X of a box and returns its neighbourhood. Boxes below a box without targets have no
+  /// lists, so its neighbourhood isn't needed.
   Neighbourhood addBox_(BoxIndex box, const Neighbourhood& ofParent) {
     if (!roles_.receives[box]) return {};
     if (links_.parent[box] != sortedFor_) sortNeighbours_(links_.parent[box], ofParent);
@@ -63,7 +63,8 @@ class ListBuilder {
     return childNeighbourhood(links_, box, ofParent);
   }
 
-  /// The parent's neighbourhood by position: the lists of its children come out ascending.
+  /// The parent's neighbourhood sorted by position, so that the lists of its children are
+  /// ascending.
   void sortNeighbours_(BoxIndex parent, const Neighbourhood& neighbourhood) {
     sortedFor_ = parent;
     sorted_.clear();

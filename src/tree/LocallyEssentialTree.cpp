@@ -17,7 +17,7 @@ using bits::Morton;
 using Orthants = std::vector<tree::Orthant<3>>;
 
 /// The orthants that other processes send, one list per sender. With one process nobody sends, and
-/// the rule isn't asked.
+/// the rule isn't used.
 std::vector<Orthants> receiveHalos(const HaloRule& /*rule*/, const tree::Partition& /*partition*/,
                                    comm::Comm comm) {
   return std::vector<Orthants>(static_cast<std::size_t>(comm::size(comm)));

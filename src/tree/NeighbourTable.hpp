@@ -5,21 +5,20 @@
 
 #include "tree/BoxLinks.hpp"
 
-/// Neighbours of boxes without any search: those of a child follow from those of its parent by a
-/// small table that is the same for all boxes.
+/// Neighbours of boxes without any search: a small table, the same for all boxes, gives those of a
+/// child from those of its parent.
 namespace velmo::tree {
 
 /// The neighbourhood of a box: for each of the 27 cells of its level around it, itself included,
-/// the box of that cell or, where the cell holds no objects, the deepest box around the cell.
-/// kNoBox for cells outside the cube. Slot (x + 1) + 3 (y + 1) + 9 (z + 1) belongs to the step (x,
-/// y, z).
+/// the box of that cell or, if the cell has no objects, the deepest box around the cell. kNoBox for
+/// cells outside the cube. Slot (x + 1) + 3 (y + 1) + 9 (z + 1) belongs to the step (x, y, z).
 using Neighbourhood = std::array<BoxIndex, 27>;
 
 /// Slot of the box itself, the step (0, 0, 0).
 inline constexpr unsigned kOwnSlot = 13;
 
-/// What a child's neighbourhood takes from the parent's, and which cells are far from each other.
-/// The neighbour of child k in a slot lies in the parent's slot `parentSlot[k][slot]`, where it is
+/// How a child's neighbourhood follows from the parent's, and which cells are far from each other.
+/// The neighbour of child k in a slot is in the parent's slot `parentSlot[k][slot]`, where it is
 /// child `childIndex[k][slot]`. In cells of the children's level, from the parent's lower corner,
 /// the neighbour is at b(k) + s in each axis, b the child's bit and s the step: the quotient by 2,
 /// rounded down, is the step to the parent's slot, the remainder the bit of the child there.
@@ -31,7 +30,7 @@ struct NeighbourTable {
   std::array<std::array<std::uint8_t, 27>, 8> farMask{};
 };
 
-/// The table, made by the compiler; one for all threads.
+/// The table, computed at compile time and shared by all threads.
 [[nodiscard]] const NeighbourTable& neighbourTable() noexcept;
 
 /// The root's neighbourhood: only itself, at position 0.

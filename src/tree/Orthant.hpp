@@ -8,24 +8,25 @@
 
 /// The octree, its boxes and their interaction lists. Boxes are named by identifiers, see
 /// `bits/MortonID.hpp`: the root is the unit cube, level 0, and a box has up to eight children of
-/// half its edge. The unit cube stands for the root cube of the input, see `BoundingBox.hpp`.
+/// half its edge. The unit cube corresponds to the root cube of the input, see `BoundingBox.hpp`.
 namespace velmo::tree {
 
 /// Bits of `Orthant::flags`; the others are not used.
 inline constexpr u64 kHaloBit = 0;     ///< the orthant belongs to another process
-inline constexpr u64 kSourcesBit = 2;  ///< it holds sources
-inline constexpr u64 kTargetsBit = 3;  ///< it holds targets
+inline constexpr u64 kSourcesBit = 2;  ///< it has sources
+inline constexpr u64 kTargetsBit = 3;  ///< it has targets
 
 template <std::size_t Dim>
 class Orthant;
 
 /// Node of the octree: a cell and the objects inside it. Objects are elements and points alike,
-/// each with an identifier of level 21, and they are sorted by it. So those of a node are a stretch
-/// of the list, numObjects long from `firstObject` on, where equal identifiers follow each other.
+/// each with an identifier of level 21, and they are sorted by it. So those of a node are a
+/// contiguous range of the list: numObjects objects from `firstObject` on, where equal identifiers
+/// are consecutive.
 ///
 /// Only orthants with objects exist, leaves may be of any level, and a node has from one to eight
-/// children. A plain record without invariants of its own: who builds the tree keeps `children` and
-/// the list of nodes together. Its one virtual operation is the destructor.
+/// children. A plain record without invariants of its own: the code that builds the tree keeps
+/// `children` consistent with the list of nodes. Only the destructor is virtual.
 template <>
 class Orthant<3> {
  public:
@@ -41,11 +42,11 @@ class Orthant<3> {
   Orthant& operator=(Orthant&&) noexcept = default;
   virtual ~Orthant() = default;
 
-  /// Whether the orthant has no children. A leaf holds objects all the same.
+  /// Whether the orthant has no children. A leaf has objects nevertheless.
   [[nodiscard]] bool isLeaf() const noexcept { return children.none(); }
-  /// Whether the orthant belongs to another process, which none does with one process.
+  /// Whether the orthant belongs to another process; always false with one process.
   [[nodiscard]] bool isHalo() const { return flags.test(kHaloBit); }
-  /// Whether sources, or targets, are inside; SrcTrgTree::mark tells.
+  /// Whether sources, or targets, are inside; set by SrcTrgTree::mark.
   [[nodiscard]] bool hasSources() const { return flags.test(kSourcesBit); }
   [[nodiscard]] bool hasTargets() const { return flags.test(kTargetsBit); }
 
@@ -53,7 +54,7 @@ class Orthant<3> {
   bits::Morton firstObject;  ///< identifier of the first object inside, in the sorted list
   u64 numObjects = 0;        ///< sources and targets together
   topo::Bitset<8> flags;     ///< kHaloBit, kSourcesBit, kTargetsBit
-  topo::Bitset<8> children;  ///< bit k: child k exists, that is, holds objects
+  topo::Bitset<8> children;  ///< bit k: child k exists, that is, has objects
 };
 
 }  // namespace velmo::tree

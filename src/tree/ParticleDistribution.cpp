@@ -44,7 +44,8 @@ ParticleDistribution::ParticleDistribution(const grid::GridData& targetGrid,
                           : Partition::ofOneProcess(ids.front(), ids.back());
 }
 
-/// Deals the sorted objects out to the two kinds, piece by piece at places counted before.
+/// Distributes the sorted objects to the two kinds, piece by piece, to places that were counted
+/// before.
 void ParticleDistribution::split_(std::span<const ObjectIndex> order, u64 numTargets) {
   constexpr u64 kPiece = u64{1} << 15;
   const auto isTarget = [numTargets](ObjectIndex object) { return object < numTargets; };

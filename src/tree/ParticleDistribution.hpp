@@ -30,17 +30,17 @@ struct SortedObjects {
 
 /// The objects of two grids along the Morton curve, and the blocks that their tree starts from.
 ///
-/// An object is an element of a grid; the mean of its corner vertices is the point that stands for
-/// it. Objects are numbered in one sequence, the targets first, then the sources: input number
-/// numTargets + e is source e.
+/// An object is an element of a grid; it is represented by the mean of its corner vertices. Objects
+/// are numbered in one sequence, the targets first, then the sources: input number numTargets + e
+/// is source e.
 ///
 /// In one process the distribution is a permutation: all objects stay, in sorted order. Equal
 /// identifiers keep the order of the input, so that equal input gives the same order on every run.
 ///
 /// Complete when the constructor returns. Coordinates are in the unit of the input. The tree takes
-/// the lists over when it is built.
+/// over the lists when it is built.
 struct ParticleDistribution {
-  /// Reads both grids and doesn't refer to them.
+  /// Reads both grids and doesn't refer to them afterwards.
   /// @throws utility::RuntimeError what geom::BoundingBox<3>::reduce throws for coordinates that
   ///         aren't finite, and what sortIdentifiers throws
   ParticleDistribution(const grid::GridData& targets, const grid::GridData& sources,

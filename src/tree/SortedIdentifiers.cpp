@@ -16,7 +16,7 @@ constexpr unsigned kDigitBits = 11;
 constexpr unsigned kNumDigits = (64 + kDigitBits - 1) / kDigitBits;
 constexpr std::size_t kRadix = std::size_t{1} << kDigitBits;
 
-/// Identifiers whose digits are counted, and which are moved, by one task.
+/// Number of identifiers that one task counts and moves.
 constexpr u64 kPiece = u64{1} << 15;
 
 using Histogram = std::array<ObjectIndex, kRadix>;
@@ -25,8 +25,8 @@ std::size_t digitOf(bits::Morton id, unsigned d) noexcept {
   return id.value() >> d * kDigitBits & (kRadix - 1);
 }
 
-/// Counts digit `d` piece by piece and turns the counts into the place of the first identifier of
-/// each piece and value.
+/// Counts digit `d` piece by piece and converts the counts into the place of the first identifier
+/// of each piece and value.
 /// @return false if all identifiers have the same digit
 bool findPlaces(std::span<const bits::Morton> ids, unsigned d, std::vector<Histogram>& places) {
   thread::forPieces(ids.size(), kPiece, [&](u64 first, u64 end) {

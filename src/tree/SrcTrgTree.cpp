@@ -80,7 +80,7 @@ std::vector<ObjectRange> Tree::rangesOf_(std::span<const Morton> ids) const {
         ranges[leaf] = {static_cast<u64>(inside.data() - ids.data()), inside.size()};
     }
   });
-  // Objects of one box follow each other in the sorted list, so children join to one stretch.
+  // Objects of one box are contiguous in the sorted list, so those of its children form one range.
   for (BoxIndex box = links_.size(); box-- > 1;) {
     if (ranges[box].count == 0) continue;
     ObjectRange& parent = ranges[links_.parent[box]];

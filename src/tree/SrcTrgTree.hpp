@@ -14,7 +14,7 @@
 
 namespace velmo::tree {
 
-/// A stretch of a sorted object list: the objects first to first + count - 1.
+/// A range of a sorted object list: the objects first to first + count - 1.
 struct ObjectRange {
   u64 first = 0;
   u64 count = 0;
@@ -26,19 +26,19 @@ template <class BoxType>
 class SrcTrgTree;
 
 /// One octree over sources and targets. Boxes are sorted by plain value, so level by level.
-/// Refinement has counted both kinds of objects together, so a leaf may hold either or both.
+/// Refinement counts both kinds of objects together, so a leaf may have either or both.
 ///
-/// Made in three steps: the constructor builds tables and leaf lists, mark() tells which boxes hold
-/// sources and targets, makeLists() builds the interaction lists. After that only the expansions of
-/// the boxes change, and all const operations may run on many threads. Moves keep all views valid;
-/// there are no copies.
+/// Made in three steps: the constructor builds tables and leaf lists, mark() finds out which boxes
+/// have sources and targets, makeLists() builds the interaction lists. After that only the
+/// expansions of the boxes change, and all const operations may run on many threads. All views stay
+/// valid after a move; it can't be copied.
 ///
-/// Boxes are named by identifier or by position. Passes go by position; looking up an identifier is
-/// a bisection, for whoever asks about single boxes.
+/// Boxes are named by identifier or by position. Passes use positions; looking up an identifier
+/// takes a bisection and is meant for queries about single boxes.
 template <>
 class SrcTrgTree<fmm::Box<3>> {
  public:
-  /// No boxes: levels and leaves can't be asked for.
+  /// A tree without boxes, whose levels and leaves can't be queried.
   SrcTrgTree() = default;
 
   /// @param orthants sorted by plain value, every box with its parent
@@ -48,7 +48,7 @@ class SrcTrgTree<fmm::Box<3>> {
   /// Finds the sources and targets of all boxes and sets their bits.
   ///
   /// @param targets, sources level-21 identifiers, sorted by plain value; together they are the
-  ///        tree's objects. The tree keeps them
+  ///        tree's objects, and the tree keeps them
   /// @throws utility::RuntimeError "Found more targets than objects in leaf", for either kind
   void mark(std::vector<bits::Morton> targets, std::vector<bits::Morton> sources);
 
@@ -61,7 +61,7 @@ class SrcTrgTree<fmm::Box<3>> {
   /// @throws std::out_of_range     "invalid unordered_map<K, T> key"
   [[nodiscard]] BoxIndex index(bits::Morton id) const;
 
-  /// Position of a box, none when there is no such box.
+  /// Position of a box, nothing if there is no such box.
   /// @throws utility::RuntimeError "Lookup tables has not been created"
   [[nodiscard]] std::optional<BoxIndex> find(bits::Morton id) const;
 
@@ -77,7 +77,7 @@ class SrcTrgTree<fmm::Box<3>> {
   /// @throws utility::RuntimeError "Leaf positions have not been created"
   [[nodiscard]] std::span<const BoxIndex> leafPositions() const;
 
-  /// Positions of the leaves that are no halo boxes, ascending.
+  /// Positions of the leaves that aren't halo boxes, ascending.
   /// @throws utility::RuntimeError "Non-halo leaf positions have not been created"
   [[nodiscard]] std::span<const BoxIndex> nonHaloLeafPositions() const;
 
@@ -91,15 +91,15 @@ class SrcTrgTree<fmm::Box<3>> {
 
   /// Parents, children and levels of the boxes, by position.
   [[nodiscard]] const BoxLinks& links() const noexcept { return links_; }
-  /// The stretch of the curve that belongs to the process.
+  /// The range of the curve that belongs to the process.
   [[nodiscard]] const Partition& partition() const noexcept { return partition_; }
 
   /// Identifiers of the sorted objects of one kind, of level 21, ascending.
   [[nodiscard]] std::span<const bits::Morton> sourceIds() const noexcept { return sourceIds_; }
   [[nodiscard]] std::span<const bits::Morton> targetIds() const noexcept { return targetIds_; }
 
-  /// For each box, leaf or not, the stretch of its objects in the sorted list of their kind. The
-  /// first position of an empty stretch is 0.
+  /// For each box, leaf or not, the range of its objects in the sorted list of their kind. The
+  /// first position of an empty range is 0.
   [[nodiscard]] std::span<const ObjectRange> sourceRanges() const noexcept { return sourceRanges_; }
   [[nodiscard]] std::span<const ObjectRange> targetRanges() const noexcept { return targetRanges_; }
 
@@ -109,7 +109,7 @@ class SrcTrgTree<fmm::Box<3>> {
  private:
   /// Sets numLevels and levelBegins_ from the sorted boxes.
   void findLevels_();
-  /// Lists the leaves and says that they can be asked for.
+  /// Lists the leaves, which can be queried from then on.
   void findLeaves_();
   /// Ranges of all boxes in a sorted list of objects.
   [[nodiscard]] std::vector<ObjectRange> rangesOf_(std::span<const bits::Morton> ids) const;

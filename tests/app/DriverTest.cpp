@@ -62,24 +62,6 @@ TEST(Driver, PrintsTheVersionPageOnStandardErrorWithStatusOne) {
             std::string::npos);
 }
 
-TEST(Driver, EndsBeforeItsFirstLineWhenAParameterIsMissing) {
-  struct Case {
-    std::vector<std::string> arguments;
-    std::string err;
-  };
-  const std::vector<Case> cases{
-      {{"-x"},
-       "[CLI] (EE) Failed to find --input | -i\n[CLI] (EE) Failed to find --points | -p\n"
-       "[CLI] (WW) Did not make use of: -x\n"},
-      {{"@no-such-file"}, "(EE) [RANK 0]: Expecting a file at: no-such-file\n"}};
-  for (const Case& c : cases) {
-    const ProgramResult result = run(c.arguments);
-    EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.out, "");
-    EXPECT_EQ(result.err, c.err);
-  }
-}
-
 TEST(Driver, TurnsEveryFailureOfTheInputsIntoOneLine) {
   const ProgramResult missing = run({"--input=s.vtkhdf", "--points=no-such-file", "--foo", "w"});
   EXPECT_EQ(missing.status, 1);

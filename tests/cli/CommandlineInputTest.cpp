@@ -110,31 +110,5 @@ TEST(CommandlineInput, TakesItsOptionsFromAResponseFile) {
                                         "The options in '/dev/zero' are longer than 1 MiB");
 }
 
-TEST(CommandlineInput, RefusesNamesThatAreTaken) {
-  struct Case {
-    std::string name;
-    char shortName;
-    std::string words;
-  };
-  const std::vector<Case> cases{
-      {"x", 'h', "Sorry '-h' is already occupied for '--help'"},
-      {"help", 'x', "Sorry '-h' is already occupied for '--help'"},
-      {"version", 'x', "Sorry '--version' is already occupied"},
-      {"x", 'i', "CommandlineInput: short name already occupied: i"},
-      {"input", 'x', "CommandlineInput: long name already occupied: input"}};
-  std::string program = "prog";
-  char* argv[] = {program.data(), nullptr};
-  ::testing::internal::CaptureStderr();
-  for (const Case& c : cases) {
-    CommandlineInput cli(1, argv, "");
-    static_cast<void>(cli.requiredParameter<std::string>("input", 'i', ""));
-    test::expectThrow<std::runtime_error>(
-        [&] { static_cast<void>(cli.requiredParameter<std::string>(c.name, c.shortName, "")); },
-        c.words);
-  }
-  EXPECT_TRUE(::testing::internal::GetCapturedStderr().starts_with(
-      "[CLI] (EE) You did not call 'CommandlineInput.finish()' "));
-}
-
 }  // namespace
 }  // namespace velmo::cli

@@ -90,15 +90,5 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"comment: skew", "comment: []", Kind::kYaml, "comment"},
         Refusal{"parts:\n", manyAliases(), Kind::kOther, "name"}));
 
-TEST(KeyGuardDeathTest, TellsParserFailuresApart) {
-  const auto readBrokenText = [] {
-    dup2(STDERR_FILENO, STDOUT_FILENO);
-    guardKey("solver", [] { return YAML::Load("a: ]"); });
-  };
-  EXPECT_EXIT(readBrokenText(), ::testing::KilledBySignal(SIGABRT),
-              "^\n\\(EE\\) YAML Parser exception: yaml-cpp: error at line 1[^\n]*"
-              "\n\\(EE\\) when trying to read \"solver\"\n$");
-}
-
 }  // namespace
 }  // namespace velmo::conf

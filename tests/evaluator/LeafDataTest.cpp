@@ -42,9 +42,13 @@ TEST(LeafData, RangesCoverEveryElementAndItsDofsOnce) {
   }
 
   EXPECT_EQ(element, 90U);
-  test::expectThrow<std::runtime_error>(
-      [] { (void)LeafElements(tree::FmmTree::Tree()).of(bits::Morton(9)); },
-      "LeafElements box 9 not found: ");
+
+  // Elements in two corners of the cube, a target in a third.
+  const tree::FmmTree corners(grid::makePointCloud(std::vector<double>{1, 0, 0}, 1),
+                              trianglesAt({0, 0, 0, 1, 1, 1}), {1, 0, true}, 0, 0);
+  test::expectThrow<utility::RuntimeError>(
+      [&] { (void)LeafElements(corners.tree()).of(bits::Morton(9)); },
+      "LeafElements box 9 not found: 8 15");
 }
 
 }  // namespace

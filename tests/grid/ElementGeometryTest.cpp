@@ -6,7 +6,6 @@
 #include <limits>
 
 #include "grid/Geometry.hpp"
-#include "grid/SurfaceElements.hpp"
 #include "grid/SurfaceWorlds.hpp"
 
 namespace velmo::grid {
@@ -75,26 +74,6 @@ TEST_P(EverySurfaceType, ReproducesPolynomialMapsOfItsOrder) {
     const double zz = alongX[0] * alongY[1] - alongX[1] * alongY[0];
     EXPECT_NEAR(area[q], std::hypot(xx, yy, zz), 40 * tolerance);
   }
-}
-
-double sphereAreaError(u64 code, u64 n) {
-  const GridData data = test::sphere(code, n);
-  const SurfaceElements elements = surfaceElements(data);
-  double area = 0.0;
-  for (const double a : elements.areas) area += a;
-  return std::abs(area - 4.0 * std::acos(-1.0));
-}
-
-/// Nodes on the sphere give the area to h^2 in order 1 and to h^4 in the orders 2 and 3: for even
-/// orders the leading term cancels.
-TEST_P(EverySurfaceType, AreaOfASphereConvergesWithItsOrder) {
-  const u64 code = GetParam();
-
-  const double coarse = sphereAreaError(code, 4);
-  const double fine = sphereAreaError(code, 8);
-
-  EXPECT_NEAR(std::log2(coarse / fine), orderOf(code) == 1 ? 2.0 : 4.0, 0.35)
-      << coarse << " " << fine;
 }
 
 INSTANTIATE_TEST_SUITE_P(Codes, EverySurfaceType,

@@ -82,6 +82,57 @@ TEST(XyzReader, TakesNoNumberThatAFailingReadCutsShort) {
   }
 }
 
+/// A text without positions, as that of a pipe.
+class Pipe : public std::stringbuf {
+ public:
+  using std::stringbuf::stringbuf;
+
+ private:
+  pos_type seekoff(off_type, std::ios_base::seekdir, std::ios_base::openmode) override {
+    return pos_type(off_type(-1));
+  }
+};
+
+// Pipes are read line by line.
+TEST(XyzReader, TakesFromFilesWhatItTakesFromPipes) {
+  std::string usual;
+  for (int i = 0; i < 40000; ++i)
+    usual += std::to_string(i) + " -" + std::to_string(i) + ".25e-3\t+.5" +
+             (i % 5 == 0 ? " # note\r\n#\n\n" : "\n") +
+             (i % 9999 == 1 ? "#" + std::string(50000, 'x') + "\n" : "");
+  const std::string tail = "9 9 9\n# end\n  #\n";
+  int numRefused = 0;
+  for (const std::string odd : {"", "1 2\n3\n", " \n", "1 2 0.5x\n", "1 inf 2\n", "1,2 3 4\n",
+                                "5 6 7", "# 1\n1 2 1e999\n", "1 2 3 ", "\n# x"})
+    for (const std::string count : {"1", "39999", "40000", "40001", "40002", "80001", "80002",
+                                    "18446744073709551615", "6148914691236517206"}) {
+      const std::string text = count + "\n" + usual + odd + usual + tail;
+      std::istringstream file(text);
+      Pipe buffer(text);
+      std::istream pipe(&buffer);
+      std::vector<double> ofFile;
+      std::vector<double> ofPipe;
+      XyzRest restOfFile;
+      XyzRest restOfPipe;
+      const auto refused = [](auto&& read) {
+        try {
+          read();
+          return std::string();
+        } catch (const std::ios_base::failure& failure) {
+          return std::string(failure.what());
+        }
+      };
+
+      const std::string refusal = refused([&] { restOfFile = readXyz(file, ofFile); });
+
+      EXPECT_EQ(refusal, refused([&] { restOfPipe = readXyz(pipe, ofPipe); })) << odd << count;
+      EXPECT_TRUE(ofFile == ofPipe) << odd << count;
+      EXPECT_EQ(restOfFile.hasMoreLines, restOfPipe.hasMoreLines) << odd << count;
+      numRefused += !refusal.empty();
+    }
+  EXPECT_GT(numRefused, 20);
+}
+
 const std::string kMesh =
     "# header\n  3  4 2   7  ignored\r\n\n"
     "# nodes\n10 0 0 0 more\n7 1 0 0\n#\n8 1 1\n0\n9 0 1 0.5\n\n"

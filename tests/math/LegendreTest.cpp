@@ -61,21 +61,5 @@ TEST(IntegratedLegendreP, IsTheIntegralOfTheLegendrePolynomialAndVanishesAtTheEn
   }
 }
 
-TEST(ScaledIntegratedLegendreP, IsTheHomogeneousFormWithoutADivision) {
-  for (u64 n = 2; n <= 10; ++n) {
-    const auto k = static_cast<double>(n);
-    for (const double x : {-0.4, 0.1, 0.35}) {
-      const double t = 0.45;
-      const PolynomialValue plain = IntegratedLegendreP{}(n, x / t);
-      const ScaledPolynomialValue scaled = ScaledIntegratedLegendreP{}(n, x, t);
-
-      EXPECT_NEAR(scaled.value, std::pow(t, k) * plain.value, 8 * kEps);
-      EXPECT_NEAR(scaled.dx, std::pow(t, k - 1) * plain.derivative, 8 * kEps);
-      EXPECT_NEAR(x * scaled.dx + t * scaled.dt, k * scaled.value, 8 * kEps) << "Euler's identity";
-    }
-    EXPECT_EQ(ScaledIntegratedLegendreP{}(n, 0.0, 0.0).value, 0.0) << "finite at the vertex";
-  }
-}
-
 }  // namespace
 }  // namespace velmo::math

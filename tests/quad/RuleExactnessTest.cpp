@@ -4,10 +4,18 @@
 #include <array>
 #include <cmath>
 #include <functional>
+#include <limits>
+#include <numeric>
+#include <string>
+#include <tuple>
+#include <vector>
 
+#include "io/Exception.hpp"
 #include "quad/GaussRules.hpp"
 #include "quad/RuleFamily.hpp"
 #include "quad/SimplexRules.hpp"
+#include "quad/SurfaceRuleSet.hpp"
+#include "support/ExpectThrow.hpp"
 
 namespace velmo::quad {
 namespace {
@@ -130,6 +138,136 @@ TEST(RuleExactness, CollapsedTriangleRulesAreExactToDegreeTwenty) {
 
   for (u64 degree = 0; degree <= 20; ++degree)
     EXPECT_LT(monomialError<2>(rule(family, 20), degree, triangleIntegral), 1e-13) << degree;
+}
+
+constexpr double kEps = std::numeric_limits<double>::epsilon();
+
+/// Error of the rule for the integral of x^degree over [0, 1].
+double monomialError(const LineRule& rule, u64 degree) {
+  const auto k = static_cast<double>(degree);
+  double sum = 0.0;
+  for (u64 i = 0; i < rule.points.size(); ++i) sum += rule.weights[i] * std::pow(rule.points[i], k);
+  return std::abs(sum - 1.0 / (k + 1.0));
+}
+
+TEST(GaussLegendre, IsExactToItsDegreeAndNoFurther) {
+  for (const u64 n : std::vector<u64>{1, 2, 3, 5, 8, 16, 33}) {
+    const LineRule rule = gaussLegendre(n);
+
+    for (u64 degree = 0; degree < 2 * n; ++degree)
+      EXPECT_LT(monomialError(rule, degree), 16 * kEps) << "n " << n << ", degree " << degree;
+    if (n <= 8) {  // beyond this the true error is below rounding
+      EXPECT_GT(monomialError(rule, 2 * n), 64 * kEps) << "n " << n;
+    }
+  }
+}
+
+// The iteration has no limit of its own, so that it ends is a property to be shown.
+TEST(GaussLegendre, EndsForUpToTwoHundredPointsThatAscendInsideTheInterval) {
+  for (u64 n = 1; n <= 200; ++n) {
+    const LineRule rule = gaussLegendre(n, -2.0, 3.0);
+
+    EXPECT_TRUE(std::ranges::is_sorted(rule.points));
+    EXPECT_GT(rule.points.front(), -2.0);
+    EXPECT_LT(rule.points.back(), 3.0);
+    // A root's rounding of half an epsilon moves the weights near the ends by about n^2 of it,
+    // weights of size 1/n^2 there.
+    const double sum = std::accumulate(rule.weights.begin(), rule.weights.end(), 0.0);
+    EXPECT_NEAR(sum, 5.0, 5.0 * static_cast<double>(n) * kEps) << "n " << n;
+  }
+}
+
+double sum(std::span<const double> values) {
+  return std::accumulate(values.begin(), values.end(), 0.0);
+}
+
+TEST(RuleFamily, TakesTableRulesAndCollapsedRulesByRange) {
+  const struct {
+    u64 minOrder, maxOrder;
+    std::vector<u64> orders, counts;
+  } cases[] = {
+      {3, 3, {4}, {6}},
+      {19, 19, {19}, {73}},
+      {5, 9, {5, 6, 8, 9}, {7, 12, 16, 19}},
+      {20, 22, {21, 23}, {121, 144}},
+      {18, 20, {19, 21}, {73, 121}},
+      {1,
+       25,
+       {1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, 17, 19, 21, 23, 25},
+       {1, 3, 6, 7, 12, 16, 19, 25, 33, 37, 42, 61, 73, 121, 144, 169}},
+  };
+
+  for (const auto& [minOrder, maxOrder, orders, counts] : cases) {
+    const RuleFamily<2> family = triangleFamily(minOrder, maxOrder);
+
+    EXPECT_EQ(family.orders, orders);
+    EXPECT_EQ(family.weights.sizes, counts);
+    for (u64 i = 0; i < orders.size(); ++i)
+      EXPECT_NEAR(sum(family.weights.block(i)), 0.5, 32 * kEps) << "order " << orders[i];
+  }
+}
+
+TEST(RuleFamily, FallsBackToTheLastRuleWithOneWarningPerLookup) {
+  const RuleFamily<2> family = triangleFamily(1, 19);
+
+  testing::internal::CaptureStderr();
+  const u64 position = indexOf(family, 30);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "(WW) Order 30 is not available, falling back to 19\n");
+  EXPECT_EQ(position, 12U);
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(indexOf(family, 19), 12U);
+  EXPECT_EQ(indexOf(family, 3), 2U);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(SurfaceRuleSet, ChoosesTheFamilyByShape) {
+  const SurfaceRuleSet rules(5);
+  EXPECT_EQ(rules.rule(topo::ReferenceType::Triangle).numPoints, 7U);
+  EXPECT_EQ(rules.rule(topo::ReferenceType::Quadrilateral).numPoints, 9U);
+  EXPECT_EQ(areaRules().rule(topo::ReferenceType::Triangle).numPoints, 7U);
+
+  // The fixed family answers order 5 with the four-point rule in a block of nine.
+  const auto area = areaRules().rule(topo::ReferenceType::Quadrilateral);
+  EXPECT_EQ(area.numPoints, 4U);
+  EXPECT_EQ(area.weights[3], 0.25);
+  EXPECT_EQ(area.weights[4], 0.0);
+}
+
+TEST(RuleFamily, RefusesWhatItCannotAnswer) {
+  const auto table = [](std::vector<detail_::TriangleRecord> records) {
+    return detail_::triangleFamilyOf(records);
+  };
+  const double third = 1.0 / 3.0;
+  const struct {
+    std::function<void()> call;
+    std::string message;
+  } cases[] = {
+      {[] { static_cast<void>(indexOf(RuleFamily<1>{}, 1)); }, "No rules available"},
+      {[&] {
+         static_cast<void>(table({{1, 1.0, third, third, 0.5}}));
+       },
+       "Sum of barycentric coords is not 1: 1.1666666666666665 0.16666666666666652"},
+      {[&] {
+         static_cast<void>(table({{1, 1.0, third, third, third}, {2, 0.5, third, third, third}}));
+       },
+       "Sum of weights is not 1/2: 0.25"},
+      {[] {
+         const std::vector<detail_::TetrahedronRecord> records{{1, 0.25, 0.25, 0.25, 0.25}};
+         static_cast<void>(detail_::tetrahedronFamilyOf(records));
+       },
+       "Sum of weights is not 1/6: 0.25"},
+      {[] {
+         static_cast<void>(RealBlockStore({2, 3}).block(0, 3));
+       },
+       "Real block is corrupt"},
+      {[] { static_cast<void>(areaRules().rule(topo::ReferenceType::Line)); },
+       "Reference element is not a surface element"},
+      {[] { static_cast<void>(triangleFamily(1000000, 1000000)); },
+       "Quadrature order 1000000 is too large, the limit is 399"},
+  };
+
+  for (const auto& [call, message] : cases) test::expectThrow<utility::RuntimeError>(call, message);
 }
 
 }  // namespace

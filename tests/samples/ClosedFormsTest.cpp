@@ -4,6 +4,7 @@
 #include <cmath>
 #include <functional>
 #include <memory>
+#include <numbers>
 #include <string>
 #include <vector>
 
@@ -14,7 +15,6 @@
 #include "samples/SphereGap.hpp"
 
 namespace velmo::samples {
-
 namespace {
 
 void expectNear(Real value, Real expected, Real tolerance) {
@@ -74,6 +74,13 @@ INSTANTIATE_TEST_SUITE_P(
         Form{"DiscPair", std::make_shared<DiscPair>(1.0, 0.5, 1.0)}),
     [](const auto& form) { return form.param.name; });
 
-}  // namespace
+TEST(ClosedForms, HaveTheirPotentialsOnTheirConductors) {
+  const ConductingEllipsoid ball({2.0, 2.0, 2.0}, 4.0 * std::numbers::pi);
+  const SphereGap pair({1.0, 0.6}, 0.5, 2.0);
+  expectNear(ball.at({0.0L, 2.0L, 0.0L}).potential, 0.5L, 1e-14L);
+  expectNear(pair.at({0.0L, 0.0L, 0.25L - 1e-15L}).potential, 2.0L, 1e-12L);
+  expectNear(pair.at({0.0L, 0.0L, -0.25L + 1e-15L}).potential, -2.0L, 1e-12L);
+}
 
+}  // namespace
 }  // namespace velmo::samples

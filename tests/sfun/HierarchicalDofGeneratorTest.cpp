@@ -2,16 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
 
-#include "io/Exception.hpp"
 #include "sfun/SamplePoints.hpp"
-#include "support/ExpectThrow.hpp"
 
 namespace velmo::sfun {
 namespace {
-
-using utility::RuntimeError;
 
 /// Largest error of the projection of x^a y^b onto order p.
 template <int D>
@@ -49,28 +44,6 @@ TEST(HierarchicalDofGenerator, ReproducesAllPolynomialsUpToItsOrderAndNoFurther)
     EXPECT_GT(projectionError<2>(p, p + 1, 0), 1e-5);
     EXPECT_GT(projectionError<3>(p, 0, p + 1), 1e-5);
   }
-}
-
-TEST(InterpolationBlockMatrix, RefusesMisuse) {
-  const std::array<double, 2> block{1.0, 2.0};
-  std::array<double, 1> one{};
-  InterpolationBlockMatrix matrix;
-  matrix.insert(0, {block.data(), 1, 1});
-  test::expectThrow<RuntimeError>(
-      [&] {
-        matrix.insert(0, {block.data(), 1, 1});
-      },
-      "velmo::sfun::InterpolationBlockMatrix::insert:Matrix block already exists!");
-  test::expectThrow<RuntimeError>([&] { matrix.solve(one, one); },
-                                  "InterpolationBlockMatrix::solve:finish() has not been called!");
-  matrix.finish();
-  test::expectThrow<RuntimeError>([&] { matrix.solve({}, one); },
-                                  "InterpolationBlockMatrix::solve:Rhs is insufficient!");
-  test::expectThrow<RuntimeError>([&] { matrix.solve(one, {}); },
-                                  "InterpolationBlockMatrix::solve:Sol is insufficient!");
-  InterpolationBlockMatrix oblong;
-  oblong.insert(0, {block.data(), 1, 2});
-  test::expectThrow<RuntimeError>([&] { oblong.finish(); }, "Matrix is not square!");
 }
 
 }  // namespace

@@ -158,17 +158,6 @@ IndexLayout layoutOf(std::vector<u64> offsets) {
   return layout;
 }
 
-TEST(IndexLayout, FindsOwnersAcrossEmptyRanks) {
-  const IndexLayout single(0, 7);
-  EXPECT_EQ(single.offsets, (std::vector<u64>{0, 7}));
-  EXPECT_EQ(single.ownerOf(6), 0U);
-
-  const IndexLayout several = layoutOf({0, 0, 3, 3, 5});
-  EXPECT_EQ(several.ownerOf(0), 1U);
-  EXPECT_EQ(several.ownerOf(2), 1U);
-  EXPECT_EQ(several.ownerOf(3), 3U);
-}
-
 TEST(DistributedVectors, RefuseWhatTheyDoNotHold) {
   std::vector<double> owned(2);
   ParVec vector(layoutOf({0, 2, 6}), View(owned));
@@ -200,16 +189,6 @@ TEST(DistributedVectors, RefuseWhatTheyDoNotHold) {
       "ParVec remote index out of range: Vector index cannot be found: 5 Scatter the ParVec?");
   expectThrow<RuntimeError>([&] { static_cast<void>(vector.layout.ownerOf(7)); },
                             "Partition: index 7 outside partition: [0, 2, 6]");
-  expectThrow<RuntimeError>(
-      [&] {
-        ExchangePlan(vector.layout, std::vector<u64>{3, 1});
-      },
-      "Expected only non-local IDs here");
-  expectThrow<std::runtime_error>(
-      [&] {
-        ExchangePlan(vector.layout, std::vector<u64>{3, 2});
-      },
-      "To-be-sent list does not have the right size");
 }
 
 }  // namespace

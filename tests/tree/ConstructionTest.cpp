@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -13,7 +15,6 @@
 #include "tree/BoundingBox.hpp"
 #include "tree/Clouds.hpp"
 #include "tree/CompleteOctree.hpp"
-#include "tree/CreateFromBlocks.hpp"
 #include "tree/LocallyEssentialTree.hpp"
 #include "tree/SortedIdentifiers.hpp"
 
@@ -103,23 +104,6 @@ TEST(PointIdentifiers, SortLikeAStableSort) {
   }
 }
 
-TEST(RemoveOverlaps, KeepsTheDeepestOfEachChain) {
-  std::vector<Orthant<3>> list =
-      orthants({Morton(1), Morton(8), Morton(64), Morton(66), Morton(9), Morton(9), Morton(15)});
-  EXPECT_FALSE(RemoveOverlaps::check(list));
-  RemoveOverlaps::apply(list);
-  EXPECT_TRUE(std::ranges::equal(list, Ids{Morton(64), Morton(66), Morton(9), Morton(15)}, {},
-                                 &Orthant<3>::id));
-  EXPECT_TRUE(RemoveOverlaps::check(list));
-  EXPECT_TRUE(RemoveOverlaps::check(orthants({Morton(1), Morton(15)})));
-
-  std::vector<Orthant<3>> unsorted = orthants({Morton(10), Morton(9), Morton(15)});
-  expectThrow<LogicError>([&] { RemoveOverlaps::apply(unsorted); },
-                          "RemoveOverlaps: orthants not sorted according their Morton ID");
-  expectThrow<LogicError>([&] { static_cast<void>(RemoveOverlaps::check(unsorted)); },
-                          "RemoveOverlaps::check: orthants not sorted according their Morton ID");
-}
-
 TEST(CompleteOctree, CoversTheCubeAroundKeysAndClouds) {
   for (const Ids& keys : {Ids{}, Ids{Morton(1)}, Ids{Morton(64)}, Ids{Morton(127)},
                           Ids{Morton(70), Morton(10), Morton(90)}, Ids{Morton(8), Morton(64)}}) {
@@ -156,26 +140,6 @@ TEST(CreateFromBlocks, WarnsOfCoincidentPointsAndKeepsThemInOneLeaf) {
             "objects=5)\n");
   EXPECT_EQ(tree.size(), 1u + 2 * 21);
   EXPECT_EQ(tree.back().numObjects, 5u);
-}
-
-TEST(CreateFromBlocks, RefusesBlocksThatDontFit) {
-  const Ids points{Morton(1ULL << 63), bits::encode(1, 1, 1)};
-  const auto apply = [&](const std::vector<Orthant<3>>& blocks, const Ids& ids) {
-    return [blocks, ids] { static_cast<void>(CreateFromBlocks<3>::apply(blocks, ids, {})); };
-  };
-  const std::string oneEmpty =
-      "Coarse blocks and Particle IDs must both be empty or both be non-mepty";
-  EXPECT_TRUE(CreateFromBlocks<3>::apply({}, {}, {}).empty());
-  expectThrow<RuntimeError>(apply({}, points), oneEmpty);
-  expectThrow<RuntimeError>(apply(orthants({Morton(8)}), {}), oneEmpty);
-  expectThrow<LogicError>(apply(orthants({Morton(8), Morton(64)}, 1), points),
-                          "CreateFromBlocks: blocks have overlaps");
-  expectThrow<LogicError>(
-      apply(orthants({Morton(15), Morton(8)}, 1), points),
-      "CreateFromBlocks::completeTree_ boxes must be sorted w.r.t their id, not "
-      "their Morton coordinate");
-  expectThrow<LogicError>(apply(orthants({Morton(8), Morton(9 * 8)}, 1), points),
-                          "CreateFromBlocks::completeTree_: no particle found for orthant 9");
 }
 
 }  // namespace

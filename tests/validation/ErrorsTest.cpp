@@ -5,13 +5,9 @@
 #include <cmath>
 #include <limits>
 #include <memory>
-#include <string>
 #include <vector>
 
-#include "io/Exception.hpp"
 #include "samples/SampleRequest.hpp"
-#include "support/ExpectThrow.hpp"
-#include "support/TemporaryFolder.hpp"
 
 namespace velmo::validation {
 namespace {
@@ -47,20 +43,6 @@ TEST(Errors, AreDividedByWhatTheSetHolds) {
   std::vector<Row> inside{exactRow(*ball, {0.5, 0, 0}), exactRow(*ball, {0, 0.1, 0})};
   inside[0].gradient[2] = 0.02;
   EXPECT_NEAR(againstClosedForm(inside, *ball).field.largest, 0.02, 1e-14);
-}
-
-TEST(RunResult, IsReadFromWholeTablesAndFinishedReportsOnly) {
-  const test::TemporaryFolder folder;
-  const std::string head = "X,Y,Z,Potential,EFieldX,EFieldY,EFieldZ\n";
-  const auto rows = readTable(folder.write("t.csv", head + " 1.5,-2,3e-3, inf,5,6,7\n"));
-  ASSERT_EQ(rows.size(), 1U);
-  EXPECT_EQ(rows[0].x, (samples::Vec3{1.5, -2.0, 3e-3}));
-  EXPECT_EQ(rows[0].gradient, (samples::Vec3{5.0, 6.0, 7.0}));
-  for (const char* const bad : {"1,2,3,4,5,6\n", "1,2,3,4,5,6,7,8\n", "1,2,3,4,5,6,7x\n", "\n"}) {
-    const std::string path = folder.write("t.csv", head + "1,2,3,4,5,6,7\n" + bad);
-    test::expectThrow<utility::RuntimeError>([&] { (void)readTable(path); },
-                                             "Line 3 of '" + path + "' is not seven numbers");
-  }
 }
 
 }  // namespace

@@ -2,29 +2,19 @@
 
 #include <algorithm>
 #include <array>
-#include <random>
+#include <cmath>
+#include <limits>
 #include <set>
-#include <unordered_map>
 #include <utility>
 
 #include "io/Exception.hpp"
 #include "support/ExpectThrow.hpp"
-#include "topo/Containers.hpp"
+#include "topo/Entity.hpp"
 #include "topo/Grid.hpp"
-#include "topo/IdMap.hpp"
+#include "topo/ReferenceElement.hpp"
 
 namespace velmo::topo {
 namespace {
-
-TEST(Containers, RefuseTheNinthEntry) {
-  TinyVector<u64, 8> values{0, 1, 2, 3, 4, 5, 6, 7};
-  test::expectThrow<std::runtime_error>([&] { values.push_back(8); },
-                                        "TinyVector::CAPACITY exceeded");
-  test::expectThrow<std::runtime_error>([] { (void)TinyVector<u64, 8>(std::vector<u64>(9)); },
-                                        "TinyVector::CAPACITY exceeded");
-  test::expectThrow<std::out_of_range>([] { Bitset<8>().set(8); }, "Bitset::set");
-  test::expectThrow<std::out_of_range>([] { (void)Bitset<8>().test(8); }, "Bitset::test");
-}
 
 using utility::RuntimeError;
 
@@ -150,25 +140,47 @@ TEST(SurfaceGrid, RefusesWhatIsNoSurfaceAndWhatItDoesNotHold) {
                                   "Ownerships has not been created yet");
 }
 
-TEST(PointGrid, FindsItsVertices) {
-  Grid<0> grid(3, {4, 9, 11}, {1, 1, 1});
+using enum ReferenceType;
 
-  EXPECT_EQ(grid.entityCounts()[0], 3U);
-  EXPECT_EQ(grid.uniqueTags(), std::vector<u64>{1});
-  for (const Entity& point : entitiesOf<0>(grid)) {
-    EXPECT_EQ(grid.vertexIndex(point.nodes()[0]), point.index());
-    EXPECT_EQ(grid.vertexMap().find(point.nodes()[0]), point.index());
-    EXPECT_EQ(grid.index(Entity(point.nodes())), point.index());
-  }
-  test::expectThrow<RuntimeError>([&] { (void)grid.vertexIndex(5); },
-                                  "Failed to find vertex 5 (dim=0, entity dim=0)");
-  test::expectThrow<RuntimeError>([&] { grid.finishOwnerships(); },
-                                  "Ownerships has not been created yet");
-  test::expectThrow<RuntimeError>(
-      [] {
-        Grid<0>(2, {1}, {1, 1});
-      },
-      "topo::Grid<0>: connectivity and tags don't have one entry per element");
+constexpr double kEps = std::numeric_limits<double>::epsilon();
+
+TEST(ReferenceElement, NodePointsStandInTheOrderVerticesEdgesInterior) {
+  const NodePoints cubic = nodePoints(Triangle, 3);
+  const std::vector<double> expected{0,      0,      1,      0,      1,      1,     1. / 3,
+                                     0,      2. / 3, 0,      1,      1. / 3, 1,     2. / 3,
+                                     2. / 3, 2. / 3, 1. / 3, 1. / 3, 2. / 3, 1. / 3};
+  ASSERT_EQ(cubic.points.size(), expected.size());
+  for (u64 i = 0; i < expected.size(); ++i) EXPECT_NEAR(cubic.points[i], expected[i], 2 * kEps);
+
+  const NodePoints biquadratic = nodePoints(Quadrilateral, 2);
+  EXPECT_EQ(biquadratic.points[16], 0.5);
+  EXPECT_EQ(biquadratic.points[17], 0.5);
+  EXPECT_EQ(nodePoints(Quadrilateral, 0).points, (std::vector{0.0, 0.0}));
+}
+
+TEST(ReferenceElement, RefusesWhatAShapeDoesNotHave) {
+  using std::runtime_error;
+  const char* const dispatch = "velmo::topo::detail_::applyToRets: must not reach this point";
+  const char* const nodes = "topo::ReferenceElement::getSubEntityNodes::Wrong codim";
+  const char* const counts = "topo::ReferenceElement::numSubEntities::Wrong codim";
+
+  test::expectThrow<runtime_error>([] { (void)numSubEntities(Triangle, 3); }, counts);
+  test::expectThrow<runtime_error>([] { (void)getSubEntityNodes(Line, 2, 0); }, nodes);
+  test::expectThrow<runtime_error>([] { (void)getSubEntityNodes(Tetrahedron, 1, 0); }, nodes);
+  test::expectThrow<std::out_of_range>([] { (void)getSubEntityNodes(Triangle, 1, 3); },
+                                       "invalid array<T, N> subscript");
+  test::expectThrow<runtime_error>([] { (void)dimension(None); }, dispatch);
+  test::expectThrow<runtime_error>([] { (void)dimension(ReferenceType{42}); }, dispatch);
+  test::expectThrow<runtime_error>([] { (void)nodePoints(Hexahedron, 1); }, dispatch);
+  test::expectThrow<runtime_error>([] { (void)interiorNodePoints(Triangle, 2); },
+                                   "Tria with p < 3 cannot have interior nodes");
+  test::expectThrow<runtime_error>([] { (void)interiorNodePoints(Quadrilateral, 1); },
+                                   "Quad with p < 2 cannot have interior nodes");
+  test::expectThrow<runtime_error>([] { (void)referenceType(2, 5); },
+                                   "2-dim can only have 3 or 4 nodes");
+  test::expectThrow<runtime_error>([] { (void)referenceType(1, 3); },
+                                   "1-dim can only have 2 nodes");
+  test::expectThrow<runtime_error>([] { (void)referenceType(0, 2); }, "0-dim can only have 1 node");
 }
 
 }  // namespace

@@ -1,22 +1,101 @@
-#include "fmm/FarfieldTransfer.hpp"
-
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cmath>
 #include <random>
+#include <stdexcept>
+#include <string>
+#include <utility>
 
 #include "bem/LaplaceFundSol.hpp"
 #include "fmm/ExpansionTools.hpp"
+#include "fmm/FarfieldTransfer.hpp"
+#include "fmm/RotationTable.hpp"
 #include "io/Exception.hpp"
+#include "math/Constants.hpp"
 #include "support/ExpectThrow.hpp"
 
 namespace velmo::fmm::test {
 namespace {
 
-using Transfer = bem::fmm::FarfieldTransfer<bem::LaplaceFundSol<3>>;
 using utility::RuntimeError;
 using velmo::test::expectThrow;
+
+TEST(SolidHarmonics, SumUpToTheKernelAndItsGradient) {
+  constexpr u64 kDegree = 40;
+  const Vector centre{0.2, -0.1, 0.4};
+  const Vector near{0.45, 0.1, 0.3};
+  const Vector far{-2.0, 1.5, 1.0};
+  // Multipole: source near, target far; local: the other way.
+  for (const Kind kind : {Kind::Multipole, Kind::Local}) {
+    const bool isLocal = kind == Kind::Local;
+    const Vector source = isLocal ? far : near;
+    const Vector target = isLocal ? near : far;
+    const Coefficients c = expand(kind, {{source}, {1.5}}, centre, kDegree);
+    const std::array<double, 4> sums = field(kind, c, difference(target, centre));
+
+    const Vector d = difference(target, source);
+    const double r = length(d);
+    // Truncation is (0.34 / 2.8)^41; the rest is rounding.
+    EXPECT_NEAR(sums[0], 1.5 / r, 16 * kEps);
+    for (u64 axis = 0; axis < 3; ++axis)
+      EXPECT_NEAR(sums[axis + 1], -1.5 * d[axis] / (r * r * r), 16 * kEps);
+  }
+}
+
+TEST(SolidHarmonics, RefuseDegreesOutOfRange) {
+  Coefficients out(3 * numCoefficients(3), 1.0);
+  const std::string text = "Expansion degree must be >= 2";
+  for (const u64 p : {1, 2})
+    expectThrow<RuntimeError>([&] { regularGradient(p, Vector{0.3, -0.7, 0.45}, out); }, text);
+  expectThrow<RuntimeError>([&] { singularGradient(0, Vector{0.3, -0.7, 0.45}, out); }, text);
+  for (const u64 p : {u64{81}, u64{20000}, kNone})
+    expectThrow<RuntimeError>([&] { requireDegree(p); }, "The FMM expansion degree must be <= 80");
+  EXPECT_NO_THROW(regularGradient(3, Vector{0.3, -0.7, 0.45}, out));
+  EXPECT_NO_THROW(singularGradient(1, Vector{0.3, -0.7, 0.45}, out));
+  regularGradient(0, Vector{0.3, -0.7, 0.45}, out);
+  for (u64 i = 0; i < 3; ++i) EXPECT_EQ(out[i], Complex(0.0));
+}
+
+using math::kPi;
+
+using Angles = std::pair<double, double>;
+using Rotation = void (RotationTable::*)(double, double, std::span<const Complex>,
+                                         std::span<Complex>) const;
+
+struct Family {
+  Kind kind;
+  Rotation forward;
+  Rotation backward;
+};
+const Family kFamilies[] = {
+    {Kind::Multipole, &RotationTable::rotateMultipoleForward,
+     &RotationTable::rotateMultipoleBackward},
+    {Kind::Local, &RotationTable::rotateLocalForward, &RotationTable::rotateLocalBackward}};
+
+TEST(RotationTable, RefusesWhatItDoesNotHold) {
+  const Angles direction{1.0, 0.5};
+  const RotationTable table(4, std::span(&direction, 1));
+  Coefficients c(numCoefficients(4));
+  Coefficients tooLong(numCoefficients(5));
+  for (const Family& family : kFamilies) {
+    for (const Rotation rotation : {family.forward, family.backward}) {
+      expectThrow<std::out_of_range>([&] { (table.*rotation)(1.1, 0.5, c, c); },
+                                     "invalid unordered_map<K, T> key");
+      expectThrow<std::out_of_range>([&] { (table.*rotation)(1.0, 0.6, c, c); },
+                                     "invalid unordered_map<K, T> key");
+      expectThrow<RuntimeError>([&] { (table.*rotation)(1.0, 0.5, tooLong, tooLong); },
+                                "Constructed with too low a degree");
+    }
+  }
+  expectThrow<RuntimeError>([] { static_cast<void>(PhaseTable(5, 0.7)(-6)); },
+                            "Index -6is outside of precomputed range +/-5");
+  const Angles tooLarge{6.5, 0.0};
+  expectThrow<utility::DomainError>([&] { RotationTable(4, std::span(&tooLarge, 1)); },
+                                    "Angle theta out or range [0,2 pi) : 6.500000");
+}
+
+using Transfer = bem::fmm::FarfieldTransfer<bem::LaplaceFundSol<3>>;
 
 const bem::LaplaceFundSol<3> kKernel;
 

@@ -1,5 +1,3 @@
-#include "thread/ParallelFor.hpp"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -12,7 +10,12 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
+
+#include "support/TemporaryFolder.hpp"
+#include "thread/ParallelFor.hpp"
+#include "thread/UsableProcessors.hpp"
 
 namespace velmo::thread {
 namespace {
@@ -198,6 +201,41 @@ TEST(ThreadPool, BreaksThePromiseOfTasksThatNobodyRan) {
   }
 
   EXPECT_THROW(orphan.get(), std::future_error);
+}
+
+TEST(UsableProcessors, AreNoMoreThanTheControlGroupsGrant) {
+  const u64 all = usableProcessors("/no such root");
+  const u64 two = std::min<u64>(2, all);
+  const struct {
+    std::vector<std::pair<std::string, std::string>> files;
+    u64 expected;
+  } cases[] = {
+      {{{"proc/self/cgroup", "0::/a/b\n"}, {"sys/fs/cgroup/a/b/cpu.max", "max 100000\n"}}, all},
+      {{{"proc/self/cgroup", "0::/a/b\n"}, {"sys/fs/cgroup/a/b/cpu.max", "50000 100000\n"}}, 1},
+      {{{"proc/self/cgroup", "0::/a/b\n"}, {"sys/fs/cgroup/a/b/cpu.max", "100001 100000\n"}}, two},
+      {{{"proc/self/cgroup", "0::/a/b\n"},
+        {"sys/fs/cgroup/a/b/cpu.max", "max 100000\n"},
+        {"sys/fs/cgroup/a/cpu.max", "20000 20000\n"}},
+       1},
+      {{{"proc/self/cgroup", "0::/outside\n"}, {"sys/fs/cgroup/cpu.max", "100000 100000\n"}}, 1},
+      {{{"proc/self/cgroup", "3:memory:/j\n2:cpu,cpuacct:/j\n"},
+        {"sys/fs/cgroup/cpu,cpuacct/j/cpu.cfs_quota_us", "90000\n"},
+        {"sys/fs/cgroup/cpu,cpuacct/j/cpu.cfs_period_us", "100000\n"}},
+       1},
+      {{{"proc/self/cgroup", "2:cpu:/j\n"},
+        {"sys/fs/cgroup/cpu/j/cpu.cfs_quota_us", "-1\n"},
+        {"sys/fs/cgroup/cpu/j/cpu.cfs_period_us", "100000\n"}},
+       all},
+      {{{"proc/self/cgroup", "2:cpuset:/j\nx\n\n0:\n"},
+        {"sys/fs/cgroup/cpuset/j/cpu.cfs_quota_us", "1\n"},
+        {"sys/fs/cgroup/cpuset/j/cpu.cfs_period_us", "1\n"}},
+       all},
+  };
+  for (const auto& c : cases) {
+    const test::TemporaryFolder root;
+    for (const auto& [name, text] : c.files) root.write(name, text);
+    EXPECT_EQ(usableProcessors(root.path()), c.expected) << c.files.back().second;
+  }
 }
 
 }  // namespace

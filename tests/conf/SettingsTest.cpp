@@ -1,27 +1,84 @@
-#include "conf/ESProblemYaml.hpp"
-
 #include <gtest/gtest.h>
 #include <yaml-cpp/yaml.h>
 
 #include <array>
 #include <cstdint>
+#include <filesystem>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <tuple>
 #include <utility>
 #include <vector>
 
+#include "conf/ESProblemYaml.hpp"
+#include "conf/LoadYamlFile.hpp"
 #include "conf/SampleSettings.hpp"
+#include "conf/Schema.hpp"
+#include "support/TemporaryFolder.hpp"
 
 namespace velmo::conf {
 namespace {
+
+class LoadYamlFile : public ::testing::Test {
+ protected:
+  std::filesystem::path write(const std::string& name, const std::string& text) const {
+    return files_.write(name, text);
+  }
+
+  static std::string failure(const std::filesystem::path& path) {
+    try {
+      const YAML::Node unexpected = loadYamlFile(path);
+      return "no failure";
+    } catch (const std::runtime_error& failure) {
+      return failure.what();
+    }
+  }
+
+  test::TemporaryFolder files_;
+  std::filesystem::path folder_ = files_.path();
+};
+
+TEST_F(LoadYamlFile, AppendsIncludesAndKeepsTheFirstDefinition) {
+  const auto absolute = write("absolute.yaml", "c: from absolute\nd: from absolute\n");
+  write("sub/beside.yaml", "b: from beside\nc: from beside\nincludes: [never.yaml]\n");
+  const auto path = write("sub/main.yaml", "a: from main\nb: from main\nincludes: [beside.yaml, " +
+                                               absolute.string() + "]\n");
+
+  const YAML::Node root = loadYamlFile(path);
+
+  EXPECT_EQ(root["a"].as<std::string>(), "from main");
+  EXPECT_EQ(root["b"].as<std::string>(), "from main");
+  EXPECT_EQ(root["c"].as<std::string>(), "from beside");
+  EXPECT_EQ(root["d"].as<std::string>(), "from absolute");
+}
+
+TEST_F(LoadYamlFile, TellsWhichFileIsBad) {
+  const auto folder = folder_.string();
+  const auto main = write("main.yaml", "includes: [sub/none.yaml]\n");
+  const auto self = write("self.yaml", "includes: [.]\n");
+  const auto syntax = write("syntax.yaml", "a: [1\n");
+  const auto large = write("large.yaml", std::string((4U << 20U) + 1, ' '));
+  const auto fits = write("fits.yaml", std::string(4U << 20U, ' '));
+  const auto twice = write("twice.yaml", "includes: [fits.yaml]\n");
+
+  EXPECT_EQ(failure(folder_ / "no"), "(E) YAML file '" + folder + "/no' not found");
+  EXPECT_EQ(failure(main), "(E) YAML include file '" + folder + "/sub/none.yaml' not found");
+  EXPECT_EQ(failure(folder_), "(E) YAML file '" + folder + "' cannot be read");
+  EXPECT_EQ(failure(self), "(E) YAML include file '" + folder + "/.' cannot be read");
+  EXPECT_EQ(failure(large),
+            "(E) YAML file '" + large.string() + "' makes the settings longer than 4 MiB");
+  EXPECT_EQ(failure(fits), "no failure");
+  EXPECT_EQ(failure(twice),
+            "(E) YAML include file '" + fits.string() + "' makes the settings longer than 4 MiB");
+  EXPECT_THROW(static_cast<void>(loadYamlFile(syntax)), YAML::ParserException);
+}
 
 ESProblem decodeText(const std::string& text) {
   const YAML::Node root = YAML::Load(text);
   return decodeESProblem(root["esProblem"]);
 }
 
-std::string encodedText(const ESProblem& problem) { return YAML::Dump(encodeESProblem(problem)); }
 
 using Vector = std::array<double, 3>;
 
@@ -87,18 +144,11 @@ TEST(ESProblemYaml, ReadsEachKindOfPlacement) {
   EXPECT_EQ(std::tie(affine.b, affine.comment), std::tuple(Vector{1, 2, 3}, "skew"));
 }
 
-TEST(ESProblemYaml, ReadsBackWhatItWrites) {
-  const YAML::Node encoded = encodeESProblem(decodeText(sampleSettings()));
-  const std::string text = YAML::Dump(encoded);
-
-  EXPECT_EQ(encodedText(decodeESProblem(encoded)), text);
-  EXPECT_EQ(encodedText(decodeESProblem(YAML::Load(text))), text);
-}
-
 TEST(ESProblemYaml, WritesKeysInTheirOrderAndVectorsInOneLine) {
   const YAML::Node encoded = encodeESProblem(decodeText(sampleSettings()));
   const YAML::Node placements = encoded["domain"]["placements"];
 
+  EXPECT_EQ(YAML::Dump(encodeESProblem(decodeESProblem(encoded))), YAML::Dump(encoded));
   EXPECT_EQ(YAML::Dump(placements[1]),
             "type: translation\npartIDs:\n  - 7\n  - 8\nposition: 1\ntimeId: 3\n"
             "shifts: [0.10000000000000001, 0.20000000000000001, 0.29999999999999999]");
@@ -132,6 +182,48 @@ TEST(ESProblemYaml, DerivesWhatIsUnsetAndIgnoresWhatItDoesNotKnow) {
   EXPECT_EQ(decoded("type: CG", "type: ~").postSolver.type, "null");
   EXPECT_TRUE(decoded("updateInTime: false", "").bem.updateInTime);
   EXPECT_TRUE(decoded("vtk: false", "").postProc.vtk);
+}
+
+/// Each key of an encoded block stands in its schema, with the same value as default.
+void expectDescribed(const YAML::Node& block, const YAML::Node& schema) {
+  const YAML::Node properties = schema["properties"];
+  for (const auto& entry : block) {
+    auto key = entry.first.as<std::string>();
+    if (key == "minRelDist") key = "minimalDist";
+    const YAML::Node item = properties[key];
+    ASSERT_TRUE(item.IsDefined()) << key;
+    EXPECT_FALSE(item["title"].as<std::string>().empty()) << key;
+    if (entry.second.IsMap())
+      expectDescribed(entry.second, item);
+    else if (entry.second.IsSequence())
+      EXPECT_EQ(item["type"].as<std::string>(), "array") << key;
+    else if (item["type"].as<std::string>() == "number")
+      EXPECT_EQ(item["default"].as<double>(), entry.second.as<double>()) << key;
+    else
+      EXPECT_EQ(item["default"].as<std::string>(), entry.second.as<std::string>()) << key;
+  }
+}
+
+TEST(Schema, DescribesTheKeysAndDefaultsThatTheEncoderWrites) {
+  const ESProblem problem;
+  std::ostringstream stream;
+  writeSchema(stream, problem);
+
+  const YAML::Node schema = YAML::Load(stream.str());
+
+  expectDescribed(encodeESProblem(problem), schema);
+  const YAML::Node blocks = schema["properties"];
+  EXPECT_EQ(blocks["bem"]["properties"]["tree"]["properties"]["maxLevel"]["default"].as<int>(), -1);
+  EXPECT_EQ(blocks["postSolver"]["properties"]["type"]["enum"].size(), 7U);
+  EXPECT_EQ(blocks["domain"]["properties"]["parts"]["items"]["properties"]["regionIds"]["minItems"]
+                .as<int>(),
+            1);
+  for (const std::string name : {"Scaling", "Translation", "Rotation", "Affine"}) {
+    const YAML::Node definition = schema["$defs"]["grid" + name];
+    EXPECT_EQ(definition["title"].as<std::string>(), name);
+    EXPECT_TRUE(definition["properties"]["type"]["const"].IsDefined()) << name;
+    EXPECT_TRUE(definition["properties"]["partIDs"].IsDefined()) << name;
+  }
 }
 
 }  // namespace

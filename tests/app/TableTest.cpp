@@ -1,5 +1,3 @@
-#include "app/ResultTable.hpp"
-
 #include <gtest/gtest.h>
 
 #include <bit>
@@ -9,8 +7,11 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "app/ResultTable.hpp"
+#include "app/RunInputs.hpp"
 #include "grid/GridData.hpp"
 #include "io/Channels.hpp"
 #include "io/Format.hpp"
@@ -61,17 +62,6 @@ std::string plainRows(const std::vector<double>& values) {
   for (u64 i = 0; i < values.size(); ++i)
     text += velmo::io::format("{:> .{}E}", values[i], 17) + (i % 7 == 6 ? "\n" : ",");
   return text;
-}
-
-TEST(ResultTable, PrintsNumbersToTheLetter) {
-  const TemporaryFolder folder;
-  const Table table({1.0, -2.5e-3, 0.0, -0.0, 1e100, -Limits::denorm_min(), Limits::max()});
-
-  EXPECT_EQ(table.written(folder.path() / "a.b"),
-            head +
-                " 1.00000000000000000E+00,-2.50000000000000005E-03, 0.00000000000000000E+00,"
-                "-0.00000000000000000E+00, 1.00000000000000002E+100,-4.94065645841246544E-324,"
-                " 1.79769313486231571E+308\n");
 }
 
 TEST(ResultTable, AgreesWithThePlainFormatForAllKindsOfNumbers) {
@@ -137,6 +127,27 @@ TEST(Extrema, AreThoseOfAllPiecesTogether) {
         "E-field(Y):  [ +1.00000000E+00 : +3.00000000E+00 ]\n",
         "E-field(Z):  [ +1.00000000E+00 : +1.00000000E+00 ]\n", "magnitude:    3.74165739E+00\n"})
     EXPECT_NE(text.find(line), std::string::npos) << line << text;
+}
+
+TEST(RunInputs, DeriveTheBaseNameOfTheResult) {
+  const TemporaryFolder folder;
+  const std::string points = folder.write("a.b.xyz", "0\n");
+  const std::vector<std::pair<std::string, std::string>> cases{
+      {"", (folder.path() / "a.b").string()},
+      {"res", "res"},
+      {"res.csv", "res"},
+      {"dir/res.vtk", "dir/res"},
+      {"res.txt", "res.txt"},
+      {"res.CSV", "res.CSV"},
+      // Text that YAML would read as something else than a string.
+      {"~", "~"},
+      {"- a: 'b' #c", "- a: 'b' #c"}};
+  for (const auto& [output, base] : cases) {
+    const auto inputs = readRunInputs(points, {}, output);
+    ASSERT_TRUE(inputs);
+    EXPECT_EQ(inputs->outputPath, base);
+    EXPECT_EQ(inputs->problem.postProc.outBasename, base);
+  }
 }
 
 }  // namespace
