@@ -104,7 +104,7 @@ conf::ESProblem readProblem(const fs::path& settings) {
 
 /// The number of threads that the settings ask for, as far as it can be known before they are read:
 /// they are read after the points, whose errors are reported first, but the points are read by
-/// threads.
+/// threads. A pipe can be read only once.
 u64 threadsAskedFor(const fs::path& settings) noexcept {
   try {
     if (!fs::is_regular_file(settings)) return 0;

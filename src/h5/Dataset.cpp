@@ -1,5 +1,6 @@
 #include "h5/Dataset.hpp"
 
+#include <algorithm>
 #include <cstdint>
 
 #include "h5/Handle.hpp"
@@ -40,7 +41,7 @@ void Dataset::requireSize(u64 expected) const {
 }
 
 template <class T>
-std::vector<T> Dataset::read(Unwritten unwritten) const {
+io::UnfilledVector<T> Dataset::read(Unwritten unwritten) const {
   const hid_t type = memoryType(static_cast<const T*>(nullptr));
   requireNumbers(handle_.get(), quoted_(), type);
   const bool takesOthers = isVirtual(handle_.get());
@@ -50,7 +51,9 @@ std::vector<T> Dataset::read(Unwritten unwritten) const {
   else
     requireStored(handle_.get(), quoted_(), size_, unwritten);
 
-  std::vector<T> data(size_);
+  io::UnfilledVector<T> data(size_);
+  // The library leaves entries as they are that were never written and have no fill value.
+  if (unwritten == Unwritten::Filled) std::ranges::fill(data, T{});
   if (size_ == 0) return data;
   if (takesOthers)
     sources.read(type, data.data());
@@ -59,8 +62,8 @@ std::vector<T> Dataset::read(Unwritten unwritten) const {
   return data;
 }
 
-template std::vector<std::int64_t> Dataset::read(Unwritten) const;
-template std::vector<std::uint8_t> Dataset::read(Unwritten) const;
-template std::vector<double> Dataset::read(Unwritten) const;
+template io::UnfilledVector<std::int64_t> Dataset::read(Unwritten) const;
+template io::UnfilledVector<std::uint8_t> Dataset::read(Unwritten) const;
+template io::UnfilledVector<double> Dataset::read(Unwritten) const;
 
 }  // namespace velmo::h5

@@ -2,11 +2,11 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "h5/Handle.hpp"
 #include "h5/StoredEntries.hpp"
 #include "io/Types.hpp"
+#include "io/UnfilledVector.hpp"
 
 namespace velmo::h5 {
 
@@ -37,7 +37,7 @@ class Dataset {
   ///
   /// @throws as requireStored() and VirtualDataset, "'<path>' could not be read as numbers"
   template <class T>
-  [[nodiscard]] std::vector<T> read(Unwritten unwritten = Unwritten::Refused) const;
+  [[nodiscard]] io::UnfilledVector<T> read(Unwritten unwritten = Unwritten::Refused) const;
 
  private:
   [[nodiscard]] std::string quoted_() const { return "'" + path_ + "'"; }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <span>
 #include <string>
 
 #include "io/CheckedAccess.hpp"
@@ -15,7 +16,7 @@ namespace {
 constexpr std::uint8_t kLagrangeTriangle = 69;
 constexpr std::uint8_t kLagrangeQuadrilateral = 70;
 
-u64 numOwned(const std::vector<std::uint8_t>& ghosts) {
+u64 numOwned(std::span<const std::uint8_t> ghosts) {
   return static_cast<u64>(std::ranges::count(ghosts, std::uint8_t{0}));
 }
 
@@ -38,7 +39,7 @@ u64 elementTypeOf(std::uint8_t vtkType, std::int64_t numNodes) {
   }
 }
 
-void checkNodeIds(const std::vector<std::int64_t>& ids, u64 numNodes) {
+void checkNodeIds(std::span<const std::int64_t> ids, u64 numNodes) {
   u64 smallest = kNone;
   u64 largest = 0;
   for (const std::int64_t id : ids) {

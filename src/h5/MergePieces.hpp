@@ -1,9 +1,9 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
 
 #include "grid/GridData.hpp"
+#include "io/UnfilledVector.hpp"
 
 namespace velmo::h5 {
 
@@ -11,17 +11,17 @@ namespace velmo::h5 {
 /// every array. Points and cells near the border of a piece may be copies of those of another one;
 /// their ghost byte is not zero.
 struct RawPieces {
-  std::vector<std::int64_t> numConnectivityIds;  ///< per piece
-  std::vector<std::int64_t> numPoints;           ///< per piece
-  std::vector<std::int64_t> numCells;            ///< per piece
-  std::vector<double> points;                    ///< shape (points, 3)
-  std::vector<std::uint8_t> types;               ///< VTK cell type of each cell
-  std::vector<std::int64_t> connectivity;        ///< numbers of points within the piece
-  std::vector<std::int64_t> offsets;             ///< numCells + 1 per piece, from 0 in each piece
-  std::vector<std::uint8_t> pointGhosts;
-  std::vector<std::int64_t> pointIds;  ///< global, 0 .. number of owned points - 1
-  std::vector<std::uint8_t> cellGhosts;
-  std::vector<std::int64_t> cellIds;  ///< global, 0 .. number of owned cells - 1
+  io::UnfilledVector<std::int64_t> numConnectivityIds;  ///< per piece
+  io::UnfilledVector<std::int64_t> numPoints;           ///< per piece
+  io::UnfilledVector<std::int64_t> numCells;            ///< per piece
+  io::UnfilledVector<double> points;                    ///< shape (points, 3)
+  io::UnfilledVector<std::uint8_t> types;               ///< VTK cell type of each cell
+  io::UnfilledVector<std::int64_t> connectivity;        ///< numbers of points within the piece
+  io::UnfilledVector<std::int64_t> offsets;  ///< numCells + 1 per piece, from 0 in each piece
+  io::UnfilledVector<std::uint8_t> pointGhosts;
+  io::UnfilledVector<std::int64_t> pointIds;  ///< global, 0 .. number of owned points - 1
+  io::UnfilledVector<std::uint8_t> cellGhosts;
+  io::UnfilledVector<std::int64_t> cellIds;  ///< global, 0 .. number of owned cells - 1
 };
 
 /// Puts points and cells at the places of their global ids, so that neither the order of the pieces

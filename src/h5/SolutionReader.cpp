@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <span>
 #include <string>
 
 #include "grid/ElementTypes.hpp"
@@ -65,7 +66,7 @@ struct DensityDatasets {
 };
 
 /// Sum of the counts per piece. Its bound keeps the sizes derived from it within 64 bits.
-u64 sumOf(const std::vector<std::int64_t>& counts, const Dataset& dataset) {
+u64 sumOf(std::span<const std::int64_t> counts, const Dataset& dataset) {
   constexpr std::int64_t kMaxSum = std::int64_t{1} << 60;
   std::int64_t sum = 0;
   for (const std::int64_t count : counts) {

@@ -67,7 +67,8 @@ class StorageForms : public ::testing::Test {
   std::vector<double> read(const std::string& file, const char* name,
                            Unwritten unwritten = Unwritten::Refused) const {
     const File home(H5Fopen(path(file).c_str(), H5F_ACC_RDONLY, H5P_DEFAULT));
-    return Dataset(home.get(), name).read<double>(unwritten);
+    const auto entries = Dataset(home.get(), name).read<double>(unwritten);
+    return {entries.begin(), entries.end()};
   }
   void expectRefusal(const std::string& file, const char* name, const std::string& words) const {
     expectThrow<utility::RuntimeError>([&] { (void)read(file, name); }, words);
