@@ -18,8 +18,8 @@ constexpr int kMantissaBits = 52;
 constexpr int kExponentBias = 1023;
 constexpr u64 kTenTo17 = 100'000'000'000'000'000;
 
-/// The exponents E of 2^E <= v that the fast way takes: above them m 5^k has no bits to be cut off,
-/// below them 5^k has more than 128 bits.
+/// The exponents E of 2^E <= v for which the fast way works: above them m 5^k has no bits to cut
+/// off, below them 5^k has more than 128 bits.
 constexpr int kLeastExponent = -126;
 constexpr int kGreatestExponent = 48;
 
@@ -55,7 +55,7 @@ char* appendEightDigits(char* out, u64 number) {
   return appendPair(out, low % 100);
 }
 
-/// How what is cut off compares with half a unit of the last place.
+/// How the part that is cut off compares with half a unit in the last place.
 enum class Rest { None, Below, Half, Above };
 
 struct Shifted {
@@ -89,7 +89,7 @@ u64 rounded(u64 whole, Rest rest) {
   return whole + (rest == Rest::Above || (rest == Rest::Half && whole % 2 == 1) ? 1 : 0);
 }
 
-/// The quotient by ten with what both divisions leave.
+/// The quotient by ten with the remainders of both divisions.
 Shifted overTen(const Shifted& number) {
   const u64 digit = number.whole % 10;
   Rest rest = number.rest;

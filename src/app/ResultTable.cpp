@@ -34,7 +34,7 @@ constexpr u64 kNumColumns = 7;
 constexpr u64 kRowsPerPiece = 1024;
 constexpr u64 kPointsPerPiece = 4096;
 
-/// Writes the rows [first, end) as text to `out` and returns behind it.
+/// Writes the rows [first, end) as text to `out`; returns the end of the text.
 char* formatRows(char* out, u64 first, u64 end, const double* coordinates, const double* potential,
                  const double* field) {
   for (u64 i = first; i < end; ++i) {
@@ -50,12 +50,12 @@ char* formatRows(char* out, u64 first, u64 end, const double* coordinates, const
   return out;
 }
 
-/// Writes pieces of text in order while others are made. Each piece has a slot of a ring; a thread
-/// that has made one writes it and those behind it that are ready, unless another thread is writing
-/// already and will come to it.
+/// Writes pieces of text in order while others are being made. Each piece has a slot in a ring. A
+/// thread that has finished a piece writes it and the following pieces that are ready, unless
+/// another thread is already writing and will get to it.
 ///
-/// A thread waits for a slot only where a piece in front of its own, which another thread has
-/// begun, is not yet written: pieces that are begun in order never wait for each other in a circle.
+/// A thread waits for a slot only if an earlier piece, which another thread has begun, isn't
+/// written yet. Pieces are begun in order, so threads never wait for each other in a circle.
 class OrderedWriter {
  public:
   OrderedWriter(std::ostream& out, u64 numSlots, u64 slotSize)
@@ -71,10 +71,10 @@ class OrderedWriter {
     return slot_(piece);
   }
 
-  /// Nothing need be made for a stream that has failed, but each piece must be put.
+  /// If the stream has failed, no text is needed, but each piece must be put nevertheless.
   [[nodiscard]] bool failed() const noexcept { return failed_; }
 
-  /// Hands over a piece whose text stands in its slot.
+  /// Passes on a piece whose text is in its slot.
   void put(u64 piece, u64 size) {
     std::unique_lock lock(mutex_);
     sizes_[piece % sizes_.size()] = size;
@@ -102,14 +102,14 @@ class OrderedWriter {
   const u64 slotSize_;
   std::unique_ptr<char[]> text_;
   std::atomic<bool> failed_ = false;
-  std::mutex mutex_;        ///< of all below
+  std::mutex mutex_;        ///< protects all members below
   std::vector<u64> sizes_;  ///< of the text in each slot; kNone while it is not ready
   u64 numWritten_ = 0;
   bool isWriting_ = false;
   std::condition_variable written_;
 };
 
-/// Smallest and largest value; no value leaves the start values.
+/// Smallest and largest value; without values the initial ones remain.
 struct Range {
   double min = std::numeric_limits<double>::max();
   double max = std::numeric_limits<double>::lowest();
@@ -190,7 +190,7 @@ void reportExtrema(std::span<const double> potential, std::span<const double> fi
     parts[first / kPointsPerPiece] = extremaOf(potential.subspan(first, end - first),
                                                field.subspan(3 * first, 3 * (end - first)));
   });
-  // In order: of zeros with different signs the first one stays.
+  // In order, because of zeros with different signs the first one counts.
   for (const Extrema& part : parts) extrema.add(part);
   io::out << io::kSingleRule << "# Field extrema\n" << io::kSingleRule;
   io::out << "  Range of potential:   " << extrema.ranges[0].text();

@@ -69,7 +69,7 @@ void LineScanner::skipBlanks_() {
 }
 
 void LineScanner::readLine_() {
-  // A full buffer raises the failbit as the end of the file does; they are told apart here.
+  // A full buffer raises the failbit as the end of the file does; here they are distinguished.
   const std::ios_base::iostate mask = stream_.exceptions();
   stream_.exceptions(std::ios_base::goodbit);
   std::size_t count = 0;

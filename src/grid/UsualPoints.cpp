@@ -14,9 +14,9 @@ namespace velmo::grid {
 namespace {
 
 constexpr std::size_t kBlock = std::size_t{1} << 21U;
-/// Some hundred points, parsed in about 100 us.
+/// A few hundred points, parsed in about 100 us.
 constexpr std::size_t kPiece = std::size_t{1} << 15U;
-/// A longer line is not usual.
+/// A longer line isn't a usual one.
 constexpr std::size_t kMaxLine = 4096;
 /// "0 0 0" with its line end.
 constexpr std::size_t kLeastPerPoint = 6;
@@ -37,7 +37,7 @@ bool takePoint(const char* first, const char* last, std::array<double, 3>& point
   return true;
 }
 
-/// Takes at most `numPoints` points, up to the first line that is not usual.
+/// Reads at most `numPoints` points, up to the first line that isn't a usual one.
 void parse(Piece& piece, u64 numPoints) {
   piece.coordinates.clear();
   const char* line = piece.text.data();
@@ -68,7 +68,7 @@ u64 cut(std::string_view text, std::vector<Piece>& pieces) {
   return numPieces;
 }
 
-/// The next block up to its last line end; empty where reading fails, which is for others to meet.
+/// The next block up to its last line end; empty if reading fails, which the next reader reports.
 std::string_view readBlock(std::streambuf& file, char* block) {
   std::streamsize size = 0;
   try {
@@ -113,7 +113,7 @@ void takeUsualPoints(std::istream& stream, u64 numPoints, std::vector<double>& c
       position += static_cast<std::streamoff>(piece.taken);
       isUsual = piece.taken == piece.text.size();
     }
-    // Behind the block's last line the next one has begun.
+    // After the block's last line the next one has begun.
     seek(stream, position);
   }
 }

@@ -15,7 +15,7 @@ from . import cli, settings, solution, textfiles
 from .cli import Failure, need
 
 SIGNATURE = b"\x89HDF\r\n\x1a\n"
-# What a run needs: measured with degrees 5 to 16 and leafSize 100 to 500, to about 20 percent.
+# What a run needs: measured with degrees 5 to 16 and leafSize 100 to 500, to about 30 percent.
 BASE_BYTES, POINT_BYTES, ELEMENT_BYTES, COEFFICIENT_BYTES, RULE_POINT_BYTES = 23e6, 160, 200, 24, 32
 # Boxes with expansions: this times min(points, elements) / leafSize.
 BOXES_PER_LEAF = 8
