@@ -11,12 +11,22 @@ namespace {
 using bem::Subdivision;
 
 /// Calls `visit` for all ranges of elements that are integrated directly for a leaf's targets, in
-/// order.
+/// order. Leaves that follow each other on the Morton curve give one range.
 template <class Visit>
 void forEachNearRun(const tree::FmmTree& tree, const SourcePlan& plan, tree::BoxIndex leaf,
                     Subdivision ofLarge, const Visit& visit) {
-  for (const tree::BoxIndex source : tree.tree().boxes[leaf].positions(tree::ListKind::U))
-    visit(tree.tree().sourceRanges()[source], Subdivision::PerTarget);
+  tree::ObjectRange joined;
+  for (const tree::BoxIndex source : tree.tree().boxes[leaf].positions(tree::ListKind::U)) {
+    const tree::ObjectRange& next = tree.tree().sourceRanges()[source];
+    if (next.count == 0) continue;
+    if (joined.first + joined.count == next.first) {
+      joined.count += next.count;
+      continue;
+    }
+    if (joined.count > 0) visit(joined, Subdivision::PerTarget);
+    joined = next;
+  }
+  if (joined.count > 0) visit(joined, Subdivision::PerTarget);
   if (plan.direct.runs.empty()) return;
   for (tree::BoxIndex box = leaf; box != tree::kNoBox; box = tree.tree().links().parent[box])
     for (const tree::ObjectRange& run : plan.direct.of(box)) visit(run, ofLarge);

@@ -93,7 +93,7 @@ class Progress(support.ToolTest):
         self.assertEqual((self.status, len(rows), screen(written)), (0, 3001, [""]))
         lines = drawn(written)
         self.assertIn("Reading points: 1 s", lines)
-        self.assertIn("Writing the table: 0 %", lines)
+        self.assertTrue(any(line.startswith("Writing the table: ") for line in lines), lines)
 
     def test_the_application_tells_its_share_and_the_time_left(self):
         for count in (100000, 400000, 1600000):  # until it lasts long enough on this machine
