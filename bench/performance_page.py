@@ -1,8 +1,8 @@
 """The page of bench/run: text between the markers of docs/performance.md, a plot and all figures.
 
 A figure is one case: method (fmm or direct), triangles, degree, leaf, share of the points that were
-computed, seconds of the whole run, peak in MiB, page faults, seconds of the stages, serial (share of a
-run on one thread outside of parallel loops, at the best leaf size only), errors. Expansions are
+computed, seconds of the whole run, peak in MiB, page faults, seconds of the stages, serial (share of
+a run on one thread outside of parallel loops, at the best leaf size only), errors. Expansions are
 compared at the leaf size with the shortest whole run of their size and degree.
 """
 import csv
