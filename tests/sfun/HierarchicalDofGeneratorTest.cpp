@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-
 #include "sfun/SamplePoints.hpp"
 
 namespace velmo::sfun {
