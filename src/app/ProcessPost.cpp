@@ -1,5 +1,7 @@
 #include "app/ProcessPost.hpp"
 
+#include <malloc.h>
+
 #include <algorithm>
 #include <numeric>
 #include <optional>
@@ -50,15 +52,23 @@ constexpr u64 kPiece = 8192;
 io::UnfilledVector<double> toTreeOrder(std::span<const double> charges, const FmmTree& tree,
                                        std::span<const u64> offsets) {
   const auto order = tree.sourceOrder();
-  std::vector<u64> fileOffsets(offsets.size(), 0);
-  for (u64 k = 0; k < order.size(); ++k)
-    fileOffsets[order[k] + u64{1}] = offsets[k + 1] - offsets[k];
-  std::partial_sum(fileOffsets.begin(), fileOffsets.end(), fileOffsets.begin());
+  // First coefficient of each element of the file; no table is needed if all have the same number.
+  const u64 perElement = order.empty() ? 0 : offsets[1];
+  std::vector<u64> fileOffsets;
+  if (offsets.back() != perElement * order.size()) {
+    fileOffsets.assign(offsets.size(), 0);
+    for (u64 k = 0; k < order.size(); ++k)
+      fileOffsets[order[k] + u64{1}] = offsets[k + 1] - offsets[k];
+    std::partial_sum(fileOffsets.begin(), fileOffsets.end(), fileOffsets.begin());
+  }
+  const auto firstInFile = [&](u64 element) {
+    return fileOffsets.empty() ? perElement * element : fileOffsets[element];
+  };
 
   io::UnfilledVector<double> coefficients(offsets.back());
   velmo::thread::forPieces(order.size(), kPiece, [&](u64 first, u64 end) {
     for (u64 k = first; k < end; ++k)
-      std::copy_n(charges.data() + fileOffsets[order[k]], offsets[k + 1] - offsets[k],
+      std::copy_n(charges.data() + firstInFile(order[k]), offsets[k + 1] - offsets[k],
                   coefficients.data() + offsets[k]);
   });
   return coefficients;
@@ -110,6 +120,8 @@ io::UnfilledVector<double> evaluate(FmmTree& tree, std::vector<double> charges, 
   progress.emplace("FMM apply", evaluator.work());
   io::UnfilledVector<double> coefficients = toTreeOrder(charges, tree, evaluator.dofOffsets());
   charges = {};
+  // The set-up leaves much free memory in small pieces, and the peak is still to come.
+  (void)malloc_trim(0);
   const u64 numTargets = tree.numTargets();
   io::UnfilledVector<double> results(4 * numTargets);
   velmo::thread::forPieces(results.size(), kPiece, [&](u64 first, u64 end) {

@@ -118,7 +118,9 @@ void mergeTypes(const RawPieces& raw, grid::GridData& grid) {
   grid.elementTypes.resize(grid.numElements);
   grid.elementTags.resize(grid.numElements);
 
-  std::vector<u64> numNodes(grid.numElements);
+  // First the number of nodes of element i in place i + 1, in the end the offsets.
+  grid.offsets.assign(grid.numElements + 1, 0);
+  const std::span<u64> numNodes = std::span(grid.offsets).subspan(1);
   forEachCell(raw, [&](const Cell& cell) {
     // Wraps around for absurd offsets, which checkOffsets() refuses.
     const u64 count = static_cast<u64>(cell.last) - static_cast<u64>(cell.first);
@@ -141,8 +143,7 @@ void mergeTypes(const RawPieces& raw, grid::GridData& grid) {
   if (gap != numNodes.end())
     throw utility::RuntimeError("'/VTKHDF/CellData/vtkGlobalIds' lacks the id " +
                                 std::to_string(gap - numNodes.begin()));
-  grid.offsets.resize(grid.numElements + 1);
-  std::partial_sum(numNodes.begin(), numNodes.end(), grid.offsets.begin() + 1);
+  std::partial_sum(numNodes.begin(), numNodes.end(), numNodes.begin());
 }
 
 void mergeConnectivity(const RawPieces& raw, grid::GridData& grid) {
