@@ -79,7 +79,6 @@ ESProblem decodeText(const std::string& text) {
   return decodeESProblem(root["esProblem"]);
 }
 
-
 using Vector = std::array<double, 3>;
 
 TEST(ESProblemYaml, ReadsTheProblemsKeysIntoTheirFields) {
