@@ -15,21 +15,6 @@
 namespace orvanta {
 namespace {
 
-TEST(RunReport, WritesOnlyAHeadForNoPoints) {
-  const TemporaryFolder folder;
-  const SampleRequest request = smallRequest(folder.path() / "s");
-  (void)write(request);
-  folder.write("s.xyz", "0\n");
-  folder.write("s.csv", "an older and longer table\n" + tableHead);
-
-  const ProgramResult result = run(request.out);
-
-  EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_EQ(readFile(folder.path() / "s.csv"), tableHead);
-  EXPECT_NE(result.out.find("[ +1.79769313E+308 : -1.79769313E+308 ]"), std::string::npos);
-  EXPECT_NE(result.out.find("# Number of evaluation points: 0\n"), std::string::npos);
-}
-
 TEST(RunReport, RefusesADensityOfAnotherOrderThanTheSettings) {
   const TemporaryFolder folder;
   SampleRequest request = smallRequest(folder.path() / "s");

@@ -150,6 +150,7 @@ TEST(NearField, AgreesWithItsDefinitionForAllElementTypesAndOrders) {
         if (order == 22 && (densityOrder != 1 || type % 100 > 4)) continue;
         const World world(type, 0.4, densityOrder,
                           {.order = order, .minRelDist = order == 22 ? 0.3 : 1.0});
+        EXPECT_DOUBLE_EQ(world.elements.sizes[0], std::sqrt(2.0 * world.map().area()));
         const std::vector<double> targets = targetsAround(world);
         const u64 n = targets.size() / 3;
 

@@ -91,6 +91,16 @@ TEST(CommandlineInput, TellsWhatIsWrong) {
             "[CLI] (WW) Unparsed arguments: w \n");
 }
 
+TEST(CommandlineInput, RefusesNamesThatAreTaken) {
+  std::string program = "prog";
+  char* argv[] = {program.data(), nullptr};
+  CommandlineInput cli(1, argv, "");
+  test::expectThrow<std::runtime_error>(
+      [&] { static_cast<void>(cli.requiredParameter<std::string>("version", 'x', "")); },
+      "Sorry '--version' is already occupied");
+  static_cast<void>(cli.finish(true));
+}
+
 TEST(CommandlineInput, TakesItsOptionsFromAResponseFile) {
   const test::TemporaryFolder folder;
   const std::string path =

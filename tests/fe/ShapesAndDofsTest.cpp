@@ -97,6 +97,12 @@ TEST(DofData, GathersVerticesThenEdgesThenTheElementItself) {
 }
 
 TEST(DofData, RefusesMisuse) {
+  DofContainer container(false, 1, 0, 100);
+  container.setCount(100, 1);
+  container.finalize();
+  const std::array<u64, 2> two{7, 8};
+  test::expectThrow<RuntimeError>([&] { container.set(100, 2, two.data()); },
+                                  "DofContainer too small");
   const topo::Grid<2> grid = twoElements();
   DofData dofs(ShapeFunList<2, 3>(1));
   const DofData& constant = dofs;

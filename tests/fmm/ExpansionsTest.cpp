@@ -73,12 +73,17 @@ const Family kFamilies[] = {
      &RotationTable::rotateMultipoleBackward},
     {Kind::Local, &RotationTable::rotateLocalForward, &RotationTable::rotateLocalBackward}};
 
-TEST(RotationTable, RefusesWhatItDoesNotHold) {
+TEST(RotationTable, RotatesBackAndRefusesWhatItDoesNotHold) {
   const Angles direction{1.0, 0.5};
   const RotationTable table(4, std::span(&direction, 1));
   Coefficients c(numCoefficients(4));
   Coefficients tooLong(numCoefficients(5));
   for (const Family& family : kFamilies) {
+    const Coefficients start = expand(family.kind, {{{0.3, -0.2, 0.7}}, {1.0}}, {}, 4);
+    Coefficients there(start.size()), back(start.size());
+    (table.*family.forward)(1.0, 0.5, start, there);
+    (table.*family.backward)(1.0, 0.5, there, back);
+    EXPECT_LT(largestError(family.kind, back, start), 256 * kEps);
     for (const Rotation rotation : {family.forward, family.backward}) {
       expectThrow<std::out_of_range>([&] { (table.*rotation)(1.1, 0.5, c, c); },
                                      "invalid unordered_map<K, T> key");

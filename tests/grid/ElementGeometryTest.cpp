@@ -76,6 +76,16 @@ TEST_P(EverySurfaceType, ReproducesPolynomialMapsOfItsOrder) {
   }
 }
 
+/// z = 4 x y has the area element (1 + 16 x^2 + 16 y^2)^(1/2); the size follows from four points.
+TEST(ElementGeometry, AreaOfAQuadrilateralIsThatOfTheFourPointRule) {
+  const auto bent = singleElement(304, [](double x, double y) { return Point{x, y, 4.0 * x * y}; });
+  double sum = 0.0;
+  for (const double x : {0.5 - 0.5 / std::sqrt(3.0), 0.5 + 0.5 / std::sqrt(3.0)})
+    for (const double y : {0.5 - 0.5 / std::sqrt(3.0), 0.5 + 0.5 / std::sqrt(3.0)})
+      sum += 0.25 * std::hypot(1.0, 4.0 * x, 4.0 * y);
+  EXPECT_NEAR(bent.area(), sum, 16 * kEps);
+}
+
 INSTANTIATE_TEST_SUITE_P(Codes, EverySurfaceType,
                          ::testing::Values(203, 206, 210, 304, 308, 309, 316));
 

@@ -122,19 +122,6 @@ GridData strip() {
   return data;
 }
 
-TEST(TopologyOf, TakesTheElementsOfDimensionTwo) {
-  const GridData data = strip();
-
-  const topo::Grid<2> topology = surfaceTopology(data);
-  const Geometry::Grid geometry = surfaceGeometry(data);
-
-  EXPECT_EQ(topology.entityCounts(), (std::array<u64, 8>{5, 6, 1, 1, 0, 0, 0, 0}));
-  EXPECT_EQ(topology.elementTags, (std::vector<u64>{5, 3}));
-  EXPECT_EQ(geometry.elementTypes, (std::vector<u64>{304, 203}));
-  EXPECT_EQ(geometry.order, 1U);
-  EXPECT_EQ(geometry.highOrderNodes, nullptr);
-}
-
 TEST(Geometry, StoresTheNodesBeyondTheVertices) {
   GridData data;
   test::addElement(data, 206, [](double x, double y) { return test::Point{x, y, 0.0}; });
@@ -174,10 +161,6 @@ TEST(Geometry, RefusesDamagedGridsWithItsWords) {
     c.damage(data);
     expectThrow<std::runtime_error>([&] { (void)surfaceGeometry(data); }, c.text);
   }
-  EXPECT_EQ(ElementInfo({}).order(), 0U);
-  expectThrow<std::runtime_error>(
-      [] { (void)geometricBasis(102); },
-      "velmo::grid::detail_::applyToEets: must not reach this point (Segment2)");
 }
 
 TEST(Geometry, RefusesDamagedConnectivityBeforeItIsRead) {

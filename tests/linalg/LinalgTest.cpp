@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <complex>
 #include <functional>
 #include <limits>
 #include <random>
@@ -59,6 +60,15 @@ TEST(Products, MatrixProductEqualsTripleLoopForAllTranspositions) {
         }
       }
     }
+}
+
+TEST(Products, ComplexMatrixTimesVectorIsZeroWithoutColumns) {
+  using Vector = MatrixView<std::complex<double>, -1, 1>;
+  std::complex<double> a[2] = {{0.0, 1.0}, 2.0}, x = 3.0, y[2] = {7.0, 7.0};
+  matVec(MatrixView<std::complex<double>>(a, 2, 1), Vector(&x, 1), Vector(y, 2));
+  EXPECT_EQ(y[0], std::complex<double>(0.0, 3.0));
+  matVec(MatrixView<std::complex<double>>(a, 2, 0), Vector(&x, 0), Vector(y, 2));
+  EXPECT_EQ(y[1], 0.0);
 }
 
 TEST(Products, RefuseSizesThatDoNotFitInTheStatedOrder) {

@@ -7,7 +7,6 @@
 #include <limits>
 #include <numeric>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include "io/Exception.hpp"
@@ -221,19 +220,6 @@ TEST(RuleFamily, FallsBackToTheLastRuleWithOneWarningPerLookup) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TEST(SurfaceRuleSet, ChoosesTheFamilyByShape) {
-  const SurfaceRuleSet rules(5);
-  EXPECT_EQ(rules.rule(topo::ReferenceType::Triangle).numPoints, 7U);
-  EXPECT_EQ(rules.rule(topo::ReferenceType::Quadrilateral).numPoints, 9U);
-  EXPECT_EQ(areaRules().rule(topo::ReferenceType::Triangle).numPoints, 7U);
-
-  // The fixed family answers order 5 with the four-point rule in a block of nine.
-  const auto area = areaRules().rule(topo::ReferenceType::Quadrilateral);
-  EXPECT_EQ(area.numPoints, 4U);
-  EXPECT_EQ(area.weights[3], 0.25);
-  EXPECT_EQ(area.weights[4], 0.0);
-}
-
 TEST(RuleFamily, RefusesWhatItCannotAnswer) {
   const auto table = [](std::vector<detail_::TriangleRecord> records) {
     return detail_::triangleFamilyOf(records);
@@ -257,6 +243,10 @@ TEST(RuleFamily, RefusesWhatItCannotAnswer) {
          static_cast<void>(detail_::tetrahedronFamilyOf(records));
        },
        "Sum of weights is not 1/6: 0.25"},
+      {[&] {
+         static_cast<void>(detail_::triangleFamily(table({{2, 1.0, third, third, third}}), 3, 4));
+       },
+       "Cannot find min order? "},
       {[] {
          static_cast<void>(RealBlockStore({2, 3}).block(0, 3));
        },

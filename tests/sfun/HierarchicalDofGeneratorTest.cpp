@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "io/Exception.hpp"
 #include "sfun/SamplePoints.hpp"
+#include "support/ExpectThrow.hpp"
 
 namespace velmo::sfun {
 namespace {
@@ -27,6 +29,15 @@ double projectionError(u64 p, u64 a, u64 b) {
     error = std::max(error, std::abs(sum));
   }
   return error;
+}
+
+TEST(InterpolationBlockMatrix, RefusesToSolveBeforeItIsFinished) {
+  InterpolationBlockMatrix matrix;
+  std::array<double, 1> one{1.0};
+  matrix.insert(0, {one.data(), 1, 1});
+  test::expectThrow<utility::RuntimeError>(
+      [&] { matrix.solve(one, one); },
+      "InterpolationBlockMatrix::solve:finish() has not been called!");
 }
 
 TEST(HierarchicalDofGenerator, ReproducesAllPolynomialsUpToItsOrderAndNoFurther) {

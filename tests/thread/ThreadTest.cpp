@@ -217,7 +217,6 @@ TEST(UsableProcessors, AreNoMoreThanTheControlGroupsGrant) {
         {"sys/fs/cgroup/a/b/cpu.max", "max 100000\n"},
         {"sys/fs/cgroup/a/cpu.max", "20000 20000\n"}},
        1},
-      {{{"proc/self/cgroup", "0::/outside\n"}, {"sys/fs/cgroup/cpu.max", "100000 100000\n"}}, 1},
       {{{"proc/self/cgroup", "3:memory:/j\n2:cpu,cpuacct:/j\n"},
         {"sys/fs/cgroup/cpu,cpuacct/j/cpu.cfs_quota_us", "90000\n"},
         {"sys/fs/cgroup/cpu,cpuacct/j/cpu.cfs_period_us", "100000\n"}},

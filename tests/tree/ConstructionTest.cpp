@@ -142,5 +142,12 @@ TEST(CreateFromBlocks, WarnsOfCoincidentPointsAndKeepsThemInOneLeaf) {
   EXPECT_EQ(tree.back().numObjects, 5u);
 }
 
+TEST(LocallyEssentialTree, AttachesHalosToTheirParents) {
+  std::vector<Orthant<3>> nodes{{Morton(1), Morton(4), 2}, {Morton(9), Morton(4), 2}};
+  nodes[1].flags.set(kHaloBit);
+  fmm::attachHalos(nodes);
+  EXPECT_EQ(nodes[0].children.bits(), 2);
+}
+
 }  // namespace
 }  // namespace velmo::tree::test
