@@ -42,6 +42,9 @@ void dorgqr_(const int* m, const int* n, const int* k, double* a, const int* lda
 
 /// Threads inside one call; of this library, not of the reference interface.
 void openblas_set_num_threads(int numThreads);
+/// Ends the threads that the library started when it was loaded; it starts new ones if it is asked
+/// for several threads later. Not in every build of the library.
+int blas_thread_shutdown_() __attribute__((weak));
 
 }  // extern "C"
 

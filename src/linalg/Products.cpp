@@ -76,6 +76,10 @@ double dot(MatrixView<const double, -1, 1> x, MatrixView<const double, -1, 1> y)
   return ddot_(&n, x.data, &kUnitStride, y.data, &kUnitStride);
 }
 
-void setBlasThreads(int numThreads) { openblas_set_num_threads(numThreads); }
+void setBlasThreads(int numThreads) {
+  openblas_set_num_threads(numThreads);
+  // Idle threads of the library look for work for a tenth of a second before they sleep.
+  if (numThreads == 1 && blas_thread_shutdown_ != nullptr) (void)blas_thread_shutdown_();
+}
 
 }  // namespace velmo::linalg
