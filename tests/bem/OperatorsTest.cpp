@@ -205,32 +205,5 @@ TEST(DofTransfer, FollowsShuffledElementsOfBothShapes) {
   }
 }
 
-TEST(DofTransfer, RefusesGridsThatDontFit) {
-  const Elements elements = strip(2);
-  const topo::Grid<2> grid = surface(elements, {0, 1});
-  topo::Grid<2> unowned = surface(elements, {0, 1});
-  unowned.ownerships.reset();
-  const fe::DofData first = fe::elementDofs(grid, fe::ShapeFunList<2, 3>(1));
-  const fe::DofData second = fe::elementDofs(grid, fe::ShapeFunList<2, 3>(2));
-  const auto same = [](u64 e) { return e; };
-  const auto other = [](u64 e) { return 1 - e; };
-  const auto beyond = [](u64) { return u64{1}; };
-  const auto make = [&](const topo::Grid<2>& from, const fe::DofData& dofs,
-                        const ElementMap& destination, const ElementMap& target) {
-    (void)makeDofTransfer(from, grid, dofs, first, destination, target);
-  };
-  using utility::RuntimeError;
-
-  test::expectThrow<RuntimeError>([&] { make(unowned, second, rankZero, same); },
-                                  "Ownerships has not been created yet");
-  test::expectThrow<RuntimeError>([&] { make(grid, second, rankZero, other); },
-                                  "FE degrees don't match as they have to");
-  test::expectThrow<RuntimeError>([&] { make(grid, first, rankZero, other); },
-                                  "From/To element have different number of DOFs");
-  test::expectThrow<std::out_of_range>([&] { make(grid, first, beyond, same); },
-                                       "invalid vector subscript");
-  EXPECT_NO_THROW(make(grid, first, rankZero, same));
-}
-
 }  // namespace
 }  // namespace velmo::bem

@@ -178,6 +178,33 @@ TEST_F(VirtualDatasets, GiveTheEntriesOfTheirSourcesWhateverTheirSize) {
   EXPECT_EQ(read("ranks/link.h5", "nested"), expected);
 }
 
+TEST_F(VirtualDatasets, MayGrowWithTheirSources) {
+  const hsize_t zero = 0, one = 1, five = 5, ten = 10, endless = H5S_UNLIMITED;
+  for (const char* file : {"block0.h5", "block1.h5"}) create(file, "list%", five);
+  create("block0.h5", "long", ten, chunked(five, false), ten);
+  const File home = open("top.h5");
+  const auto readMapped = [&](const char* name, const Dataspace& target, const char* file,
+                              const char* source, const Dataspace& selection) {
+    PropertyList form = plain();
+    H5Pset_virtual(form.get(), target.get(), file, source, selection.get());
+    const DatasetHandle dataset(H5Dcreate2(home.get(), name, H5T_NATIVE_DOUBLE, target.get(),
+                                           H5P_DEFAULT, form.get(), H5P_DEFAULT));
+    const auto values = Dataset(home.get(), name).read<double>();
+    return std::vector<double>(values.begin(), values.end());
+  };
+  const Dataspace target(H5Screate_simple(1, &ten, &endless));
+  const Dataspace source(H5Screate_simple(1, &ten, &endless));
+
+  H5Sselect_hyperslab(target.get(), H5S_SELECT_SET, &zero, &five, &endless, &five);
+  std::vector<double> twice = ramp(five);
+  twice.insert(twice.end(), {1000, 1001, 1002, 1003, 1004});
+  EXPECT_EQ(readMapped("blocks", target, "block%b.h5", "list%%", slice(5, 0, 5)), twice);
+
+  H5Sselect_hyperslab(target.get(), H5S_SELECT_SET, &zero, nullptr, &one, &endless);
+  H5Sselect_hyperslab(source.get(), H5S_SELECT_SET, &zero, nullptr, &one, &endless);
+  EXPECT_EQ(readMapped("endless", target, "block0.h5", "long", source), ramp(ten));
+}
+
 TEST_F(VirtualDatasets, RefuseSourcesThatLackEntries) {
   create("full.h5", "list", 10);
   create("bare.h5", "list", 10, plain(), 0);
